@@ -1,0 +1,27 @@
+# The parser runtime and the grammars, compiled from the npm packages of package.json.
+# They are targets of their own, built optimised in every preset and never again in a rebuild.
+set(node_modules ${PROJECT_SOURCE_DIR}/node_modules)
+if(NOT EXISTS ${node_modules}/tree-sitter/vendor/tree-sitter/lib/src/lib.c)
+  message(FATAL_ERROR "the grammar packages are missing: run scripts/setup (or npm ci) first")
+endif()
+
+set(runtime ${node_modules}/tree-sitter/vendor/tree-sitter/lib)
+add_library(tree_sitter STATIC ${runtime}/src/lib.c)
+target_include_directories(tree_sitter SYSTEM PUBLIC ${runtime}/include PRIVATE ${runtime}/src)
+target_compile_definitions(tree_sitter PRIVATE _DEFAULT_SOURCE _POSIX_C_SOURCE=200112L)
+target_compile_options(tree_sitter PRIVATE -w -O2)
+set_target_properties(tree_sitter PROPERTIES C_STANDARD 11 EXPORT_COMPILE_COMMANDS OFF)
+
+# context_delta_grammar(NAME FOLDER): the grammar in node_modules/FOLDER as target tree_sitter_NAME.
+function(context_delta_grammar name folder)
+  set(source ${node_modules}/${folder}/src)
+  set(files ${source}/parser.c)
+  if(EXISTS ${source}/scanner.c)
+    list(APPEND files ${source}/scanner.c)
+  endif()
+  add_library(tree_sitter_${name} STATIC ${files})
+  target_include_directories(tree_sitter_${name} PRIVATE ${source})
+  target_compile_options(tree_sitter_${name} PRIVATE -w -O2)
+  target_link_libraries(tree_sitter_${name} PUBLIC tree_sitter)
+  set_target_properties(tree_sitter_${name} PROPERTIES C_STANDARD 11 EXPORT_COMPILE_COMMANDS OFF)
+endfunction()

@@ -1,0 +1,139 @@
+#pragma once
+
+#include <cstdint>
+#include <limits>
+#include <string>
+#include <string_view>
+#include <vector>
+
+/// What one source text says by itself, whatever repository it stands in: the facts of a blob.
+///
+/// Facts depend on the bytes, the language and the extractor's version alone, so they are stored
+/// once per blob. Names are as written. Lines are counted from 1, both ends included.
+namespace context_delta::indexer {
+
+/// Kinds of definitions; kind_name() gives the words that packs and exports use.
+enum class Kind : std::uint8_t {
+  NAMESPACE,
+  CLASS,
+  STRUCT,
+  INTERFACE,
+  TRAIT,
+  ENUM,
+  UNION,
+  TYPE,  ///< typedef, alias
+  FUNCTION,
+  METHOD,
+  CONSTRUCTOR,
+  VARIABLE,  ///< of a module or namespace, constants included
+  MACRO,
+};
+
+std::string_view kind_name(Kind kind);
+
+/// Index of a definition in Facts::definitions; NOWHERE is the top level of the file.
+using DefinitionIndex = std::int32_t;
+inline constexpr DefinitionIndex NOWHERE = -1;
+
+/// As an argument count: not known (spread arguments), or any number (variadic parameters).
+inline constexpr std::int16_t ANY_NUMBER = std::numeric_limits<std::int16_t>::max();
+
+/// Properties of a definition, a binding or a reference, as bits.
+enum Trait : std::uint16_t {
+  LOCAL_LINKAGE = 1,   ///< not visible to other files: static, anonymous namespace
+  CONDITIONAL = 2,     ///< under if, try or #if: another definition may take its place
+  DECORATED = 4,       ///< a decorator may replace it
+  DECLARATION = 8,     ///< declares without defining: a prototype, an abstract method
+  VIRTUAL = 16,        ///< may be overridden by rule of the language
+  GENERIC = 32,        ///< a template
+  STATIC_MEMBER = 64,  ///< a member called without an instance
+  BROKEN = 128,        ///< stands in text that did not parse
+  FROM_MACRO = 256,    ///< written inside a macro's arguments or body
+  REASSIGNED = 512,    ///< a binding that is bound more than once
+  PROPERTY = 1024,     ///< a method used without a call
+};
+
+/// A definition: a symbol of the index.
+struct Definition {
+  std::string name;
+  Kind kind = Kind::FUNCTION;
+  DefinitionIndex parent = NOWHERE;  ///< the enclosing definition; always an earlier index
+  std::int32_t first_line = 1;       ///< decorators, attributes, template headers included
+  std::int32_t last_line = 1;
+  std::int32_t name_line = 1;
+  std::string signature;           ///< on one line, without the body
+  std::string scope;               ///< qualifier written before the name: `ns::Class` in C++
+  std::vector<std::string> bases;  ///< base classes, as written without type arguments
+  std::string type;                ///< return type or value type, as written; empty when unknown
+  std::int16_t least_arguments = 0;
+  std::int16_t most_arguments = ANY_NUMBER;  ///< the receiver (self, this) is not counted
+  std::uint16_t traits = 0;
+  friend bool operator==(const Definition&, const Definition&) = default;
+};
+
+/// How a name is used. Only the first three make a caller.
+enum class Role : std::uint8_t { CALL, CONSTRUCT, DECORATE, TYPE, IMPORT, INHERIT, OTHER };
+
+constexpr bool is_call(Role role) { return role <= Role::DECORATE; }
+
+/// A use of a name.
+struct Reference {
+  std::string name;
+  /// The expression before the name, normalised: identifiers joined by '.' (or "::" as written),
+  /// "()" for a call, "[]" for an index, '?' for anything else: `self.store`, `Foo()`, `ns::`.
+  /// Empty for a bare name.
+  std::string receiver;
+  Role role = Role::CALL;
+  std::int32_t line = 1;                ///< of the name
+  DefinitionIndex enclosing = NOWHERE;  ///< innermost definition around it
+  std::int16_t arguments = ANY_NUMBER;  ///< of a call
+  std::uint16_t traits = 0;
+  friend bool operator==(const Reference&, const Reference&) = default;
+};
+
+/// A name that a scope binds to a value: what may shadow a definition, and what a receiver is.
+struct Binding {
+  enum class Kind : std::uint8_t { PARAMETER, LOCAL, MEMBER, GLOBAL };
+  std::string name;
+  Kind kind = Kind::LOCAL;
+  DefinitionIndex scope = NOWHERE;  ///< the function, class (of members) or file that binds it
+  std::string type;                 ///< as written; empty when none is
+  std::string value;                ///< the bound expression, normalised like a receiver
+  std::int32_t line = 1;
+  std::uint16_t traits = 0;
+  friend bool operator==(const Binding&, const Binding&) = default;
+};
+
+/// An import or include.
+struct Import {
+  std::string module;  ///< as written: `.a.b`, `pkg.mod`, `"dir/header.h"`, `<vector>`
+  std::string name;    ///< what is imported from it: a name, `*`, or empty for the module itself
+  std::string alias;   ///< the local name it is bound to; empty when none is
+  DefinitionIndex scope = NOWHERE;
+  std::int32_t line = 1;
+  std::uint16_t traits = 0;
+  friend bool operator==(const Import&, const Import&) = default;
+};
+
+struct Facts {
+  std::vector<Definition> definitions;  ///< in the order of their starts, parents first
+  std::vector<Reference> references;    ///< in the order of the text
+  std::vector<Binding> bindings;
+  std::vector<Import> imports;
+  std::vector<std::string> exports;  ///< names the file lists as public, where the language can
+  friend bool operator==(const Facts&, const Facts&) = default;
+};
+
+/// The names that enclose a definition and its own, joined by '.', by these facts alone:
+/// `Class.method`, `ns.Class.method` (a written scope counts as enclosing names).
+std::string local_name(const Facts& facts, DefinitionIndex definition);
+
+/// The facts as bytes, and back. decode_facts raises std::runtime_error on bytes that are no facts.
+std::string encode_facts(const Facts& facts);
+Facts decode_facts(std::string_view bytes);
+
+/// A hash of what other files may build on: everything but references, the bindings inside
+/// functions, and line numbers.
+std::uint64_t interface_hash(const Facts& facts);
+
+}  // namespace context_delta::indexer

@@ -1,0 +1,41 @@
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <string_view>
+
+#include <tree_sitter/api.h>
+
+#include "indexer/facts.h"
+#include "indexer/resolution.h"
+#include "indexer/world.h"
+
+/// What the indexer must know of a language. Each is a folder under languages/ with one value of
+/// this type, listed in languages/languages.cc and nowhere else.
+namespace context_delta::indexer {
+
+struct Language {
+  std::string_view name;  ///< as the index records it: "python"
+  /// Raised whenever extract() changes what it returns: stored facts of older versions are dropped.
+  std::uint32_t version;
+  std::span<const std::string_view> suffixes;  ///< of file names, with the dot
+  /// For a suffix that several languages claim (".h"): whether this text is in this language.
+  /// Null: always. The first language of the table that accepts gets the file.
+  bool (*accepts)(std::string_view text);
+  const TSLanguage* (*grammar)();
+  /// The facts of one parsed text. Never fails: what did not parse is left out or marked BROKEN.
+  Facts (*extract)(TSNode root, std::string_view text);
+  /// Ties the references of a file to definitions and names its definitions.
+  Resolution (*resolve)(const File& file, const Facts& facts, World& world);
+};
+
+/// All languages, in the order in which they are asked.
+std::span<const Language* const> languages();
+
+/// The language of a file by its name and, where names do not tell, its text; null when none.
+const Language* language_of(std::string_view path, std::string_view text);
+
+/// Whether any language claims files of this name: only those blobs are read.
+bool may_have_language(std::string_view path);
+
+}  // namespace context_delta::indexer
