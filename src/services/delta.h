@@ -1,0 +1,33 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <optional>
+#include <string>
+
+#include "storage/repository.h"
+#include "utils/git_utils.h"
+#include "utils/json.h"
+
+/// The delta context pack of a real repository: the component over native services.
+namespace context_delta::services {
+
+struct DeltaRequest {
+  std::optional<std::string> base_branch;    ///< null: the repository's default branch
+  std::optional<std::string> target_branch;  ///< null: what is checked out
+  std::int64_t token_budget = 4000;
+  bool include_call_graph = true;
+  bool include_snippets = false;
+  bool source_only = true;
+  std::optional<std::filesystem::path> wiki;  ///< folder of Markdown pages; null: no wiki pages
+  /// The names under which errors speak of the two branches.
+  std::string base_parameter = "base_branch";
+  std::string target_parameter = "target_branch";
+};
+
+/// The pack, from `git`'s repository and the index that answers for its checked-out commit. A
+/// comparison that git cannot make is a pack with `error`. Raises storage::IndexError.
+json::Mapping delta_pack(const git_utils::Git& git, const storage::Repository& index,
+                         const DeltaRequest& request);
+
+}  // namespace context_delta::services
