@@ -167,6 +167,12 @@ std::string json_text(const Value& value) {
   return text;
 }
 
+std::string json_text(const List& list) {
+  std::string text;
+  append_list(text, list);
+  return text;
+}
+
 std::string json_text(const Mapping& mapping) {
   std::string text;
   append_text(text, mapping);

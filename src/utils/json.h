@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <initializer_list>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <type_traits>
@@ -63,6 +64,14 @@ class Value {
   Value(List list) : value_(std::move(list)) {}
   Value(Mapping mapping) : value_(std::move(mapping)) {}
   Value(std::vector<Mapping> rows);
+  /// Null when absent.
+  template <class T>
+  Value(const std::optional<T>& optional) {
+    if (optional) *this = Value(*optional);
+  }
+
+  /// The text of a string value. Raises std::bad_variant_access for any other.
+  explicit operator const std::string&() const { return std::get<std::string>(value_); }
 
   bool is_null() const { return std::holds_alternative<std::monostate>(value_); }
 
@@ -82,6 +91,7 @@ class Value {
 /// The JSON text of a value on one line.
 std::string json_text(const Value& value);
 std::string json_text(const Mapping& mapping);
+std::string json_text(const List& list);
 void append_text(std::string& text, const Value& value);
 void append_text(std::string& text, const Mapping& mapping);
 
