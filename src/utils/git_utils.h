@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <filesystem>
 #include <functional>
@@ -30,14 +31,15 @@ struct FileChange {
   std::string path;
   std::string status;  ///< added, modified, deleted, renamed, copied or type_changed
   std::optional<std::string> old_path;  ///< of renames and copies only
-  std::int64_t additions = 0;           ///< lines; 0 for binary files and submodules
-  std::int64_t deletions = 0;           ///< lines; 0 for binary files and submodules
+  std::int64_t additions = 0;           ///< lines; 0 for binary files
+  std::int64_t deletions = 0;           ///< lines; 0 for binary files
 };
 
 /// Changed lines `start` to `end` of a file's new version, counted from 1, both included.
 struct LineSpan {
   std::int64_t start = 1;
   std::int64_t end = 1;
+  friend bool operator==(const LineSpan&, const LineSpan&) = default;
 };
 
 /// A file of a commit's tree. Submodules and symbolic links are not listed.
@@ -47,19 +49,34 @@ struct TreeFile {
   std::int64_t bytes = 0;  ///< size of the blob
 };
 
+/// What a git command sees of the repository.
+enum class View {
+  /// Objects only, through an empty git directory of our own: no refs, and none of the
+  /// repository's or the user's settings, attributes, hooks, filters or replacements. Everything
+  /// that reads contents runs here, on full ids. Nothing is ever fetched.
+  OBJECTS,
+  /// The whole repository, for what needs its refs. Settings that run programs are off, and no
+  /// transport is allowed.
+  REPOSITORY,
+};
+
 /// A repository with a work tree, and how git is run on it: without a shell, in a cleaned
-/// environment, with every setting that could run a program or change the output pinned.
+/// environment. May be used by several threads at once. Copies share their temporary folder.
 class Git {
  public:
   /// Finds the repository that holds `directory` (a subfolder or a link to it will do).
-  /// Raises GitHistoryError: no such folder, not a repository, a bare one, git missing.
+  /// Raises GitHistoryError: no such folder, not a repository, a bare one, one that git refuses
+  /// because of its owner, git missing.
   explicit Git(const std::filesystem::path& directory);
 
   /// Top folder of the work tree, absolute, links resolved.
-  const std::filesystem::path& root() const { return root_; }
+  const std::filesystem::path& root() const;
 
   /// The git directory that all linked work trees share, absolute.
-  const std::filesystem::path& common_directory() const { return common_directory_; }
+  const std::filesystem::path& common_directory() const;
+
+  /// Whether history was cut off when the repository was cloned.
+  bool is_shallow() const;
 
   struct Output {
     int status = 0;      ///< exit status of git
@@ -67,28 +84,70 @@ class Git {
     std::string errors;  ///< standard error, its beginning
   };
 
-  /// Runs `git ARGUMENTS` to its end; a non-zero exit is no error here.
+  /// One command: `git ARGUMENTS` with `input` as its standard input.
+  struct Command {
+    std::vector<std::string> arguments;
+    View view = View::OBJECTS;
+    std::string input = {};
+  };
+
+  /// Runs `git ARGUMENTS` on the whole repository to its end; a non-zero exit is no error here.
   /// Raises GitHistoryError: git cannot be started, runs past the time limit, or floods.
   Output run(std::span<const std::string> arguments) const;
 
-  /// Runs `git ARGUMENTS` and hands its output to `sink` as it comes.
+  /// Runs commands at the same time, as run() does; the outputs are in the order of the commands.
+  std::vector<Output> run(std::span<const Command> commands) const;
+
+  /// Runs `git ARGUMENTS` on the whole repository and hands its output to `sink` as it comes.
   /// Raises as run() does, and when git exits with an error.
   void stream(std::span<const std::string> arguments,
               const std::function<void(std::string_view)>& sink) const;
 
-  /// How many git processes this object has started.
+  /// A command whose output is handed on as it comes.
+  struct Streamed {
+    Command command;
+    std::function<void(std::string_view)> sink;
+  };
+
+  /// Runs commands at the same time; `out` is empty in what is returned. Raises as run() does.
+  std::vector<Output> stream(std::span<const Streamed> commands) const;
+
+  /// How many git processes this object and its copies have started.
   std::size_t processes_started() const;
 
  private:
-  std::filesystem::path root_;
-  std::filesystem::path common_directory_;
+  friend class BlobReader;
+  struct State;
+  std::shared_ptr<State> state_;
 };
 
 /// The full id of the commit that `revision` names. Raises GitHistoryError when it names none
 /// (an unborn HEAD among them).
 std::string resolve_commit(const Git& git, std::string_view revision);
 
-/// All regular files of a commit's tree, by path in byte order.
+/// The command that looks up what commits revisions name (branches, tags, ids, HEAD~2, ...), as
+/// many as there are, and the answers in its output: ids, null for what names no commit.
+Git::Command commits_command(std::span<const std::string> revisions);
+std::vector<std::optional<std::string>> commits_found(const Git::Output& output);
+
+/// The error for a HEAD without commit.
+GitHistoryError unborn_head_error(const Git& git);
+
+/// Whether `text` is a full object id.
+bool is_object_id(std::string_view text);
+
+/// `name` fit for a line of text: control characters and ill-formed UTF-8 replaced, its end cut
+/// off when it is very long.
+std::string shown(std::string_view name);
+
+/// `git -C ROOT COMMAND`, to be shown as the command that helps; ROOT quoted when a shell needs it.
+std::string advised(const Git& git, std::string_view command);
+
+/// Raises the GitHistoryError for a command that failed on objects: those that a partial clone has
+/// left out, or git's own words after `what`.
+[[noreturn]] void fail_on_objects(const Git& git, std::string_view what, const Git::Output& output);
+
+/// All regular files of a commit's tree, by path in byte order. `commit` is a full id.
 std::vector<TreeFile> list_tree(const Git& git, std::string_view commit);
 
 /// Reads blobs one after another through one git process. Not for use by two threads at once;
@@ -107,5 +166,11 @@ class BlobReader {
   struct Process;
   std::unique_ptr<Process> process_;
 };
+
+/// Reads many blobs through one git process that runs ahead of the sink. `sink` takes each with
+/// its place in `objects`, in their order; null as BlobReader::read() does. The bytes are good
+/// during the call only.
+void read_blobs(const Git& git, std::span<const std::string> objects, std::int64_t most_bytes,
+                const std::function<void(std::size_t, std::optional<std::string_view>)>& sink);
 
 }  // namespace context_delta::git_utils

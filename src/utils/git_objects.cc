@@ -1,0 +1,231 @@
+#include <algorithm>
+#include <array>
+#include <charconv>
+
+#include "utils/git_state.h"
+#include "utils/git_utils.h"
+#include "utils/utf8.h"
+
+namespace context_delta::git_utils {
+namespace {
+
+constexpr std::size_t READ_BYTES = 256 * 1024;
+
+void check_id(std::string_view id) {
+  if (!is_object_id(id)) throw GitHistoryError("not a full object id: '" + shown(id) + "'");
+}
+
+bool is_partial_clone(const Git& git) {
+  std::error_code error;
+  const std::filesystem::directory_iterator packs(git.common_directory() / "objects" / "pack",
+                                                  error);
+  if (error) return false;
+  return std::any_of(begin(packs), end(packs), [](const std::filesystem::directory_entry& file) {
+    return file.path().extension() == ".promisor";
+  });
+}
+
+bool lacks_objects(std::string_view errors) {
+  constexpr std::array<std::string_view, 7> WORDS = {
+      "unable to read",  "could not get object info", "Could not read", "bad object",
+      "bad tree object", "could not parse",           "missing"};
+  return std::any_of(WORDS.begin(), WORDS.end(), [&](std::string_view words) {
+    return errors.find(words) != std::string_view::npos;
+  });
+}
+
+// One record of `ls-tree -r -l -z`: "MODE TYPE ID SIZE\tPATH".
+std::optional<TreeFile> parsed_entry(std::string_view record) {
+  const auto tab = record.find('\t');
+  const std::string_view fields = record.substr(0, tab);
+  if (tab == std::string_view::npos || !fields.starts_with("100")) return std::nullopt;
+  const auto id_start = fields.find(' ', 7) + 1;
+  const auto id_end = fields.find(' ', id_start);
+  if (id_start == 0 || id_end == std::string_view::npos) return std::nullopt;
+  const auto size_start = std::min(fields.find_first_not_of(' ', id_end), fields.size());
+  TreeFile file{utf8::path_text(record.substr(tab + 1)),
+                std::string(fields.substr(id_start, id_end - id_start))};
+  std::from_chars(fields.data() + size_start, fields.data() + fields.size(), file.bytes);
+  return file;
+}
+
+// The answer line of `cat-file --batch`, "ID TYPE SIZE" or "ID missing": the size, null when there
+// is no such object.
+std::optional<std::size_t> announced_size(std::string_view line) {
+  std::size_t size = 0;
+  const auto start = line.rfind(' ');
+  if (start == std::string_view::npos) return std::nullopt;
+  const char* end = line.data() + line.size();
+  const auto [stop, error] = std::from_chars(line.data() + start + 1, end, size);
+  if (error != std::errc() || stop != end) return std::nullopt;
+  return size;
+}
+
+// Cuts the output of `cat-file --batch` into answers as it comes.
+class AnswerParser {
+ public:
+  using Sink = std::function<void(std::optional<std::string_view>)>;
+  AnswerParser(std::int64_t most_bytes, Sink sink)
+      : most_bytes_(static_cast<std::size_t>(std::max<std::int64_t>(most_bytes, 0))),
+        sink_(std::move(sink)) {}
+
+  void feed(std::string_view bytes) {
+    while (!bytes.empty()) {
+      if (in_body_) {
+        take_body(bytes);
+      } else {
+        take_line(bytes);
+      }
+    }
+  }
+
+ private:
+  void take_line(std::string_view& bytes) {
+    const auto end = bytes.find('\n');
+    line_ += bytes.substr(0, end);
+    if (end == std::string_view::npos) return bytes.remove_prefix(bytes.size());
+    bytes.remove_prefix(end + 1);
+    const std::optional<std::size_t> size = announced_size(line_);
+    line_.clear();
+    if (!size) return sink_(std::nullopt);
+    in_body_ = true;
+    is_kept_ = *size <= most_bytes_;
+    left_ = *size + 1;  // and the line feed after it
+  }
+
+  void take_body(std::string_view& bytes) {
+    const std::string_view part = bytes.substr(0, left_);
+    bytes.remove_prefix(part.size());
+    left_ -= part.size();
+    if (left_ == 0 && is_kept_ && body_.empty()) {
+      sink_(part.substr(0, part.size() - 1));
+    } else {
+      if (is_kept_) body_ += part;
+      if (left_ > 0) return;
+      if (is_kept_) body_.pop_back();
+      sink_(is_kept_ ? std::optional<std::string_view>(body_) : std::nullopt);
+      body_.clear();
+    }
+    in_body_ = false;
+  }
+
+  std::size_t most_bytes_;
+  Sink sink_;
+  std::string line_, body_;
+  std::size_t left_ = 0;
+  bool in_body_ = false;
+  bool is_kept_ = false;
+};
+
+}  // namespace
+
+void fail_on_objects(const Git& git, std::string_view what, const Git::Output& output) {
+  const std::string where = shown(git.root().string());
+  if (!lacks_objects(output.errors)) {
+    throw GitHistoryError(std::string(what) + " failed in " + where + ": " +
+                          first_words(output.errors));
+  }
+  if (is_partial_clone(git)) {
+    throw GitHistoryError(std::string(what) + " needs objects that the partial clone at " + where +
+                          " has not fetched, and nothing is fetched for it: run " +
+                          advised(git, "fetch --refetch --no-filter"));
+  }
+  throw GitHistoryError(std::string(what) + " needs objects that are missing in " + where + " (" +
+                        first_words(output.errors) + "): run " + advised(git, "fsck"));
+}
+
+std::vector<TreeFile> list_tree(const Git& git, std::string_view commit) {
+  check_id(commit);
+  std::vector<TreeFile> files;
+  std::string rest;
+  const auto sink = [&](std::string_view bytes) {
+    while (!bytes.empty()) {
+      const auto end = bytes.find('\0');
+      rest += bytes.substr(0, end);
+      if (end == std::string_view::npos) return;
+      bytes.remove_prefix(end + 1);
+      if (auto file = parsed_entry(rest)) files.push_back(*std::move(file));
+      rest.clear();
+    }
+  };
+  const Git::Streamed streamed{
+      {{"ls-tree", "-r", "-l", "-z", "--full-tree", std::string(commit)}, View::OBJECTS}, sink};
+  const Git::Output output = git.stream(std::span(&streamed, 1)).front();
+  if (output.status != 0) fail_on_objects(git, "listing commit " + std::string(commit), output);
+  std::stable_sort(files.begin(), files.end(),
+                   [](const TreeFile& a, const TreeFile& b) { return a.path < b.path; });
+  return files;
+}
+
+void read_blobs(const Git& git, std::span<const std::string> objects, std::int64_t most_bytes,
+                const std::function<void(std::size_t, std::optional<std::string_view>)>& sink) {
+  if (objects.empty()) return;
+  std::string input;
+  for (const std::string& object : objects) {
+    check_id(object);
+    input += object + "\n";
+  }
+  std::size_t answered = 0;
+  AnswerParser parser(most_bytes,
+                      [&](std::optional<std::string_view> blob) { sink(answered++, blob); });
+  const Git::Streamed streamed{{{"cat-file", "--batch", "--buffer"}, View::OBJECTS, input},
+                               [&](std::string_view bytes) { parser.feed(bytes); }};
+  const Git::Output output = git.stream(std::span(&streamed, 1)).front();
+  if (output.status != 0 || answered != objects.size()) {
+    fail_on_objects(git, "reading files", output);
+  }
+}
+
+struct BlobReader::Process {
+  explicit Process(const Git& git)
+      : repository(git),
+        child(
+            git.state_->prepared(std::array<std::string, 2>{"cat-file", "--batch"}, View::OBJECTS),
+            subprocess::Input::PIPE),
+        buffer(READ_BYTES, '\0') {}
+
+  std::optional<std::string> read(std::string_view object, std::int64_t most_bytes) {
+    subprocess::TimeLimit limit(TIME_LIMIT);
+    std::optional<std::string> result;
+    bool is_answered = false;
+    AnswerParser parser(most_bytes, [&](std::optional<std::string_view> blob) {
+      if (blob) result.emplace(*blob);
+      is_answered = true;
+    });
+    child.write(std::string(object) + "\n", limit);
+    while (!is_answered) {
+      const std::size_t count = child.read(buffer, limit);
+      if (count == 0) fail_on_objects(repository, "reading files", {1, {}, child.errors_text()});
+      parser.feed(std::string_view(buffer).substr(0, count));
+    }
+    return result;
+  }
+
+  Git repository;  // keeps the temporary folder of the view
+  subprocess::Process child;
+  std::string buffer;
+};
+
+BlobReader::BlobReader(const Git& git) {
+  try {
+    process_ = std::make_unique<Process>(git);
+  } catch (const subprocess::SubprocessError& error) {
+    throw GitHistoryError(error.what());
+  }
+}
+
+BlobReader::~BlobReader() = default;
+BlobReader::BlobReader(BlobReader&&) noexcept = default;
+BlobReader& BlobReader::operator=(BlobReader&&) noexcept = default;
+
+std::optional<std::string> BlobReader::read(std::string_view object, std::int64_t most_bytes) {
+  check_id(object);
+  try {
+    return process_->read(object, most_bytes);
+  } catch (const subprocess::SubprocessError& error) {
+    throw GitHistoryError(std::string(error.what()) + " (in " +
+                          shown(process_->repository.root().string()) + ")");
+  }
+}
+
+}  // namespace context_delta::git_utils

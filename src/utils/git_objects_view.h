@@ -1,0 +1,30 @@
+#pragma once
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+namespace context_delta::git_utils {
+
+/// A git directory in a temporary folder that has no refs, no settings and no attributes, and
+/// looks into the object store of a real repository. Removed with the object.
+class ObjectsView {
+ public:
+  /// `object_format` is the repository's hash ("sha1", "sha256"). Raises std::runtime_error when
+  /// the temporary folder cannot be written.
+  ObjectsView(const std::filesystem::path& common_directory, const std::string& object_format);
+  ~ObjectsView();
+  ObjectsView(const ObjectsView&) = delete;
+  ObjectsView& operator=(const ObjectsView&) = delete;
+
+  const std::filesystem::path& directory() const { return directory_; }
+
+  /// The variables ("NAME=value") that make git use this view.
+  const std::vector<std::string>& environment() const { return environment_; }
+
+ private:
+  std::filesystem::path directory_;
+  std::vector<std::string> environment_;
+};
+
+}  // namespace context_delta::git_utils

@@ -1,0 +1,48 @@
+#pragma once
+
+#include <atomic>
+#include <chrono>
+#include <filesystem>
+#include <memory>
+#include <mutex>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "utils/git_objects_view.h"
+#include "utils/git_utils.h"
+#include "utils/subprocess.h"
+
+namespace context_delta::git_utils {
+
+/// How long one git process may keep us waiting.
+inline constexpr std::chrono::minutes TIME_LIMIT{5};
+
+/// What the copies of a Git share.
+struct Git::State {
+  std::filesystem::path program;
+  std::vector<std::string> environment;
+  std::filesystem::path root;
+  std::filesystem::path common_directory;
+  std::string object_format;
+  bool is_shallow = false;
+  std::atomic<std::size_t> started = 0;
+
+  /// The command that runs git on a view, counted as started.
+  subprocess::Command prepared(std::span<const std::string> arguments, View view);
+
+ private:
+  const ObjectsView& objects();
+
+  std::mutex objects_mutex;
+  std::unique_ptr<ObjectsView> objects_view;  // made when first needed
+};
+
+/// `text` as one word of a shell command.
+std::string quoted_for_shell(std::string_view text);
+
+/// The first line of what git wrote to its standard error, without its "fatal:".
+std::string first_words(std::string_view errors);
+
+}  // namespace context_delta::git_utils
