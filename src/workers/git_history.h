@@ -77,8 +77,21 @@ class History {
   std::optional<Read> read_;
 };
 
-/// Whether a file is production source: not a test, a document or a generated file. `language` is
-/// the index's name for the file's language ("python", "cpp", ...), null when it knows none.
+/// Why a file is not production source. The texts are constants.
+struct SourceExclusion {
+  std::string_view file_class;  ///< test, document, generated or asset
+  std::string_view rule;        ///< the pattern that the path matched
+};
+
+/// The first rule that tells that a file is a test, a document, generated or a binary asset; null
+/// for production source. Decided by the path and `language` alone, the index's name for the file's
+/// language ("python", "cpp", ...), null when it knows none: what is in a language is no document
+/// and no asset, whatever its name.
+std::optional<SourceExclusion> source_exclusion(std::string_view path,
+                                                std::optional<std::string_view> language);
+
+/// Whether a file is production source, by source_exclusion(). What no rule names is: build files,
+/// workflows, settings, schemas, vendored code that people edit.
 bool is_source_path(std::string_view path, std::optional<std::string_view> language);
 
 /// The ranges of `paths`, in their order, for the symbol queries of the index. Paths without spans

@@ -1,0 +1,249 @@
+#include "workers/branch_names.h"
+
+#include <algorithm>
+#include <array>
+#include <utility>
+#include <vector>
+
+#include "utils/utf8.h"
+
+namespace context_delta::git_history {
+namespace {
+
+using git_utils::Git;
+using git_utils::GitHistoryError;
+using git_utils::shown;
+using git_utils::View;
+
+constexpr std::string_view HEADS = "refs/heads/";
+constexpr std::string_view REMOTES = "refs/remotes/";
+constexpr std::string_view ORIGIN = "refs/remotes/origin/";
+constexpr std::string_view ORIGIN_HEAD = "refs/remotes/origin/HEAD";
+constexpr std::array<std::string_view, 4> USUAL_BASES = {"refs/heads/main", "refs/heads/master",
+                                                         "refs/remotes/origin/main",
+                                                         "refs/remotes/origin/master"};
+constexpr std::size_t SHORT_ID = 12;
+constexpr std::size_t MOST_REFS_COMPARED = 20'000;
+
+std::vector<std::string> lines_of(std::string_view text) {
+  std::vector<std::string> lines;
+  for (auto end = text.find('\n'); end != std::string_view::npos; end = text.find('\n')) {
+    lines.emplace_back(text.substr(0, end));
+    text.remove_prefix(end + 1);
+  }
+  return lines;
+}
+
+std::string short_name(std::string_view ref) {
+  for (const std::string_view prefix : {HEADS, REMOTES, std::string_view("refs/tags/")}) {
+    if (ref.starts_with(prefix)) return utf8::path_text(ref.substr(prefix.size()));
+  }
+  return utf8::path_text(ref);
+}
+
+// What a name may mean, best first. A branch wins over a tag of the same name.
+std::array<std::string, 3> meanings(const std::string& name) {
+  const bool is_id = git_utils::is_object_id(name) || name == "HEAD" || name == "@";
+  return {is_id ? name : std::string(HEADS) + name, name, std::string(ORIGIN) + name};
+}
+
+// The revisions of one look-up, with the places of those that were asked for together.
+class Questions {
+ public:
+  template <class Revisions>
+  std::size_t add(const Revisions& revisions) {
+    revisions_.insert(revisions_.end(), revisions.begin(), revisions.end());
+    return revisions_.size() - revisions.size();
+  }
+  Git::Command command() const { return git_utils::commits_command(revisions_); }
+  void answer(const Git::Output& output) {
+    commits_ = git_utils::commits_found(output);
+    commits_.resize(revisions_.size());
+  }
+  // Index of the first revision from `start` on that names a commit, among `count` of them.
+  std::optional<std::size_t> first(std::size_t start, std::size_t count) const {
+    for (std::size_t i = start; i < start + count; ++i) {
+      if (commits_[i]) return i;
+    }
+    return std::nullopt;
+  }
+  const std::string& revision(std::size_t i) const { return revisions_[i]; }
+  const std::string& commit(std::size_t i) const { return *commits_[i]; }
+
+ private:
+  std::vector<std::string> revisions_;
+  std::vector<std::optional<std::string>> commits_;
+};
+
+// Restricted edit distance: insertions, deletions, replacements, neighbours swapped.
+std::size_t distance(std::string_view a, std::string_view b) {
+  std::vector<std::vector<std::size_t>> cost(a.size() + 1, std::vector<std::size_t>(b.size() + 1));
+  for (std::size_t i = 0; i <= a.size(); ++i) {
+    for (std::size_t j = 0; j <= b.size(); ++j) {
+      if (i == 0 || j == 0) {
+        cost[i][j] = i + j;
+        continue;
+      }
+      const std::size_t differs = a[i - 1] == b[j - 1] ? 0 : 1;
+      cost[i][j] = std::min({cost[i - 1][j] + 1, cost[i][j - 1] + 1, cost[i - 1][j - 1] + differs});
+      if (i > 1 && j > 1 && a[i - 1] == b[j - 2] && a[i - 2] == b[j - 1]) {
+        cost[i][j] = std::min(cost[i][j], cost[i - 2][j - 2] + 1);
+      }
+    }
+  }
+  return cost[a.size()][b.size()];
+}
+
+bool is_near(std::string_view name, std::string_view other) {
+  if (name.size() > 100 || other.size() > 100) return false;
+  const auto at_most = std::max<std::size_t>(1, name.size() / 4);
+  const auto lengths = std::minmax(name.size(), other.size());
+  return lengths.second - lengths.first <= at_most && distance(name, other) <= at_most;
+}
+
+std::vector<std::string> all_refs(const Git& git) {
+  const std::string count = "--count=" + std::to_string(MOST_REFS_COMPARED);
+  const Git::Output output = git.run(std::array<std::string, 5>{
+      "for-each-ref", "--format=%(refname)", count, "refs/heads", "refs/remotes"});
+  return lines_of(output.out);
+}
+
+// " (did you mean a or b?)", or nothing.
+std::string suggestion(const std::vector<std::string>& refs, std::string_view name) {
+  std::string result;
+  int count = 0;
+  for (const std::string& ref : refs) {
+    const std::string other = short_name(ref);
+    const auto slash = other.find('/');
+    const bool is_remote = ref.starts_with(REMOTES) && slash != std::string::npos;
+    const std::string_view plain = std::string_view(other).substr(is_remote ? slash + 1 : 0);
+    if (count == 3 || !(is_near(name, other) || is_near(name, plain))) continue;
+    result += (count++ == 0 ? "" : " or ") + shown(other);
+  }
+  return count == 0 ? "" : " (did you mean " + result + "?)";
+}
+
+GitHistoryError unknown_name(const Git& git, const std::string& name, std::string_view parameter) {
+  const std::string start = std::string(parameter) + " '" + shown(name) + "' ";
+  const std::string where = shown(git.root().string());
+  if (name.empty()) return GitHistoryError(std::string(parameter) + " is empty: name a branch");
+  if (name.starts_with('-')) {
+    return GitHistoryError(start + "looks like an option, not like a branch of " + where +
+                           ": see " + git_utils::advised(git, "branch --all"));
+  }
+  const std::vector<std::string> refs = all_refs(git);
+  const auto wanted = meanings(name);
+  for (const std::string& ref : refs) {
+    if (std::find(wanted.begin(), wanted.end(), ref) == wanted.end()) continue;
+    return GitHistoryError(start + "is a branch whose commit is missing in " + where + ": run " +
+                           git_utils::advised(git, "fsck"));
+  }
+  return GitHistoryError(start + "is no branch, tag or commit of " + where +
+                         suggestion(refs, name) + ": see " +
+                         git_utils::advised(git, "branch --all") + ", or git fetch it first");
+}
+
+// The default branch of the one remote that is there when none is called "origin".
+std::optional<std::string> only_remote_head(const Git& git) {
+  const Git::Output output = git.run(
+      std::array<std::string, 3>{"for-each-ref", "--format=%(symref)", "refs/remotes/*/HEAD"});
+  std::vector<std::string> heads = lines_of(output.out);
+  std::erase_if(heads, [](const std::string& head) { return head.empty(); });
+  if (heads.size() != 1) return std::nullopt;
+  return heads.front();
+}
+
+GitHistoryError no_base(const Git& git, std::string_view parameter) {
+  return GitHistoryError("no base to compare with in " + shown(git.root().string()) +
+                         ": tried the remote's default branch (refs/remotes/origin/HEAD), main, "
+                         "master, origin/main and origin/master: name one as " +
+                         std::string(parameter) + ", or run " +
+                         git_utils::advised(git, "remote set-head origin --auto"));
+}
+
+std::string why_remote(std::string_view ref) {
+  const std::string name = short_name(ref);
+  return "'" + shown(name) + "' was taken as base: it is the default branch of remote '" +
+         shown(name.substr(0, name.find('/'))) + "'";
+}
+
+struct Base {
+  Side side;
+  std::string why;
+};
+
+Base remote_base(const std::string& ref, const std::string& commit) {
+  return {{short_name(ref), commit}, why_remote(ref)};
+}
+
+// `origin_head` is what refs/remotes/origin/HEAD points to, empty when it is no symbolic ref.
+Base default_base(const Git& git, const Questions& questions, std::size_t start,
+                  std::string origin_head, std::string_view parameter) {
+  if (const auto origin = questions.first(start, 1)) {
+    if (origin_head.empty()) origin_head = ORIGIN_HEAD;
+    return remote_base(origin_head, questions.commit(*origin));
+  }
+  if (const auto ref = only_remote_head(git)) {
+    Questions other;
+    other.add(std::array<std::string, 1>{*ref});
+    const Git::Command command = other.command();
+    other.answer(git.run(std::span(&command, 1)).front());
+    if (other.first(0, 1)) return remote_base(*ref, other.commit(0));
+  }
+  const auto usual = questions.first(start + 1, USUAL_BASES.size());
+  if (!usual) throw no_base(git, parameter);
+  const std::string name = short_name(questions.revision(*usual));
+  return {{name, questions.commit(*usual)},
+          "'" + name + "' was taken as base: no remote says what its default branch is"};
+}
+
+std::string first_line(const Git::Output& output) {
+  return output.out.substr(0, output.out.find('\n'));
+}
+
+Side named_side(const Git& git, const Questions& questions, std::size_t start,
+                const std::string& name, std::string_view parameter) {
+  const auto found = questions.first(start, 3);
+  if (!found) throw unknown_name(git, name, parameter);
+  return {utf8::path_text(name), questions.commit(*found)};
+}
+
+}  // namespace
+
+Sides find_sides(const Git& git, const Names& names) {
+  Questions questions;
+  const std::size_t head_at =
+      names.head ? questions.add(meanings(*names.head)) : questions.add(std::array{"HEAD"});
+  const std::size_t base_at =
+      names.base ? questions.add(meanings(*names.base)) : questions.add(std::array{ORIGIN_HEAD});
+  if (!names.base) questions.add(USUAL_BASES);
+  std::vector<Git::Command> commands = {questions.command()};
+  const auto ask_symbolic = [&](std::string_view ref) {
+    commands.push_back({{"symbolic-ref", "-q", std::string(ref)}, View::REPOSITORY});
+  };
+  if (!names.head) ask_symbolic("HEAD");
+  if (!names.base) ask_symbolic(ORIGIN_HEAD);
+  const std::vector<Git::Output> outputs = git.run(commands);
+  questions.answer(outputs[0]);
+
+  Sides sides;
+  if (names.head) {
+    sides.head = named_side(git, questions, head_at, *names.head, names.head_parameter);
+  } else {
+    if (!questions.first(head_at, 1)) throw git_utils::unborn_head_error(git);
+    const std::string& commit = questions.commit(head_at);
+    const std::string branch = first_line(outputs[1]);
+    sides.head = {branch.empty() ? commit.substr(0, SHORT_ID) : short_name(branch), commit};
+  }
+  if (names.base) {
+    sides.base = named_side(git, questions, base_at, *names.base, names.base_parameter);
+  } else {
+    Base base =
+        default_base(git, questions, base_at, first_line(outputs.back()), names.base_parameter);
+    sides.base = std::move(base.side);
+    sides.why_base = std::move(base.why);
+  }
+  return sides;
+}
+
+}  // namespace context_delta::git_history

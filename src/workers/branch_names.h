@@ -1,0 +1,34 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "utils/git_utils.h"
+
+namespace context_delta::git_history {
+
+/// One side of a comparison.
+struct Side {
+  std::string name;    ///< as shown: the branch, or a short commit id
+  std::string commit;  ///< full id
+};
+
+/// What is compared with what.
+struct Sides {
+  Side base, head;
+  std::optional<std::string> why_base;  ///< why this base, when none was named
+};
+
+/// The names of a comparison as the caller gave them, and what errors call them.
+struct Names {
+  std::optional<std::string> base, head;
+  std::string base_parameter, head_parameter;
+};
+
+/// Finds the commits of both sides with a fixed number of git processes. A plain name is the local
+/// branch of that name, else what git takes it for, else the branch of remote "origin".
+/// Raises GitHistoryError for names that name no commit, in terms of the parameter.
+Sides find_sides(const git_utils::Git& git, const Names& names);
+
+}  // namespace context_delta::git_history

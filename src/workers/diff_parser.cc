@@ -1,0 +1,210 @@
+#include "workers/diff_parser.h"
+
+#include <algorithm>
+#include <charconv>
+#include <utility>
+
+#include "utils/utf8.h"
+
+namespace context_delta::git_history {
+namespace {
+
+using git_utils::FileChange;
+using git_utils::GitHistoryError;
+
+[[noreturn]] void fail(std::string_view what, std::string_view text) {
+  throw GitHistoryError("git printed a diff that cannot be read: " + std::string(what) + ": " +
+                        git_utils::shown(text));
+}
+
+std::string_view status_name(char letter) {
+  switch (letter) {
+    case 'A':
+      return "added";
+    case 'M':
+      return "modified";
+    case 'D':
+      return "deleted";
+    case 'R':
+      return "renamed";
+    case 'C':
+      return "copied";
+    case 'T':
+      return "type_changed";
+    default:
+      return {};
+  }
+}
+
+// Takes a word and the blank after it off `text`.
+std::string_view next_word(std::string_view& text) {
+  const std::string_view word = text.substr(0, text.find(' '));
+  text.remove_prefix(std::min(text.size(), word.size() + 1));
+  return word;
+}
+
+bool is_same_object(std::string_view object, std::string_view expected) {
+  return object == expected || object.find_first_not_of('0') == std::string_view::npos;
+}
+
+struct Range {
+  std::int64_t start = 0, count = 1;
+};
+
+// "-START,COUNT" or "-START", which means one line.
+std::optional<Range> parsed_range(std::string_view text, char sign) {
+  if (!text.starts_with(sign)) return std::nullopt;
+  Range range;
+  const char* end = text.data() + text.size();
+  auto [stop, error] = std::from_chars(text.data() + 1, end, range.start);
+  if (error == std::errc() && stop != end && *stop == ',') {
+    std::tie(stop, error) = [&] {
+      const auto result = std::from_chars(stop + 1, end, range.count);
+      return std::pair(result.ptr, result.ec);
+    }();
+  }
+  if (error != std::errc() || stop != end || range.start < 0 || range.count < 0) {
+    return std::nullopt;
+  }
+  return range;
+}
+
+}  // namespace
+
+void DiffParser::feed(std::string_view bytes) {
+  while (!bytes.empty()) {
+    if (in_raw_) {
+      feed_raw(bytes);
+    } else {
+      feed_patch(bytes);
+    }
+  }
+}
+
+std::vector<DiffFile> DiffParser::finish() {
+  if (record_ || !text_.empty() || in_content_ || old_left_ > 0 || new_left_ > 0) {
+    fail("it is cut off", text_);
+  }
+  return std::move(files_);
+}
+
+void DiffParser::feed_raw(std::string_view& bytes) {
+  const auto end = bytes.find('\0');
+  text_ += bytes.substr(0, end);
+  if (end == std::string_view::npos) return bytes.remove_prefix(bytes.size());
+  bytes.remove_prefix(end + 1);
+  take_field();
+  text_.clear();
+}
+
+void DiffParser::take_field() {
+  if (!record_) {
+    // An empty field ends the records.
+    if (text_.empty()) {
+      in_raw_ = false;
+    } else {
+      record_ = text_;
+    }
+    return;
+  }
+  std::string_view record = *record_;
+  const std::string_view old_mode = next_word(record);
+  next_word(record);
+  const std::string_view old_object = next_word(record), new_object = next_word(record);
+  if (!old_mode.starts_with(':') || record.empty() || status_name(record[0]).empty()) {
+    fail("unknown record", *record_);
+  }
+  if ((record[0] == 'R' || record[0] == 'C') && !old_path_) {
+    old_path_ = utf8::path_text(text_);
+    return;
+  }
+  FileChange change{utf8::path_text(text_), std::string(status_name(record[0])),
+                    std::exchange(old_path_, std::nullopt)};
+  files_.push_back({std::move(change), std::string(old_object), std::string(new_object), {}, {}});
+  is_type_change_.push_back(record[0] == 'T');
+  record_.reset();
+}
+
+void DiffParser::feed_patch(std::string_view& bytes) {
+  if (!in_content_ && text_.empty() && (old_left_ > 0 || new_left_ > 0)) {
+    count_content(bytes[0]);
+    in_content_ = true;
+  }
+  const auto end = bytes.find('\n');
+  if (!in_content_) text_ += bytes.substr(0, end);
+  if (end == std::string_view::npos) return bytes.remove_prefix(bytes.size());
+  bytes.remove_prefix(end + 1);
+  if (!std::exchange(in_content_, false)) take_line();
+  text_.clear();
+}
+
+// A line that starts with a backslash is a remark of git's ("No newline at end of file").
+void DiffParser::count_content(char first) {
+  DiffFile& file = files_[current_];
+  if (first == '-') {
+    --old_left_;
+    ++file.change.deletions;
+  } else if (first == '+') {
+    --new_left_;
+    ++file.change.additions;
+  } else if (first != '\\') {
+    fail("unknown line in a hunk of " + file.change.path, std::string_view(&first, 1));
+  }
+}
+
+void DiffParser::take_line() {
+  const std::string_view line = text_;
+  if (line.starts_with("diff --git ")) {
+    start_section();
+  } else if (!has_section_) {
+    fail("unknown line", line);
+  } else if (line.starts_with("index ")) {
+    check_section(line.substr(6));
+  } else if (line.starts_with("@@ ")) {
+    take_hunk(line.substr(3));
+  }
+}
+
+// Sections come in the order of the records, two for a type change.
+void DiffParser::start_section() {
+  if (has_section_ && is_type_change_[current_] && !is_second_half_) {
+    is_second_half_ = true;
+    return;
+  }
+  current_ = has_section_ ? current_ + 1 : 0;
+  if (current_ >= files_.size()) fail("more files in the patch than records", text_);
+  is_second_half_ = false;
+  has_section_ = true;
+}
+
+// "OLD..NEW MODE". A record whose section git left out is passed over.
+void DiffParser::check_section(std::string_view objects) {
+  const auto dots = objects.find("..");
+  const std::string_view old_object = objects.substr(0, dots);
+  std::string_view rest = dots == std::string_view::npos ? "" : objects.substr(dots + 2);
+  const std::string_view new_object = next_word(rest);
+  for (; current_ < files_.size(); ++current_) {
+    if (is_same_object(old_object, files_[current_].old_object) &&
+        is_same_object(new_object, files_[current_].new_object)) {
+      return;
+    }
+  }
+  fail("a file of the patch is in no record", objects);
+}
+
+void DiffParser::take_hunk(std::string_view header) {
+  std::string_view rest = header;
+  const auto old_range = parsed_range(next_word(rest), '-');
+  const auto new_range = parsed_range(next_word(rest), '+');
+  if (!old_range || !new_range) fail("unknown hunk", header);
+  old_left_ = old_range->count;
+  new_left_ = new_range->count;
+  DiffFile& file = files_[current_];
+  if (file.change.status == "deleted" || (is_type_change_[current_] && !is_second_half_)) return;
+  const auto [start, count] = *new_range;
+  file.deleted_after = count == 0 ? std::optional(start) : std::nullopt;
+  const std::int64_t first = count == 0 ? start + 1 : start;
+  file.spans.push_back({first, first + std::max<std::int64_t>(count, 1) - 1});
+}
+
+}  // namespace context_delta::git_history
