@@ -12,7 +12,7 @@ namespace {
 constexpr std::size_t READ_BYTES = 256 * 1024;
 
 void check_id(std::string_view id) {
-  if (!is_object_id(id)) throw GitHistoryError("not a full object id: '" + shown(id) + "'");
+  if (!is_object_id(id)) throw GitHistoryError("not a full object id: " + in_quotes(id));
 }
 
 bool is_partial_clone(const Git& git) {

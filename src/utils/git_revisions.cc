@@ -38,8 +38,8 @@ std::vector<std::optional<std::string>> commits_found(const Git::Output& output)
 
 GitHistoryError unborn_head_error(const Git& git) {
   const Git::Output head = git.run(std::array<std::string, 3>{"symbolic-ref", "--short", "HEAD"});
-  const std::string branch = shown(head.out.substr(0, head.out.find('\n')));
-  const std::string what = branch.empty() ? "HEAD" : "branch '" + branch + "'";
+  const std::string branch = head.out.substr(0, head.out.find('\n'));
+  const std::string what = branch.empty() ? "HEAD" : "branch " + in_quotes(branch);
   return GitHistoryError(what + " has no commit yet in " + shown(git.root().string()) +
                          ": commit first, or check out a branch that has commits");
 }
@@ -50,7 +50,7 @@ std::string resolve_commit(const Git& git, std::string_view revision) {
   const auto commits = commits_found(output);
   if (!commits.empty() && commits.front()) return *commits.front();
   if (revision == "HEAD") throw unborn_head_error(git);
-  throw GitHistoryError("'" + shown(revision) + "' is no commit of " + shown(git.root().string()) +
+  throw GitHistoryError(in_quotes(revision) + " is no commit of " + shown(git.root().string()) +
                         ": see " + advised(git, "branch --all"));
 }
 

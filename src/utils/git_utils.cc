@@ -137,8 +137,11 @@ std::string quoted_for_shell(std::string_view text) {
   });
   if (is_plain) return std::string(text);
   std::string result = "'";
-  for (const char c : shown(text)) result += c == '\'' ? std::string("'\\''") : std::string(1, c);
-  return result + "'";
+  for (const char c : shown(text)) {
+    if (c == '\'') result += "'\\'";
+    result += c;
+  }
+  return result += '\'';
 }
 
 std::string first_words(std::string_view errors) {
@@ -155,6 +158,12 @@ std::string shown(std::string_view name) {
     if (static_cast<unsigned char>(c) < 0x20 || c == 0x7f) c = '?';
   }
   return name.size() > MOST_SHOWN_BYTES ? result + "..." : result;
+}
+
+std::string in_quotes(std::string_view name) {
+  std::string result = "'";
+  result += shown(name);
+  return result += '\'';
 }
 
 std::string advised(const Git& git, std::string_view command) {

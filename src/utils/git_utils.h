@@ -140,6 +140,9 @@ bool is_object_id(std::string_view text);
 /// off when it is very long.
 std::string shown(std::string_view name);
 
+/// The same between single quotation marks.
+std::string in_quotes(std::string_view name);
+
 /// `git -C ROOT COMMAND`, to be shown as the command that helps; ROOT quoted when a shell needs it.
 std::string advised(const Git& git, std::string_view command);
 

@@ -12,6 +12,7 @@ namespace {
 
 using git_utils::Git;
 using git_utils::GitHistoryError;
+using git_utils::in_quotes;
 using git_utils::shown;
 using git_utils::View;
 
@@ -124,7 +125,7 @@ std::string suggestion(const std::vector<std::string>& refs, std::string_view na
 }
 
 GitHistoryError unknown_name(const Git& git, const std::string& name, std::string_view parameter) {
-  const std::string start = std::string(parameter) + " '" + shown(name) + "' ";
+  const std::string start = std::string(parameter) + " " + in_quotes(name) + " ";
   const std::string where = shown(git.root().string());
   if (name.empty()) return GitHistoryError(std::string(parameter) + " is empty: name a branch");
   if (name.starts_with('-')) {
@@ -163,8 +164,8 @@ GitHistoryError no_base(const Git& git, std::string_view parameter) {
 
 std::string why_remote(std::string_view ref) {
   const std::string name = short_name(ref);
-  return "'" + shown(name) + "' was taken as base: it is the default branch of remote '" +
-         shown(name.substr(0, name.find('/'))) + "'";
+  return in_quotes(name) + " was taken as base: it is the default branch of remote " +
+         in_quotes(name.substr(0, name.find('/')));
 }
 
 struct Base {
@@ -194,7 +195,7 @@ Base default_base(const Git& git, const Questions& questions, std::size_t start,
   if (!usual) throw no_base(git, parameter);
   const std::string name = short_name(questions.revision(*usual));
   return {{name, questions.commit(*usual)},
-          "'" + name + "' was taken as base: no remote says what its default branch is"};
+          in_quotes(name) + " was taken as base: no remote says what its default branch is"};
 }
 
 std::string first_line(const Git::Output& output) {

@@ -10,6 +10,7 @@ namespace context_delta::git_history {
 namespace {
 
 using git_utils::Git;
+using git_utils::in_quotes;
 using git_utils::shown;
 using git_utils::View;
 
@@ -116,7 +117,7 @@ void clamp_deleted_ends(const Git& git, std::vector<DiffFile>& files) {
 }
 
 [[noreturn]] void fail_on_diff(const Git& git, const Sides& sides, const Git::Output& output) {
-  const std::string both = "'" + shown(sides.base.name) + "' and '" + shown(sides.head.name) + "'";
+  const std::string both = in_quotes(sides.base.name) + " and " + in_quotes(sides.head.name);
   if (output.errors.find("no merge base") == std::string::npos) {
     git_utils::fail_on_objects(git, "comparing " + both, output);
   }
@@ -163,8 +164,8 @@ Comparison compare(const Git& git, const Sides& sides, bool merge_base, bool cou
 
 std::optional<std::string> note_on(const Sides& sides, const Comparison& comparison) {
   std::vector<std::string> remarks;
-  const std::string base = "'" + shown(sides.base.name) + "'";
-  const std::string head = "'" + shown(sides.head.name) + "'";
+  const std::string base = in_quotes(sides.base.name);
+  const std::string head = in_quotes(sides.head.name);
   if (sides.base.name == sides.head.name) {
     remarks.push_back(head + " is the base branch itself");
   } else if (comparison.commit_count == 0) {
@@ -212,7 +213,7 @@ LineSpans History::changed_line_spans(std::string_view base_commit, std::string_
       read_->merge_base != merge_base) {
     for (const std::string_view commit : {base_commit, head_commit}) {
       if (git_utils::is_object_id(commit)) continue;
-      throw GitHistoryError("not a full commit id: '" + shown(commit) + "'");
+      throw GitHistoryError("not a full commit id: " + in_quotes(commit));
     }
     const Side base{std::string(base_commit), std::string(base_commit)};
     const Side head{std::string(head_commit), std::string(head_commit)};
