@@ -86,6 +86,8 @@ class SpawnActions {
   void open_nothing(int target) {
     posix_spawn_file_actions_addopen(&actions_, target, "/dev/null", O_RDONLY, 0);
   }
+  // Descriptors that the rest of this program left open for its children.
+  void close_all_others() { posix_spawn_file_actions_addclosefrom_np(&actions_, 3); }
   int start(pid_t& id, const char* program, char** arguments, char** environment) {
     return posix_spawn(&id, program, &actions_, &attributes_, arguments, environment);
   }
@@ -188,6 +190,7 @@ Process::Process(const Command& command, Input input) : program_(command.program
   }
   actions.connect(out.theirs, 1);
   actions.connect(errors.theirs, 2);
+  actions.close_all_others();
   std::vector<std::string> arguments = {program_};
   arguments.insert(arguments.end(), command.arguments.begin(), command.arguments.end());
   std::vector<std::string> environment = command.environment;
