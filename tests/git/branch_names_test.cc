@@ -1,0 +1,175 @@
+#include <filesystem>
+
+#include <gtest/gtest.h>
+
+#include "support/git_repository.h"
+#include "workers/git_history.h"
+
+namespace context_delta::git_history {
+namespace {
+
+using test::GitRepository;
+using Name = std::optional<std::string>;
+
+BranchChanges compared(const GitRepository& repository, const Name& base, const Name& head) {
+  const git_utils::Git git(repository.root());
+  return History(git).branch_changes(base, head, "target_branch");
+}
+
+std::string error_of(const std::filesystem::path& root, const Name& base, const Name& head) {
+  try {
+    const git_utils::Git git(root);
+    History(git).branch_changes(base, head, "target_branch");
+  } catch (const GitHistoryError& error) {
+    std::string text = error.what();
+    EXPECT_EQ(text.find('\n'), std::string::npos);
+    for (auto at = text.find(root.string()); at != std::string::npos;
+         at = text.find(root.string())) {
+      text.replace(at, root.string().size(), "ROOT");
+    }
+    return text;
+  }
+  return "no error";
+}
+
+void add_remote_branch(const GitRepository& repository, const std::string& name,
+                       const std::string& revision) {
+  repository.git({"update-ref", "refs/remotes/" + name, revision});
+}
+
+TEST(Base, IsTheRemotesDefaultBranchElseMainElseMaster) {
+  GitRepository repository;
+  repository.commit();
+  repository.git({"switch", "-q", "-c", "topic"});
+  repository.commit();
+  const auto base = [&] { return compared(repository, {}, {}).base_branch; };
+  EXPECT_EQ(base(), "main");
+  repository.git({"branch", "-m", "main", "master"});
+  EXPECT_EQ(base(), "master");
+  repository.git({"branch", "-m", "master", "trunk"});
+  EXPECT_EQ(error_of(repository.root(), {}, {}),
+            "no base to compare with in ROOT: tried the remote's default branch "
+            "(refs/remotes/origin/HEAD), main, master, origin/main and origin/master: name one as "
+            "base_branch, or run git -C ROOT remote set-head origin --auto");
+  add_remote_branch(repository, "origin/master", "trunk");
+  EXPECT_EQ(base(), "origin/master");
+  add_remote_branch(repository, "fork/develop", "trunk");
+  repository.git({"symbolic-ref", "refs/remotes/fork/HEAD", "refs/remotes/fork/develop"});
+  EXPECT_EQ(base(), "fork/develop");
+  add_remote_branch(repository, "origin/next", "trunk");
+  repository.git({"symbolic-ref", "refs/remotes/origin/HEAD", "refs/remotes/origin/next"});
+  EXPECT_EQ(base(), "origin/next");
+  repository.git({"update-ref", "-d", "refs/remotes/origin/next"});
+  EXPECT_EQ(base(), "fork/develop");
+}
+
+TEST(Base, IsExplainedWhenItWasChosenAndNothingChanged) {
+  GitRepository repository;
+  repository.commit();
+  EXPECT_EQ(compared(repository, {}, {}).note,
+            "'main' is the base branch itself; 'main' was taken as base: no remote says what its "
+            "default branch is");
+  add_remote_branch(repository, "origin/dev", "main");
+  repository.git({"symbolic-ref", "refs/remotes/origin/HEAD", "refs/remotes/origin/dev"});
+  EXPECT_EQ(compared(repository, {}, {}).note,
+            "'main' has no commit that 'origin/dev' lacks; 'origin/dev' was taken as base: it is "
+            "the default branch of remote 'origin'");
+}
+
+TEST(Head, IsNamedByItsBranchOrByAShortId) {
+  GitRepository repository;
+  repository.write("topic", "a file named as the branch is\n");
+  const std::string first = repository.commit();
+  repository.git({"switch", "-q", "-c", "feature/topic"});
+  const std::string second = repository.commit();
+  EXPECT_EQ(compared(repository, "main", {}).head_branch, "feature/topic");
+  EXPECT_EQ(compared(repository, "main", "HEAD").head_branch, "HEAD");
+  repository.git({"checkout", "-q", "--detach"});
+  EXPECT_EQ(compared(repository, "main", {}).head_branch, second.substr(0, 12));
+  EXPECT_EQ(compared(repository, first, second).commit_count, 1);
+}
+
+TEST(Names, MeanTheLocalBranchFirstThenWhatGitSaysThenThatOfOrigin) {
+  GitRepository repository;
+  repository.write("topic", "a file of that name\n");
+  const std::string first = repository.commit();
+  const std::string second = repository.commit();
+  const std::string third = repository.commit();
+  const auto head = [&](const char* name) { return compared(repository, first, name).head_commit; };
+  add_remote_branch(repository, "origin/topic", first);
+  EXPECT_EQ(head("topic"), first);
+  repository.git({"tag", "-a", "-m", "annotated", "topic", second});
+  EXPECT_EQ(head("topic"), second);
+  repository.git({"branch", "topic", third});
+  EXPECT_EQ(head("topic"), third);
+  EXPECT_EQ(head("origin/topic"), first);
+  EXPECT_EQ(head("refs/tags/topic"), second);
+  EXPECT_EQ(head("HEAD~1"), second);
+  EXPECT_EQ(head("topic^"), second);
+  EXPECT_EQ(head(third.substr(0, 8).c_str()), third);
+}
+
+TEST(Errors, OfNamesSayWhatWhereAndWhatHelps) {
+  GitRepository repository;
+  repository.commit();
+  repository.git({"branch", "feature/login"});
+  add_remote_branch(repository, "origin/release", "main");
+  const std::string see = ": see git -C ROOT branch --all";
+  const struct {
+    const char *head, *text;
+  } cases[] = {
+      {"featrue/login",
+       "target_branch 'featrue/login' is no branch, tag or commit of ROOT (did you mean "
+       "feature/login?): see git -C ROOT branch --all, or git fetch it first"},
+      {"relaese",
+       "target_branch 'relaese' is no branch, tag or commit of ROOT (did you mean "
+       "origin/release?): see git -C ROOT branch --all, or git fetch it first"},
+      {"something-else",
+       "target_branch 'something-else' is no branch, tag or commit of ROOT: see git -C ROOT branch "
+       "--all, or git fetch it first"},
+      {"--output=stolen",
+       "target_branch '--output=stolen' looks like an option, not like a branch of ROOT: see git "
+       "-C "
+       "ROOT branch --all"},
+      {"main\nHEAD",
+       "target_branch 'main?HEAD' is no branch, tag or commit of ROOT: see git -C ROOT branch "
+       "--all, "
+       "or git fetch it first"},
+      {"HEAD:",
+       "target_branch 'HEAD:' is no branch, tag or commit of ROOT: see git -C ROOT branch "
+       "--all, or git fetch it first"},
+      {"", "target_branch is empty: name a branch"},
+  };
+  for (const auto& [head, text] : cases) EXPECT_EQ(error_of(repository.root(), "main", head), text);
+  EXPECT_EQ(
+      error_of(repository.root(), "mian", {}),
+      "base_branch 'mian' is no branch, tag or commit of ROOT (did you mean main?): see git -C "
+      "ROOT branch --all, or git fetch it first");
+}
+
+TEST(Errors, OfHistoriesThatCannotBeCompared) {
+  GitRepository repository;
+  EXPECT_EQ(error_of(repository.root(), {}, {}),
+            "branch 'main' has no commit yet in ROOT: commit first, or check out a branch that has "
+            "commits");
+  repository.commit();
+  repository.write("file", "a\n");
+  repository.commit();
+  repository.git({"switch", "-q", "--orphan", "other"});
+  repository.commit();
+  EXPECT_EQ(error_of(repository.root(), "main", {}),
+            "no merge base of 'main' and 'other' in ROOT: their histories are unrelated: name "
+            "another base_branch");
+
+  repository.git({"switch", "-q", "-C", "other", "main~1"});
+  repository.commit("left the base");
+  const auto shallow = repository.beside() / "shallow";
+  repository.git({"clone", "-q", "--depth=1", "--no-single-branch",
+                  "file://" + repository.root().string(), shallow.string()});
+  EXPECT_EQ(error_of(shallow, "origin/main", "origin/other"),
+            "no merge base of 'origin/main' and 'origin/other' in ROOT: its history is cut off "
+            "(shallow clone): run git -C ROOT fetch --unshallow");
+}
+
+}  // namespace
+}  // namespace context_delta::git_history
