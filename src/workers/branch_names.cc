@@ -98,8 +98,8 @@ std::size_t distance(std::string_view a, std::string_view b) {
 bool is_near(std::string_view name, std::string_view other) {
   if (name.size() > 100 || other.size() > 100) return false;
   const auto at_most = std::max<std::size_t>(1, name.size() / 4);
-  const auto lengths = std::minmax(name.size(), other.size());
-  return lengths.second - lengths.first <= at_most && distance(name, other) <= at_most;
+  const auto [shorter, longer] = std::minmax({name.size(), other.size()});
+  return longer - shorter <= at_most && distance(name, other) <= at_most;
 }
 
 std::vector<std::string> all_refs(const Git& git) {
