@@ -30,8 +30,8 @@ struct Candidate {
   std::uint16_t traits = 0;
   std::int16_t least_arguments = 0;
   std::int16_t most_arguments = ANY_NUMBER;
-  std::int32_t first_line = 1;
-  std::string container;  ///< local_name of what encloses it; empty at the top level
+  std::int32_t first_line = 1;  ///< for display: no rule may decide by it
+  std::string container;        ///< local_name of what encloses it; empty at the top level
   friend bool operator==(const Candidate& a, const Candidate& b) {
     return a.file == b.file && a.definition == b.definition;
   }
@@ -79,6 +79,7 @@ class World {
   }
 
   /// Starts the record of a file; finish_record returns what was asked since, sorted and unique.
+  /// Answers are references that stay valid until the next start_record.
   void start_record();
   std::vector<std::uint32_t> finish_record();
 
@@ -93,12 +94,14 @@ class World {
   const std::any& remember_any(std::string_view question, const File& file,
                                const std::function<std::any()>& compute);
   void depend(std::uint32_t key);
+  void forget_when_large();
 
   struct Remembered {
     std::any answer;
     std::vector<std::uint32_t> keys;
   };
   WorldSource& source_;
+  std::size_t bytes_ = 0;                                   // roughly, of all that is remembered
   std::vector<std::unordered_set<std::uint32_t>> records_;  // innermost last
   std::unordered_map<std::string, std::vector<Candidate>> names_;
   std::unordered_map<std::string, std::vector<const File*>> folders_;
