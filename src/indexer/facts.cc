@@ -1,0 +1,112 @@
+#include "indexer/facts.h"
+
+#include <array>
+
+namespace context_delta::indexer {
+namespace {
+
+constexpr std::array<std::string_view, 13> KIND_NAMES = {
+    "namespace", "class",    "struct", "interface",   "trait",    "enum", "union",
+    "type",      "function", "method", "constructor", "variable", "macro"};
+
+/// FNV-1a over 64 bits; every item is followed by its length, so that items do not run together.
+class Hash {
+ public:
+  void add(std::string_view text) {
+    for (const char byte : text) add_byte(static_cast<unsigned char>(byte));
+    add(static_cast<std::int64_t>(text.size()));
+  }
+  void add(std::int64_t number) {
+    for (int shift = 0; shift < 64; shift += 8) {
+      add_byte(static_cast<unsigned char>(static_cast<std::uint64_t>(number) >> shift));
+    }
+  }
+  std::uint64_t value() const { return value_; }
+
+ private:
+  void add_byte(unsigned char byte) { value_ = (value_ ^ byte) * 0x100000001B3u; }
+  std::uint64_t value_ = 0xCBF29CE484222325u;
+};
+
+void add_definition(Hash& hash, const Definition& definition) {
+  hash.add(definition.name);
+  hash.add(static_cast<std::int64_t>(definition.kind));
+  hash.add(definition.parent);
+  hash.add(definition.signature);
+  hash.add(definition.scope);
+  for (const std::string& base : definition.bases) hash.add(base);
+  hash.add(static_cast<std::int64_t>(definition.bases.size()));
+  hash.add(definition.type);
+  hash.add(definition.least_arguments);
+  hash.add(definition.most_arguments);
+  hash.add(definition.traits);
+}
+
+bool is_inside_function(const Facts& facts, const Binding& binding) {
+  if (binding.scope == NOWHERE) return false;
+  if (binding.kind != Binding::Kind::PARAMETER && binding.kind != Binding::Kind::LOCAL)
+    return false;
+  const Kind scope = facts.definitions[static_cast<std::size_t>(binding.scope)].kind;
+  return scope == Kind::FUNCTION || scope == Kind::METHOD || scope == Kind::CONSTRUCTOR;
+}
+
+void add_binding(Hash& hash, const Binding& binding) {
+  hash.add(binding.name);
+  hash.add(static_cast<std::int64_t>(binding.kind));
+  hash.add(binding.scope);
+  hash.add(binding.type);
+  hash.add(binding.value);
+  hash.add(binding.traits);
+}
+
+void add_import(Hash& hash, const Import& import) {
+  hash.add(import.module);
+  hash.add(import.name);
+  hash.add(import.alias);
+  hash.add(import.scope);
+  hash.add(import.traits);
+}
+
+void append_with_dots(std::string& text, std::string_view name) {
+  if (name.empty()) return;
+  if (!text.empty()) text += '.';
+  for (std::size_t i = 0; i < name.size(); ++i) {
+    const bool separator = name.substr(i, 2) == "::";
+    text += separator ? '.' : name[i];
+    i += separator ? 1 : 0;
+  }
+}
+
+}  // namespace
+
+std::string_view kind_name(Kind kind) { return KIND_NAMES[static_cast<std::size_t>(kind)]; }
+
+std::string local_name(const Facts& facts, DefinitionIndex definition) {
+  std::vector<const Definition*> chain;
+  for (DefinitionIndex i = definition; i != NOWHERE; i = chain.back()->parent) {
+    chain.push_back(&facts.definitions[static_cast<std::size_t>(i)]);
+  }
+  std::string text;
+  for (auto part = chain.rbegin(); part != chain.rend(); ++part) {
+    append_with_dots(text, (*part)->scope);
+    append_with_dots(text, (*part)->name);
+  }
+  return text;
+}
+
+std::uint64_t interface_hash(const Facts& facts) {
+  Hash hash;
+  for (const Definition& definition : facts.definitions) add_definition(hash, definition);
+  hash.add(static_cast<std::int64_t>(facts.definitions.size()));
+  for (const Binding& binding : facts.bindings) {
+    if (!is_inside_function(facts, binding)) add_binding(hash, binding);
+  }
+  hash.add(-1);
+  for (const Import& import : facts.imports) add_import(hash, import);
+  hash.add(static_cast<std::int64_t>(facts.imports.size()));
+  for (const std::string& name : facts.exports) hash.add(name);
+  hash.add(static_cast<std::int64_t>(facts.exports.size()));
+  return hash.value();
+}
+
+}  // namespace context_delta::indexer
