@@ -17,10 +17,10 @@ struct Edge {
   bool proven = false;
   /// Proven: the rule that proved it ("same-file", "import", "self", ...). Guessed: how the caller
   /// may be tied ("namesake", "dispatch").
-  std::string_view rule;
+  std::string_view rule = {};
   /// Guessed: why it is not proven, as a clause without a full stop ("the receiver's type is not
   /// known"). Empty when proven.
-  std::string_view why;
+  std::string_view why = {};
   std::int32_t candidates = 1;  ///< guessed: how many definitions the guess was among
   std::int32_t rank = 0;        ///< guessed: 0 is the likeliest of them
 };

@@ -1,11 +1,248 @@
+#include <algorithm>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "indexer/languages/python/builtins.h"
+#include "indexer/languages/python/modules.h"
 #include "indexer/languages/python/python.h"
+#include "indexer/languages/python/values.h"
+#include "indexer/languages/support/facts_builder.h"
+#include "indexer/languages/support/guesses.h"
+#include "indexer/languages/support/text.h"
 
 namespace context_delta::indexer::python {
+namespace {
 
-Resolution resolve(const File&, const Facts& facts, World&) {
-  Resolution made;
-  made.qualified_names.resize(facts.definitions.size());
-  return made;
+using support::definition_at;
+
+/// What a receiver of unknown type leaves open.
+enum class Shape { BARE, ON_VALUE, ON_CLASS };
+
+class Resolver {
+ public:
+  Resolver(const File& file, const Facts& facts, World& world)
+      : file_(file), facts_(facts), world_(world), values_(file, facts, world) {
+    neighbourhood_.file = &file;
+    for (const Import& import : facts.imports) {
+      const ModuleAnswer answer = find_module(file, import.module, world);
+      if (answer.file != nullptr) neighbourhood_.imported.insert(answer.file->id);
+    }
+  }
+
+  Resolution run();
+
+ private:
+  void resolve(std::int32_t index);
+  Value meaning(const Reference& reference, Value& owner);
+  void prove(std::int32_t index, const Value& value, std::string_view rule);
+  void resolve_call(std::int32_t index, const Value& value, const Value& owner);
+  void guess(std::int32_t index, const Value& value, const Value& owner);
+  void dispatch(std::int32_t index, const Value& value, const Value& owner,
+                const std::vector<Candidate>& overrides);
+  std::vector<Candidate> overrides_of(const Value& owner, const Value& method);
+  bool is_patched(const Value& owner, const std::string& name);
+  bool fits(const Candidate& candidate, const Reference& reference, Shape shape) const;
+  std::optional<Candidate> candidate_of(const Value& value);
+  std::string_view reason(const Value& value, const Value& owner, const Reference& reference);
+
+  const File& file_;
+  const Facts& facts_;
+  World& world_;
+  Evaluator values_;
+  support::Neighbourhood neighbourhood_;
+  Resolution made_;
+};
+
+Resolution Resolver::run() {
+  const std::string module = module_name(file_, world_);
+  for (std::size_t i = 0; i < facts_.definitions.size(); ++i) {
+    const std::string local = local_name(facts_, static_cast<DefinitionIndex>(i));
+    made_.qualified_names.push_back(module.empty() ? local : module + "." + local);
+  }
+  for (std::size_t i = 0; i < facts_.references.size(); ++i) {
+    resolve(static_cast<std::int32_t>(i));
+  }
+  return std::move(made_);
+}
+
+void Resolver::resolve(std::int32_t index) {
+  const Reference& reference = facts_.references[static_cast<std::size_t>(index)];
+  Value owner;
+  const Value value = meaning(reference, owner);
+  if (is_call(reference.role)) {
+    resolve_call(index, value, owner);
+  } else if (value.is_definition() && value.sure) {
+    prove(index, value, value.rule);
+  }
+}
+
+/// The meaning of the name; `owner` is that of its receiver.
+Value Resolver::meaning(const Reference& reference, Value& owner) {
+  if (reference.role == Role::IMPORT) {
+    const ModuleAnswer answer = find_module(file_, reference.receiver, world_);
+    if (answer.file == nullptr) return {};
+    Value found = values_.module_member(*answer.file, reference.name);
+    found.rule = "import";
+    found.sure = found.sure && answer.sure;
+    return found;
+  }
+  if (reference.receiver.empty()) {
+    return values_.name_value(file_, reference.enclosing, reference.name);
+  }
+  owner = values_.expression_value(file_, reference.enclosing, reference.receiver);
+  return values_.member(owner, reference.name);
+}
+
+void Resolver::resolve_call(std::int32_t index, const Value& value, const Value& owner) {
+  const Reference& reference = facts_.references[static_cast<std::size_t>(index)];
+  if (value.kind == Value::Kind::EXTERNAL || value.kind == Value::Kind::MODULE) return;
+  const bool broken = (reference.traits & BROKEN) != 0;
+  if (!value.is_definition() || !value.sure || broken) return guess(index, value, owner);
+  if (value.kind == Value::Kind::CLASS) {
+    const bool any_subclass = !value.exact && value.rule == "self";
+    return any_subclass ? guess(index, value, owner) : prove(index, value, value.rule);
+  }
+  const Definition& method = values_.definition(value);
+  if ((method.traits & PROPERTY) != 0) return;
+  const bool on_class = owner.kind == Value::Kind::CLASS || owner.kind == Value::Kind::INSTANCE;
+  if (!on_class)
+    return prove(index, value, owner.kind == Value::Kind::SUPER ? "super" : value.rule);
+  if (is_patched(owner, method.name)) return guess(index, value, owner);
+  if (!owner.exact) {
+    const std::vector<Candidate> overrides = overrides_of(owner, value);
+    if (!overrides.empty()) return dispatch(index, value, owner, overrides);
+  }
+  prove(index, value,
+        owner.rule == "self" ? "self"
+        : owner.exact        ? "constructed"
+                             : "declared-type");
+}
+
+void Resolver::prove(std::int32_t index, const Value& value, std::string_view rule) {
+  const std::optional<Candidate> target = candidate_of(value);
+  if (!target) return;
+  made_.edges.push_back({.reference = index, .target = *target, .proven = true, .rule = rule});
+}
+
+std::optional<Candidate> Resolver::candidate_of(const Value& value) {
+  for (const Candidate& candidate : world_.definitions(values_.definition(value).name)) {
+    if (candidate.file->id == value.file->id && candidate.definition == value.definition) {
+      return candidate;
+    }
+  }
+  return std::nullopt;
+}
+
+std::vector<Candidate> Resolver::overrides_of(const Value& owner, const Value& method) {
+  std::vector<Candidate> found;
+  const std::string name = values_.definition(method).name;
+  if (name.starts_with("__") && !name.ends_with("__")) return found;
+  for (const Candidate& candidate : world_.definitions(name)) {
+    if (!support::is_function_kind(candidate.kind) || candidate.container.empty()) continue;
+    if (candidate.file->language != file_.language) continue;
+    const Facts& there = values_.facts(*candidate.file);
+    const DefinitionIndex parent = definition_at(there, candidate.definition).parent;
+    if (parent == NOWHERE || !support::is_class_kind(definition_at(there, parent).kind)) continue;
+    const Value other = {.kind = Value::Kind::CLASS, .file = candidate.file, .definition = parent};
+    Value base = owner;
+    base.kind = Value::Kind::CLASS;
+    if (values_.is_below(other, base)) found.push_back(candidate);
+  }
+  return found;
+}
+
+/// Whether a module assigns to the member from outside: `Class.name = ...`.
+bool Resolver::is_patched(const Value& owner, const std::string& name) {
+  const std::string& owner_name = values_.definition(owner).name;
+  for (const Candidate& candidate : world_.definitions(name)) {
+    if (candidate.kind != Kind::VARIABLE || candidate.container.empty()) continue;
+    const std::string_view container = candidate.container;
+    if (container.substr(container.rfind('.') + 1) == owner_name) return true;
+  }
+  return false;
+}
+
+void Resolver::dispatch(std::int32_t index, const Value& value, const Value&,
+                        const std::vector<Candidate>& overrides) {
+  std::vector<Candidate> fitting = overrides;
+  const std::optional<Candidate> favourite = candidate_of(value);
+  if (favourite) fitting.push_back(*favourite);
+  support::add_guess(made_.edges,
+                     {.reference = index,
+                      .rule = "dispatch",
+                      .why = "a subclass overrides the method",
+                      .favourite = favourite ? &*favourite : nullptr},
+                     std::move(fitting), neighbourhood_);
+}
+
+bool Resolver::fits(const Candidate& candidate, const Reference& reference, Shape shape) const {
+  if (candidate.file->language != file_.language) return false;
+  if ((candidate.traits & PROPERTY) != 0) return false;
+  if ((candidate.traits & (DECLARATION | VIRTUAL)) == DECLARATION) return false;
+  const bool is_method = candidate.kind == Kind::METHOD || candidate.kind == Kind::CONSTRUCTOR;
+  switch (candidate.kind) {
+    case Kind::CLASS:
+      return shape != Shape::ON_VALUE;
+    case Kind::METHOD:
+    case Kind::CONSTRUCTOR:
+      if (shape == Shape::BARE) return false;
+      break;
+    case Kind::FUNCTION:
+      if (shape == Shape::ON_VALUE) return false;
+      break;
+    default:
+      return false;
+  }
+  const bool nested = !is_method && !candidate.container.empty();
+  if (nested && candidate.file->id != file_.id) return false;
+  return support::accepts_arguments(candidate, reference.arguments) ||
+         (shape == Shape::ON_CLASS && reference.arguments != ANY_NUMBER &&
+          support::accepts_arguments(candidate,
+                                     static_cast<std::int16_t>(reference.arguments - 1)));
+}
+
+std::string_view Resolver::reason(const Value& value, const Value& owner,
+                                  const Reference& reference) {
+  if ((reference.traits & BROKEN) != 0) return "the text around the call does not parse";
+  if (!value.doubt.empty()) return value.doubt;
+  if (value.kind == Value::Kind::CLASS) return "a subclass may be constructed instead";
+  if (value.is_definition()) return "the member is assigned elsewhere";
+  if (reference.receiver.empty()) return "the name is not bound in the file";
+  if (owner.kind == Value::Kind::UNKNOWN) return "the receiver's type is not known";
+  return "the receiver's class does not define the member";
+}
+
+void Resolver::guess(std::int32_t index, const Value& value, const Value& owner) {
+  const Reference& reference = facts_.references[static_cast<std::size_t>(index)];
+  std::optional<Candidate> favourite;
+  if (value.is_definition()) favourite = candidate_of(value);
+  const bool bare = reference.receiver.empty();
+  const Shape shape = bare ? Shape::BARE
+                      : owner.kind == Value::Kind::MODULE || owner.kind == Value::Kind::CLASS
+                          ? Shape::ON_CLASS
+                          : Shape::ON_VALUE;
+  const bool common =
+      !bare && !favourite && owner.kind == Value::Kind::UNKNOWN && is_common_method(reference.name);
+  std::vector<Candidate> fitting;
+  for (const Candidate& candidate : world_.definitions(reference.name)) {
+    const bool is_favourite = favourite && candidate == *favourite;
+    if (!is_favourite && !fits(candidate, reference, shape)) continue;
+    if (common && support::nearness(candidate, neighbourhood_) == 3) continue;
+    fitting.push_back(candidate);
+  }
+  support::add_guess(made_.edges,
+                     {.reference = index,
+                      .rule = "namesake",
+                      .why = reason(value, owner, reference),
+                      .favourite = favourite ? &*favourite : nullptr},
+                     std::move(fitting), neighbourhood_);
+}
+
+}  // namespace
+
+Resolution resolve(const File& file, const Facts& facts, World& world) {
+  return Resolver(file, facts, world).run();
 }
 
 }  // namespace context_delta::indexer::python

@@ -1,0 +1,106 @@
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <span>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "indexer/facts.h"
+#include "indexer/languages/support/scopes.h"
+#include "indexer/world.h"
+
+/// What names and expressions of Python mean, as far as the text says.
+namespace context_delta::indexer::python {
+
+/// The meaning of an expression.
+struct Value {
+  enum class Kind : std::uint8_t {
+    UNKNOWN,
+    NONE,      ///< the constant None
+    EXTERNAL,  ///< something that the repository does not define
+    MODULE,
+    CLASS,
+    INSTANCE,
+    FUNCTION,
+    SUPER,  ///< the bases of a class
+  };
+  Kind kind = Kind::UNKNOWN;
+  const File* file = nullptr;  ///< where the definition stands
+  DefinitionIndex definition = NOWHERE;
+  bool exact = false;           ///< of this class and not of a subclass
+  bool sure = true;             ///< nothing seen can give the name another meaning
+  std::string_view rule = {};   ///< by which a definition was reached
+  std::string_view doubt = {};  ///< why not sure
+  std::string element = {};     ///< of a container: the type of what is in it, to be read in `file`
+  bool is_definition() const { return kind == Kind::CLASS || kind == Kind::FUNCTION; }
+};
+
+bool same_definition(const Value& a, const Value& b);
+
+/// A class and those it inherits from.
+struct Ancestry {
+  std::vector<Value> classes;  ///< itself first, in the order in which members are looked up
+  std::size_t known = 0;       ///< how many of them are looked up before a base that is not known
+  bool complete = true;        ///< every base is known
+  bool linear = true;          ///< no class on the way has several bases
+};
+
+/// Reads names and expressions in the light of the repository, for the file being resolved.
+class Evaluator {
+ public:
+  Evaluator(const File& file, const Facts& facts, World& world);
+
+  const File& file() const { return file_; }
+  World& world() { return world_; }
+  const Facts& facts(const File& file);
+  const support::ScopeIndex& scopes(const File& file);
+  const Definition& definition(const Value& value);
+
+  /// What `name` means in a scope of `file`.
+  Value name_value(const File& file, DefinitionIndex scope, std::string_view name, int depth = 0);
+  /// What an expression means; `text` is as Reference::receiver.
+  Value expression_value(const File& file, DefinitionIndex scope, std::string_view text,
+                         int depth = 0);
+  /// An instance of the type that an annotation says.
+  Value annotation_value(const File& file, DefinitionIndex scope, std::string_view text,
+                         int depth = 0);
+  /// The attribute `name` of a value. Of a class or an instance: the method or member, looked up
+  /// through the bases; EXTERNAL when it can only come from a base outside the repository.
+  Value member(const Value& owner, std::string_view name, int depth = 0);
+  /// The top-level name of a module, re-exports followed.
+  Value module_member(const File& module, std::string_view name, int depth = 0);
+
+  const Ancestry& ancestry(const Value& of);
+  /// Whether `of` is a strict subclass of `base`.
+  bool is_below(const Value& of, const Value& base);
+  /// The class that encloses a scope's method; UNKNOWN when none does.
+  Value enclosing_class(const File& file, DefinitionIndex scope);
+
+ private:
+  using Binders = std::span<const support::Binder>;
+  Value combined(const File& file, DefinitionIndex scope, Binders binders, int depth);
+  Value definition_value(const File& file, DefinitionIndex index);
+  Value binding_value(const File& file, const Binding& binding, int depth);
+  Value import_value(const File& file, const Import& import, int depth);
+  Value wildcard_value(const File& file, std::string_view name, int depth);
+  Value class_member(const Value& owner, std::string_view name, int depth);
+  Value own_member(const Value& owner, std::string_view name, int depth);
+  Value called(const Value& value, const Value& receiver, int depth);
+  Value subscripted(const Value& value, int depth);
+  Value apply(const Value& value, std::string_view operation, Value& receiver, int depth);
+  Value generic_annotation(const File& file, DefinitionIndex scope, std::string_view head,
+                           std::string_view arguments, int depth);
+  const std::vector<std::vector<Value>>& bases(const File& file);
+  void add_ancestors(Ancestry& line, const Value& of, int depth);
+
+  const File& file_;
+  const Facts& facts_;
+  World& world_;
+  support::ScopeIndex scopes_;
+  std::map<std::pair<std::int64_t, DefinitionIndex>, Ancestry> ancestries_;
+};
+
+}  // namespace context_delta::indexer::python
