@@ -51,6 +51,7 @@ enum Trait : std::uint16_t {
   FROM_MACRO = 256,    ///< written inside a macro's arguments or body
   REASSIGNED = 512,    ///< a binding that is bound more than once
   PROPERTY = 1024,     ///< a method used without a call
+  MAYBE_CAST = 2048,   ///< a call `(name)(value)`, which is a cast when `name` is a type
 };
 
 /// A definition: a symbol of the index.

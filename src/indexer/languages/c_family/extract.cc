@@ -6,6 +6,7 @@
 
 #include "indexer/languages/c_family/declarations.h"
 #include "indexer/languages/c_family/prepare.h"
+#include "indexer/languages/c_family/tokens.h"
 #include "indexer/languages/support/facts_builder.h"
 #include "indexer/languages/support/text.h"
 
@@ -163,7 +164,7 @@ bool Extractor::enter_definition(TSNode node, Node kind, std::uint32_t depth) {
   }
 }
 
-/// A header's include guard encloses everything and decides nothing.
+/// A header's include guard, and what else encloses nearly all of a file, decides nothing.
 void Extractor::enter_conditional(TSNode node, std::uint32_t depth) {
   if (depth == 1 && text_of(node, builder_.text()).starts_with("#ifndef")) {
     const std::vector<TSNode> below = support::named_children(node);
@@ -174,7 +175,9 @@ void Extractor::enter_conditional(TSNode node, std::uint32_t depth) {
                            text_of(below[0], builder_.text());
     if (guard) return;
   }
-  builder_.open(depth).traits |= CONDITIONAL;
+  const std::size_t size = ts_node_end_byte(node) - ts_node_start_byte(node);
+  const bool whole_file = depth == 1 && size > builder_.text().size() / 10 * 9;
+  if (!whole_file) builder_.open(depth).traits |= CONDITIONAL;
 }
 
 bool Extractor::enter_function(TSNode node, std::uint32_t depth) {
@@ -186,15 +189,21 @@ bool Extractor::enter_function(TSNode node, std::uint32_t depth) {
   }
   const bool in_class = support::is_class_kind(builder_.scope_kind());
   Definition made = function_definition(syntax_, node, declarator, builder_.text(), in_class);
-  if (made.name.empty()) return true;
+  if (made.name.empty() || is_keyword(made.name)) return true;
   if (in_class && made.name == builder_.definition(builder_.frame().definition).name) {
     made.kind = Kind::CONSTRUCTOR;
   }
+  const bool whole = !is_null(child(node, syntax_.field.type)) || made.kind != Kind::FUNCTION;
   const DefinitionIndex index = builder_.define(std::move(made));
   support::Frame& frame = builder_.open(depth);
   frame.definition = index;
   frame.traits &= static_cast<std::uint16_t>(~(CONDITIONAL | GENERIC | LOCAL_LINKAGE));
   frame.start = 0;
+  if (whole) {
+    // A function that parsed is whole even where the text around it did not.
+    builder_.definition(index).traits &= static_cast<std::uint16_t>(~BROKEN);
+    frame.traits &= static_cast<std::uint16_t>(~BROKEN);
+  }
   for (Binding& binding :
        parameter_bindings(syntax_, declarator.parameters, builder_.text(), index)) {
     builder_.bind(std::move(binding));
@@ -438,7 +447,9 @@ void Extractor::enter_call(TSNode node) {
       std::string receiver = name.scope;
       if (!receiver.empty() && receiver != "::") receiver += "::";
       if (name.name.ends_with("_cast")) return;
-      builder_.refer(name.name, std::move(receiver), Role::CALL, first_line(name.name_node), count);
+      Reference& made = builder_.refer(name.name, std::move(receiver), Role::CALL,
+                                       first_line(name.name_node), count);
+      if (!ts_node_eq(called, function)) made.traits |= MAYBE_CAST;
       return;
     }
     default:
@@ -523,7 +534,7 @@ void Extractor::bind_parameters(TSNode parameters) {
 }  // namespace
 
 Facts extract(const Syntax& syntax, TSNode root, std::string_view text) {
-  const std::string prepared = prepare(text, syntax.is_cpp);
+  const std::string prepared = prepare(text);
   Extractor extractor(syntax, text);
   if (prepared.empty()) {
     support::walk(root, extractor);

@@ -13,7 +13,7 @@ namespace context_delta::indexer::c_family {
 /// macros between `class` and its name, macros in front of and behind declarations, and, where the
 /// branches of an #if do not balance their brackets, the directives and all branches but one.
 /// Every other byte stays where it is. Empty when nothing had to be blanked out.
-std::string prepare(std::string_view text, bool is_cpp);
+std::string prepare(std::string_view text);
 
 /// Owns the tree of a prepared text.
 class PreparedTree {

@@ -37,8 +37,8 @@ DefinitionIndex FactsBuilder::define(Definition definition) {
   return static_cast<DefinitionIndex>(facts_.definitions.size() - 1);
 }
 
-void FactsBuilder::refer(std::string_view name, std::string receiver, Role role, std::int32_t line,
-                         std::int16_t arguments) {
+Reference& FactsBuilder::refer(std::string_view name, std::string receiver, Role role,
+                               std::int32_t line, std::int16_t arguments) {
   Reference reference;
   reference.name = one_line(name, LONGEST_EXPRESSION);
   reference.receiver = std::move(receiver);
@@ -48,6 +48,7 @@ void FactsBuilder::refer(std::string_view name, std::string receiver, Role role,
   reference.arguments = arguments;
   reference.traits = frame().traits & (BROKEN | FROM_MACRO);
   facts_.references.push_back(std::move(reference));
+  return facts_.references.back();
 }
 
 Facts FactsBuilder::finish() { return std::move(facts_); }

@@ -45,8 +45,8 @@ class FactsBuilder {
   /// Adds a definition inside the current frame and returns its index.
   DefinitionIndex define(Definition definition);
   /// Adds a reference from the current frame.
-  void refer(std::string_view name, std::string receiver, Role role, std::int32_t line,
-             std::int16_t arguments = ANY_NUMBER);
+  Reference& refer(std::string_view name, std::string receiver, Role role, std::int32_t line,
+                   std::int16_t arguments = ANY_NUMBER);
   void bind(Binding binding) { facts_.bindings.push_back(std::move(binding)); }
 
   /// The facts, complete.
