@@ -16,7 +16,8 @@ namespace context_delta::indexer {
 
 struct Language {
   std::string_view name;  ///< as the index records it: "python"
-  /// Raised whenever extract() changes what it returns: stored facts of older versions are dropped.
+  /// Raised whenever extract() or resolve() change what they return: what was stored with another
+  /// version is made anew.
   std::uint32_t version;
   std::span<const std::string_view> suffixes;  ///< of file names, with the dot
   /// For a suffix that several languages claim (".h"): whether this text is in this language.

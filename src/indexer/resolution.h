@@ -26,6 +26,7 @@ struct Edge {
 };
 
 struct Resolution {
+  std::string module_name;  ///< qualified name of the file itself; empty where files have none
   std::vector<std::string> qualified_names;  ///< of each definition, in the language's notation
   std::vector<Edge> edges;                   ///< ordered by reference, then rank
 };
