@@ -15,6 +15,7 @@ struct Edge {
   std::int32_t reference = 0;  ///< index in Facts::references of the file resolved
   Candidate target;
   bool proven = false;
+  // `rule` and `why` are literals: the index stores each text once, for all edges that have it.
   /// Proven: the rule that proved it ("same-file", "import", "self", ...). Guessed: how the caller
   /// may be tied ("namesake", "dispatch").
   std::string_view rule = {};
@@ -26,9 +27,9 @@ struct Edge {
 };
 
 struct Resolution {
-  std::string module_name;  ///< qualified name of the file itself; empty where files have none
   std::vector<std::string> qualified_names;  ///< of each definition, in the language's notation
   std::vector<Edge> edges;                   ///< ordered by reference, then rank
+  std::string module_name;  ///< qualified name of the file itself; empty where files have none
 };
 
 }  // namespace context_delta::indexer
