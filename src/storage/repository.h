@@ -45,6 +45,11 @@ class Repository {
   /// The commit that the index answers for; null while it is empty.
   std::optional<std::string> commit() const;
 
+  /// Holds the present state of the index for all queries until the transaction is destroyed.
+  /// Another process (on a linked work tree, say) may move the index to another commit at any
+  /// time: update, begin reading, and when commit() is not the one wanted, end and repeat.
+  Transaction begin_reading() const;
+
   /// For each of `ids`, at most `limit` callers: those that a call edge proves, or with `guessed`
   /// those guessed between namesakes. A caller that calls several times counts once, at its first
   /// call. Nearest first (same file, same folder, then path and line); guesses by likelihood.
