@@ -2,6 +2,7 @@
 #include <unordered_map>
 
 #include "indexer/facts.h"
+#include "indexer/varint.h"
 
 // Layout: the strings of the blob, each once, in the order of first use (count, then length and
 // bytes of each), then the five lists (count, then items). All numbers are variable-length
@@ -11,11 +12,8 @@ namespace {
 
 class Writer {
  public:
-  void unsigned_number(std::uint64_t number) { append(body_, number); }
-  void number(std::int64_t number) {
-    append(body_,
-           (static_cast<std::uint64_t>(number) << 1) ^ static_cast<std::uint64_t>(number >> 63));
-  }
+  void unsigned_number(std::uint64_t number) { append_number(body_, number); }
+  void number(std::int64_t number) { append_number(body_, folded(number)); }
   void arguments(std::int16_t count) { count == ANY_NUMBER ? number(-1) : number(count); }
   void line(std::int32_t line) {
     number(std::int64_t{line} - last_line_);
@@ -24,10 +22,10 @@ class Writer {
   void string(std::string_view text) {
     const auto [place, added] = indexes_.try_emplace(text, indexes_.size());
     if (added) {
-      append(strings_, text.size());
+      append_number(strings_, text.size());
       strings_ += text;
     }
-    append(body_, place->second);
+    append_number(body_, place->second);
   }
   template <class Item, class WriteItem>
   void list(const std::vector<Item>& items, WriteItem write_item) {
@@ -38,18 +36,13 @@ class Writer {
   std::string bytes() const {
     std::string all;
     all.reserve(strings_.size() + body_.size() + 10);
-    append(all, indexes_.size());
+    append_number(all, indexes_.size());
     all += strings_;
     all += body_;
     return all;
   }
 
  private:
-  static void append(std::string& bytes, std::uint64_t number) {
-    for (; number >= 128; number >>= 7) bytes += static_cast<char>(number | 128);
-    bytes += static_cast<char>(number);
-  }
-
   std::unordered_map<std::string_view, std::size_t> indexes_;
   std::string strings_, body_;
   std::int64_t last_line_ = 0;
@@ -67,22 +60,11 @@ class Reader {
     }
   }
 
-  std::uint64_t unsigned_number() {
-    std::uint64_t number = 0;
-    for (int shift = 0; shift < 64; shift += 7) {
-      if (bytes_.empty()) fail();
-      const auto byte = static_cast<unsigned char>(bytes_.front());
-      bytes_.remove_prefix(1);
-      number |= std::uint64_t{byte & 127u} << shift;
-      if (byte < 128) return number;
-    }
-    fail();
-  }
+  std::uint64_t unsigned_number() { return take_number(bytes_); }
   /// A number from `least` to `most`.
   template <class Number>
   Number number(std::int64_t least, std::int64_t most) {
-    const std::uint64_t folded = unsigned_number();
-    const auto number = static_cast<std::int64_t>((folded >> 1) ^ (~(folded & 1) + 1));
+    const std::int64_t number = unfolded(unsigned_number());
     if (number < least || number > most) fail();
     return static_cast<Number>(number);
   }

@@ -1,0 +1,73 @@
+#include "indexer/packed.h"
+
+#include <cstring>
+
+#include "indexer/varint.h"
+
+namespace context_delta::indexer {
+
+std::string pack_calls(std::span<const PackedCall> calls) {
+  std::string bytes;
+  std::int64_t line = 0;
+  for (const PackedCall& call : calls) {
+    append_number(bytes, static_cast<std::uint64_t>(call.caller));
+    append_number(bytes, folded(call.line - line));
+    append_number(bytes, static_cast<std::uint64_t>(call.callee));
+    append_number(bytes, static_cast<std::uint64_t>(call.evidence));
+    line = call.line;
+  }
+  return bytes;
+}
+
+std::vector<PackedCall> unpack_calls(std::string_view bytes) {
+  std::vector<PackedCall> calls;
+  std::int64_t line = 0;
+  while (!bytes.empty()) {
+    PackedCall& call = calls.emplace_back();
+    call.caller = static_cast<std::int64_t>(take_number(bytes));
+    call.line = line + unfolded(take_number(bytes));
+    call.callee = static_cast<std::int64_t>(take_number(bytes));
+    call.evidence = static_cast<std::int64_t>(take_number(bytes));
+    line = call.line;
+  }
+  return calls;
+}
+
+std::string pack_uses(std::span<const Use> uses) {
+  std::string bytes;
+  for (const Use& use : uses) {
+    append_number(bytes, static_cast<std::uint64_t>(use.file));
+    append_number(bytes, static_cast<std::uint64_t>(use.count));
+  }
+  return bytes;
+}
+
+std::vector<Use> unpack_uses(std::string_view bytes) {
+  std::vector<Use> uses;
+  while (!bytes.empty()) {
+    Use& use = uses.emplace_back();
+    use.file = static_cast<std::int64_t>(take_number(bytes));
+    use.count = static_cast<std::int64_t>(take_number(bytes));
+  }
+  return uses;
+}
+
+std::string pack_keys(std::span<const std::uint32_t> keys) {
+  return {reinterpret_cast<const char*>(keys.data()), keys.size_bytes()};
+}
+
+void StaleKeys::add(std::uint32_t key) {
+  hints_[key & 0xFFFF] = true;
+  keys_.insert(key);
+}
+
+bool StaleKeys::meet(std::string_view packed_keys) const {
+  for (std::size_t i = 0; i + sizeof(std::uint32_t) <= packed_keys.size(); i += 4) {
+    std::uint32_t key = 0;
+    std::memcpy(&key, packed_keys.data() + i, sizeof key);
+    if (hints_[key & 0xFFFF] && keys_.contains(key)) return true;
+  }
+  return false;
+}
+
+}  // namespace context_delta::indexer

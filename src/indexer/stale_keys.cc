@@ -1,0 +1,72 @@
+#include "indexer/stale_keys.h"
+
+#include <algorithm>
+#include <map>
+
+#include "indexer/name_table.h"
+#include "indexer/world.h"
+
+namespace context_delta::indexer {
+namespace {
+
+using IndexesByName = std::map<std::string_view, std::vector<DefinitionIndex>>;
+
+IndexesByName by_name(const std::vector<Defined>& definitions) {
+  IndexesByName names;
+  DefinitionIndex index = 0;
+  for (const Defined& definition : definitions) names[definition.name].push_back(index++);
+  return names;
+}
+
+/// Whether no rule can tell them apart. Lines are not for rules to see.
+bool is_same(const Defined& a, const Defined& b) {
+  return a.kind == b.kind && a.traits == b.traits && a.least_arguments == b.least_arguments &&
+         a.most_arguments == b.most_arguments && a.container == b.container;
+}
+
+}  // namespace
+
+std::vector<DefinitionIndex> compare_facts(std::string_view path, const Facts& before,
+                                           const Facts& after, StaleKeys& stale) {
+  if (interface_hash(before) != interface_hash(after)) stale.add(World::interface_key(path));
+  const std::vector<Defined> old_definitions = defined(before);
+  const std::vector<Defined> new_definitions = defined(after);
+  const IndexesByName old_names = by_name(old_definitions);
+  const IndexesByName new_names = by_name(new_definitions);
+  const auto same = [&](DefinitionIndex a, DefinitionIndex b) {
+    return is_same(old_definitions[static_cast<std::size_t>(a)],
+                   new_definitions[static_cast<std::size_t>(b)]);
+  };
+
+  std::vector<DefinitionIndex> numbers(old_definitions.size(), NOWHERE);
+  for (const auto& [name, indexes] : old_names) {
+    const auto counterpart = new_names.find(name);
+    if (counterpart == new_names.end() ||
+        !std::equal(indexes.begin(), indexes.end(), counterpart->second.begin(),
+                    counterpart->second.end(), same)) {
+      stale.add(World::name_key(name));
+      continue;
+    }
+    for (std::size_t i = 0; i < indexes.size(); ++i) {
+      numbers[static_cast<std::size_t>(indexes[i])] = counterpart->second[i];
+    }
+  }
+  for (const auto& [name, indexes] : new_names) {
+    if (!old_names.contains(name)) stale.add(World::name_key(name));
+  }
+  return numbers;
+}
+
+void add_whole_file(std::string_view path, const Facts& facts, StaleKeys& stale) {
+  const std::size_t slash = path.rfind('/');
+  const std::size_t name = slash == std::string_view::npos ? 0 : slash + 1;
+  stale.add(World::path_key(path));
+  stale.add(World::interface_key(path));
+  stale.add(World::folder_key(slash == std::string_view::npos ? "" : path.substr(0, slash)));
+  stale.add(World::basename_key(path.substr(name)));
+  for (const Definition& definition : facts.definitions) {
+    stale.add(World::name_key(definition.name));
+  }
+}
+
+}  // namespace context_delta::indexer

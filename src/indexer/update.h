@@ -1,0 +1,59 @@
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+#include <functional>
+#include <span>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "indexer/language.h"
+#include "storage/repository.h"
+#include "utils/git_utils.h"
+
+/// Brings an index to a commit.
+namespace context_delta::indexer {
+
+/// The update was given up as asked for; the index is as it was before.
+class Cancelled : public std::runtime_error {
+ public:
+  Cancelled() : std::runtime_error("indexing was cancelled") {}
+};
+
+struct UpdateOptions {
+  std::span<const Language* const> languages;  ///< none: languages()
+  unsigned threads = 0;                        ///< 0: as many as the machine runs at once
+  /// Called on the calling thread, often. `phase` is "parsing", "resolving" or "writing".
+  std::function<void(std::string_view phase, std::int64_t done, std::int64_t total)> progress;
+  const std::atomic<bool>* cancelled = nullptr;  ///< may be set by any thread or signal handler
+  std::int64_t most_file_bytes = 4 << 20;        ///< longer files are skipped
+  int patience_seconds = 600;  ///< how long to wait for another process that updates the index
+};
+
+/// A file that a language claims but that is not indexed.
+struct SkippedFile {
+  std::string path;
+  std::string reason;  ///< "larger than 4194304 bytes", "binary", ...
+};
+
+struct UpdateReport {
+  bool up_to_date = false;    ///< the index answered for the commit already; all counts are 0
+  std::int64_t files = 0;     ///< files that the index covers
+  std::int64_t parsed = 0;    ///< blobs parsed
+  std::int64_t reused = 0;    ///< blobs of added or changed files whose facts were stored before
+  std::int64_t resolved = 0;  ///< files whose references were tied to definitions
+  std::vector<SkippedFile> skipped = {};  ///< all of the commit, by path
+};
+
+/// Makes the index of `repository` answer for `commit` (a full id), in one transaction: readers
+/// see the index before or after. Two updates at once take turns. A damaged index is replaced.
+/// Raises storage::IndexError (the index is as before), git_utils::GitHistoryError, Cancelled.
+UpdateReport update(storage::Repository& repository, const git_utils::Git& git,
+                    std::string_view commit, const UpdateOptions& options = {});
+
+/// The files that the index skipped, by path.
+std::vector<SkippedFile> skipped_files(const storage::Repository& repository);
+
+}  // namespace context_delta::indexer
