@@ -38,6 +38,7 @@ struct DeleteTree {
 };
 
 const Language* accepting(const std::vector<const Language*>& languages, std::string_view text) {
+  if (languages.size() == 1) return languages.front();
   for (const Language* language : languages) {
     if (language->accepts == nullptr || language->accepts(text)) return language;
   }

@@ -217,8 +217,7 @@ void UpdateRun::take_parsed(const Job& job, JobResult result) {
 
 void UpdateRun::set_language(CatalogueFile& file, const Language* language) {
   // A text that was not read is in the only language that claims its name.
-  if (language == nullptr && file.claim->languages.size() == 1 &&
-      file.claim->languages.front()->accepts == nullptr) {
+  if (language == nullptr && file.claim->languages.size() == 1) {
     language = file.claim->languages.front();
   }
   if (language == nullptr) return;
