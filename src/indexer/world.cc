@@ -1,6 +1,7 @@
 #include "indexer/world.h"
 
 #include <algorithm>
+#include <stdexcept>
 
 namespace context_delta::indexer {
 namespace {
@@ -81,6 +82,7 @@ const Facts& World::facts(const File& file) {
 void World::start_record() {
   forget_when_large();
   records_.clear();
+  unanswered_.clear();
   records_.emplace_back();
 }
 
@@ -99,10 +101,15 @@ const std::any& World::remember_any(std::string_view question, const File& file,
   name += std::to_string(file.id);
   auto place = remembered_.find(name);
   if (place == remembered_.end()) {
+    if (!unanswered_.insert(name).second) {
+      throw std::logic_error("the rules ask \"" + std::string(question) + "\" about " + file.path +
+                             " while they answer it");
+    }
     records_.emplace_back();
     std::any answer = compute();
     std::vector<std::uint32_t> keys(records_.back().begin(), records_.back().end());
     records_.pop_back();
+    unanswered_.erase(name);
     bytes_ += 500 + keys.size() * 3 * sizeof(std::uint32_t);
     place =
         remembered_.emplace(std::move(name), Remembered{std::move(answer), std::move(keys)}).first;

@@ -70,7 +70,7 @@ class World {
 
   /// The answer to `question` about `file`, computed once and then remembered together with all
   /// that it depended on (for instance the include closure of a header). `compute` may ask the
-  /// world anything but must not ask the same question again.
+  /// world anything but must not ask the same question again: that raises std::logic_error.
   template <class Answer>
   const Answer& remember(std::string_view question, const File& file,
                          const std::function<Answer()>& compute) {
@@ -108,6 +108,7 @@ class World {
   std::unordered_map<std::string, std::vector<const File*>> basenames_;
   std::unordered_map<std::int64_t, std::shared_ptr<const Facts>> facts_;
   std::unordered_map<std::string, Remembered> remembered_;
+  std::unordered_set<std::string> unanswered_;  // questions whose answer is being computed
 };
 
 }  // namespace context_delta::indexer
