@@ -1,0 +1,7 @@
+#include "render/json_line.h"
+
+namespace context_delta::render {
+
+std::string render_json(const json::Mapping& pack) { return json::json_text(pack) + "\n"; }
+
+}  // namespace context_delta::render

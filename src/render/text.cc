@@ -1,0 +1,333 @@
+#include "render/text.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "render/display_text.h"
+#include "render/pack_view.h"
+#include "render/text_page.h"
+#include "utils/text_lines.h"
+
+namespace context_delta::render {
+namespace {
+
+std::string counted(std::int64_t number, std::string_view one, std::string_view many) {
+  return std::to_string(number) + " " + std::string(number == 1 ? one : many);
+}
+
+/// "a, b and c" of the texts that are not empty.
+std::string joined(std::vector<std::string> texts) {
+  texts.erase(std::remove(texts.begin(), texts.end(), ""), texts.end());
+  std::string result;
+  for (std::size_t i = 0; i < texts.size(); ++i) {
+    if (i > 0) result += i + 1 == texts.size() ? " and " : ", ";
+    result += texts[i];
+  }
+  return result;
+}
+
+void heading(TextPage& page, const std::string& title, std::string_view remark) {
+  page.blank_line();
+  const std::size_t room = page.width() - title.size() - 2;
+  page.line({{title, Ink::BOLD},
+             {"  "},
+             {shortened_end(remark, room, page.mark("\u2026", "...")), Ink::DIM}});
+}
+
+void omitted_line(TextPage& page, std::int64_t omitted, std::string_view one,
+                  std::string_view many) {
+  if (omitted <= 0) return;
+  page.line({{"  "},
+             {std::string(page.mark("\u2026 ", "... ")) + counted(omitted, one, many), Ink::DIM}});
+}
+
+Ink status_ink(std::string_view status) {
+  if (status == "added" || status == "copied") return Ink::GREEN;
+  if (status == "deleted") return Ink::RED;
+  if (status == "renamed") return Ink::CYAN;
+  return Ink::YELLOW;
+}
+
+std::string status_letter(std::string_view status) {
+  if (status.empty()) return " ";
+  return std::string(
+      1, static_cast<char>(status[0] >= 'a' && status[0] <= 'z' ? status[0] - 32 : status[0]));
+}
+
+/// `old` and `path` in one, with what they share written once: `src/{a.py -> b.py}`.
+std::string renaming(const std::string& old, const std::string& path, std::string_view arrow) {
+  std::size_t front = 0;
+  for (std::size_t i = 0; i < std::min(old.size(), path.size()) && old[i] == path[i]; ++i) {
+    if (old[i] == '/') front = i + 1;
+  }
+  std::size_t back = 0;
+  const std::size_t most = std::min(old.size(), path.size()) - front;
+  for (std::size_t i = 1; i <= most && old[old.size() - i] == path[path.size() - i]; ++i) {
+    if (old[old.size() - i] == '/') back = i;
+  }
+  const std::string change = old.substr(front, old.size() - front - back) + std::string(arrow) +
+                             path.substr(front, path.size() - front - back);
+  if (front == 0 && back == 0) return change;
+  return path.substr(0, front) + "{" + change + "}" + path.substr(path.size() - back);
+}
+
+std::string file_name(const TextPage& page, const FileRow& file) {
+  if (!file.old_path || *file.old_path == file.path) return file.path;
+  return renaming(*file.old_path, file.path, page.mark(" \u2192 ", " -> "));
+}
+
+void comparison(TextPage& page, const PackView& pack) {
+  if (!pack.base_branch || !pack.target_branch) return;
+  page.flow(
+      {{{*pack.target_branch, Ink::BOLD}, {" since it left "}, {*pack.base_branch, Ink::BOLD}},
+       {{counted(pack.commit_count, "commit", "commits")}}});
+}
+
+void totals(TextPage& page, const PackView& pack) {
+  if (pack.files.empty() && pack.total_changed_files == 0) return;
+  std::int64_t additions = 0;
+  std::int64_t deletions = 0;
+  std::int64_t references = 0;
+  for (const FileRow& file : pack.files) {
+    additions += file.additions;
+    deletions += file.deletions;
+    references += file.references;
+  }
+  const std::string minus(page.mark("\u2212", "-"));
+  page.flow({{{counted(pack.total_changed_files, "file", "files") + " changed "},
+              {"+" + std::to_string(additions), Ink::GREEN},
+              {" "},
+              {minus + std::to_string(deletions), Ink::RED},
+              {pack.files_omitted > 0 ? " in those listed" : ""}},
+             {{counted(pack.total_changed_symbols, "changed symbol", "changed symbols")}},
+             {{counted(references, "reference", "references") + " from other files"}}});
+}
+
+void excluded(TextPage& page, const PackView& pack) {
+  if (pack.excluded_files <= 0 || pack.message) return;
+  page.paragraph(counted(pack.excluded_files, "more file is", "more files are") +
+                     " no production source: tests, documents, generated (--all-files lists " +
+                     (pack.excluded_files == 1 ? "it)" : "them)"),
+                 Ink::DIM);
+}
+
+void files(TextPage& page, const PackView& pack) {
+  if (pack.files.empty() && pack.files_omitted <= 0) return;
+  heading(page, "Files", "the most depended on first");
+  Table table = {{{}, {false, Shrink::MIDDLE}, {true}, {true}, {true}, {true}}, {}};
+  table.rows.push_back({{""}, {""}, {""}, {""}, {"symbols", Ink::DIM}, {"references", Ink::DIM}});
+  for (const FileRow& file : pack.files) {
+    const Ink quiet = file.references == 0 ? Ink::DIM : Ink::PLAIN;
+    table.rows.push_back(
+        {{status_letter(file.status), status_ink(file.status)},
+         {file_name(page, file)},
+         {file.additions == 0 ? "" : "+" + std::to_string(file.additions), Ink::GREEN},
+         {file.deletions == 0
+              ? ""
+              : std::string(page.mark("\u2212", "-")) + std::to_string(file.deletions),
+          Ink::RED},
+         {std::to_string(file.symbols), file.symbols == 0 ? Ink::DIM : Ink::PLAIN},
+         {std::to_string(file.references), quiet}});
+  }
+  const auto widths = page.fitted_widths(table, 2);
+  for (const Pieces& cells : table.rows) page.row(table, cells, widths, 2);
+  omitted_line(page, pack.files_omitted, "more file", "more files");
+}
+
+std::string line_range(std::int64_t first, std::int64_t last) {
+  return last <= first ? std::to_string(first) : std::to_string(first) + "-" + std::to_string(last);
+}
+
+/// The signature, when it says more than the name beside it.
+std::string signature_cell(const SymbolRow& symbol) {
+  return symbol.signature == symbol.fqn ? "" : symbol.signature;
+}
+
+void symbols(TextPage& page, const PackView& pack) {
+  if (pack.symbols.empty() && pack.symbols_omitted <= 0) return;
+  heading(page, "Changed symbols", "with the lines they span");
+  Table table = {{{true}, {false, Shrink::END}, {false, Shrink::MIDDLE}, {false, Shrink::END}}, {}};
+  for (const SymbolRow& symbol : pack.symbols) {
+    table.rows.push_back({{line_range(symbol.line, symbol.end_line), Ink::DIM},
+                          {symbol.kind, Ink::CYAN},
+                          {symbol.fqn, Ink::PLAIN},
+                          {signature_cell(symbol), Ink::DIM}});
+  }
+  const auto widths = page.fitted_widths(table, 4);
+  const std::string* file = nullptr;
+  for (std::size_t i = 0; i < pack.symbols.size(); ++i) {
+    const SymbolRow& symbol = pack.symbols[i];
+    if (file == nullptr || *file != symbol.file) {
+      page.line({{"  "},
+                 {shortened_middle(symbol.file, page.width() - 14, page.mark("\u2026", "...")),
+                  Ink::BOLD},
+                 {"  "},
+                 {symbol.status == "modified" ? "" : symbol.status, status_ink(symbol.status)}});
+    }
+    file = &symbol.file;
+    page.row(table, table.rows[i], widths, 4);
+  }
+  omitted_line(page, pack.symbols_omitted, "more symbol", "more symbols");
+}
+
+/// Column widths shared by proven and guessed callers, so that the two lists line up.
+Table caller_table(const std::vector<CallerRow>& callers, Piece mark) {
+  Table table = {{{}, {false, Shrink::MIDDLE}, {false, Shrink::MIDDLE}}, {}};
+  for (const CallerRow& caller : callers) {
+    table.rows.push_back(
+        {mark, {caller.fqn}, {caller.file + ":" + std::to_string(caller.call_line), Ink::DIM}});
+  }
+  return table;
+}
+
+void called_line(TextPage& page, const std::string& fqn) {
+  page.line(
+      {{"  "}, {shortened_middle(fqn, page.width() - 2, page.mark("\u2026", "...")), Ink::BOLD}});
+}
+
+void callers(TextPage& page, const PackView& pack) {
+  if (pack.callers.empty() && pack.callers_omitted <= 0) return;
+  heading(page, "Callers", "each proven by a call edge");
+  const Table table =
+      caller_table(pack.callers, {std::string(page.mark("\u25cf", "*")), Ink::GREEN});
+  const auto widths = page.fitted_widths(table, 4);
+  for (std::size_t i = 0; i < pack.callers.size(); ++i) {
+    if (i == 0 || pack.callers[i].calls != pack.callers[i - 1].calls) {
+      called_line(page, pack.callers[i].calls);
+    }
+    page.row(table, table.rows[i], widths, 4);
+  }
+  omitted_line(page, pack.callers_omitted, "more caller", "more callers");
+}
+
+std::string doubt(const CallerRow& caller) {
+  if (caller.relation.empty() || caller.reason.empty()) return caller.relation + caller.reason;
+  return caller.relation + ": " + caller.reason;
+}
+
+void neighbours(TextPage& page, const PackView& pack) {
+  if (pack.neighbours.empty() && pack.neighbours_omitted <= 0) return;
+  heading(page, "Possible callers", "guessed: they may call another definition of the name");
+  const Table table = caller_table(pack.neighbours, {"?", Ink::YELLOW});
+  const auto widths = page.fitted_widths(table, 6);
+  for (std::size_t i = 0; i < pack.neighbours.size(); ++i) {
+    const CallerRow& caller = pack.neighbours[i];
+    const bool other_callee = i == 0 || caller.calls != pack.neighbours[i - 1].calls;
+    if (other_callee) called_line(page, caller.calls);
+    if (other_callee || doubt(caller) != doubt(pack.neighbours[i - 1])) {
+      page.paragraph(doubt(caller), Ink::YELLOW, 4);
+    }
+    page.row(table, table.rows[i], widths, 6);
+  }
+  omitted_line(page, pack.neighbours_omitted, "more possible caller", "more possible callers");
+}
+
+void snippet(TextPage& page, const SnippetRow& row) {
+  const std::string ellipsis(page.mark("\u2026", "..."));
+  const std::string lines = ":" + line_range(row.line, row.end_line);
+  page.line({{"  "},
+             {shortened_middle(row.file, page.width() - 2 - lines.size(), ellipsis), Ink::BOLD},
+             {lines, Ink::BOLD}});
+  const std::size_t digits = std::to_string(row.end_line).size();
+  const std::string bar(page.mark(" \u2502 ", " | "));
+  std::int64_t number = row.line;
+  for (const std::string_view line : text_lines::split_lines(row.content)) {
+    const std::string shown = std::to_string(number++);
+    const std::string padding(4 + digits - std::min(digits, shown.size()), ' ');
+    const std::size_t room = page.width() - 4 - digits - 3;
+    page.line(
+        {{padding + shown + bar, Ink::DIM}, {shortened_end(plain_line(line), room, ellipsis)}});
+  }
+}
+
+void snippets(TextPage& page, const PackView& pack) {
+  if (pack.snippets.empty()) return;
+  heading(page, "First changed lines", "as the working tree has them");
+  bool first = true;
+  for (const SnippetRow& row : pack.snippets) {
+    if (!std::exchange(first, false)) page.blank_line();
+    snippet(page, row);
+  }
+}
+
+void wiki_pages(TextPage& page, const PackView& pack) {
+  if (pack.wiki_pages.empty()) return;
+  heading(page, "Wiki pages", "built from the changed files");
+  for (const WikiRow& row : pack.wiki_pages) {
+    page.line({{"  "},
+               row.stale ? Piece{"stale   ", Ink::YELLOW} : Piece{"current ", Ink::GREEN},
+               {shortened_end(row.title.empty() ? row.page : row.title, page.width() - 10,
+                              page.mark("\u2026", "..."))}});
+    page.paragraph(row.page + (row.reason.empty() ? "" : ": " + row.reason), Ink::DIM, 10);
+  }
+}
+
+std::string omitted_rows(const PackView& pack) {
+  const auto part = [](std::int64_t number, std::string_view one, std::string_view many) {
+    return number > 0 ? counted(number, one, many) : std::string();
+  };
+  return joined({part(pack.files_omitted, "file", "files"),
+                 part(pack.symbols_omitted, "symbol", "symbols"),
+                 part(pack.callers_omitted, "caller", "callers"),
+                 part(pack.neighbours_omitted, "possible caller", "possible callers")});
+}
+
+void left_out(TextPage& page, const PackView& pack, std::optional<std::int64_t> enough,
+              const TextStyle& style) {
+  const std::string rows = omitted_rows(pack);
+  if (rows.empty()) return;
+  page.blank_line();
+  const std::string used = counted(pack.tokens_used, "token", "tokens") + " used";
+  // Beyond the budget, a pack lists the callers of its first symbols and some of each only.
+  const bool budget_would_help =
+      enough &&
+      (!style.budget || (*enough > *style.budget && pack.tokens_used * 2 > *style.budget));
+  if (budget_would_help) {
+    page.paragraph("Left out to fit the budget: " + rows + " (" + used + "). --budget " +
+                       std::to_string(*enough) + " shows more.",
+                   Ink::YELLOW);
+  } else {
+    page.paragraph(
+        "Not listed: " + rows +
+            ". The pack lists some rows of each file and symbol only, whatever its budget.",
+        Ink::DIM);
+  }
+}
+
+/// The message names the parameter of the operation; here it is an option.
+std::string with_option_names(std::string message) {
+  constexpr std::string_view PARAMETER = "source_only=false";
+  const std::size_t found = message.find(PARAMETER);
+  if (found != message.npos) message.replace(found, PARAMETER.size(), "--all-files");
+  return message;
+}
+
+void closing_words(TextPage& page, const PackView& pack) {
+  if (pack.message) page.paragraph(with_option_names(*pack.message), Ink::PLAIN);
+  if (pack.warning) {
+    page.blank_line();
+    page.paragraph("warning: " + *pack.warning, Ink::YELLOW);
+  }
+  if (pack.error) page.paragraph("error: " + *pack.error, Ink::RED);
+}
+
+}  // namespace
+
+std::string render_text(const json::Mapping& pack, const TextStyle& style) {
+  const PackView view = read_pack(pack, plain_text);
+  TextPage page(style);
+  comparison(page, view);
+  totals(page, view);
+  excluded(page, view);
+  files(page, view);
+  symbols(page, view);
+  callers(page, view);
+  neighbours(page, view);
+  snippets(page, view);
+  wiki_pages(page, view);
+  left_out(page, view, sufficient_budget(pack), style);
+  closing_words(page, view);
+  return page.finish();
+}
+
+}  // namespace context_delta::render

@@ -1,0 +1,119 @@
+#include "render/text.h"
+
+#include <cstdlib>
+#include <fstream>
+#include <iterator>
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include "render/display_text.h"
+#include "render/json_line.h"
+#include "render/pack_view.h"
+#include "render/sample_packs.h"
+#include "utils/text_lines.h"
+
+namespace context_delta::render {
+namespace {
+
+std::string read_file(const std::string& path) {
+  std::ifstream stream(path, std::ios::binary);
+  return {std::istreambuf_iterator<char>(stream), {}};
+}
+
+/// Compares with golden/NAME.txt, or writes it when CONTEXT_DELTA_UPDATE_GOLDEN is set.
+void expect_golden(const std::string& name, const std::string& text) {
+  const std::string path = std::string(GOLDEN_FOLDER) + "/" + name + ".txt";
+  if (std::getenv("CONTEXT_DELTA_UPDATE_GOLDEN") != nullptr) {
+    std::ofstream(path, std::ios::binary) << text;
+  }
+  EXPECT_EQ(text, read_file(path)) << path;
+}
+
+struct GoldenCase {
+  const char* name;
+  json::Mapping (*pack)();
+  TextStyle style;
+};
+
+class TextGolden : public testing::TestWithParam<GoldenCase> {};
+
+TEST_P(TextGolden, IsAsItWas) {
+  expect_golden(GetParam().name, render_text(GetParam().pack(), GetParam().style));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Packs, TextGolden,
+    testing::Values(GoldenCase{"full", test::full_pack, {}},
+                    GoldenCase{"full_wide_colour", test::full_pack, {.width = 120, .colour = true}},
+                    GoldenCase{
+                        "full_narrow_ascii", test::full_pack, {.width = 48, .unicode = false}},
+                    GoldenCase{"truncated", test::truncated_pack, {.budget = 100}},
+                    GoldenCase{"beyond_the_budget", test::truncated_pack, {.budget = 100'000}},
+                    GoldenCase{"nothing_changed", test::nothing_changed_pack, {}},
+                    GoldenCase{"error", test::error_pack, {.colour = true}},
+                    GoldenCase{"hostile", test::hostile_pack, {}}),
+    [](const auto& test) { return test.param.name; });
+
+TEST(Text, FitsEveryWidth) {
+  for (std::size_t width = 48; width <= 140; ++width) {
+    for (const json::Mapping& pack : {test::full_pack(), test::truncated_pack()}) {
+      const std::string text = render_text(pack, {.width = width});
+      for (const std::string_view line : text_lines::split_lines(text)) {
+        ASSERT_LE(display_width(line), width) << line;
+      }
+    }
+  }
+}
+
+TEST(Text, LetsNoControlCharacterThrough) {
+  for (const std::size_t width : {40U, 80U, 200U}) {
+    const std::string text = render_text(test::hostile_pack(), {.width = width});
+    for (const char byte : text) {
+      ASSERT_TRUE(byte == '\n' || (static_cast<unsigned char>(byte) >= 0x20 && byte != 0x7F));
+    }
+    EXPECT_EQ(text.find("\xE2\x80\xAE"), text.npos) << "right-to-left override";
+    EXPECT_EQ(text.find("\nerror: forged"), text.npos);
+  }
+}
+
+TEST(Text, TakesAnEmptyMapping) { EXPECT_EQ(render_text({}, {}), ""); }
+
+TEST(Json, IsOneLine) {
+  EXPECT_EQ(render_json({{"b", 1}, {"a", json::List{"\n", nullptr}}}),
+            "{\"b\": 1, \"a\": [\"\\n\", null]}\n");
+}
+
+TEST(DisplayText, MeasuresColumns) {
+  EXPECT_EQ(display_width("abc"), 3U);
+  EXPECT_EQ(display_width("\u65E5\u672C"), 4U);
+  EXPECT_EQ(display_width("e\u0301"), 1U);
+  EXPECT_EQ(display_width("\U0001F600\uFE0F"), 2U);
+  EXPECT_EQ(display_width("\u200D"), 0U);
+}
+
+TEST(DisplayText, ShortensWithinItsColumns) {
+  EXPECT_EQ(shortened_middle("src/folder/file.py", 18, "~"), "src/folder/file.py");
+  EXPECT_EQ(shortened_middle("src/deep/folder/file.py", 16, "~"), "src/dee~/file.py");
+  EXPECT_EQ(shortened_end("\u65E5\u672C\u8A9E", 5, "~"), "\u65E5\u672C~");
+  EXPECT_EQ(shortened_end("\u65E5\u672C\u8A9E", 4, "~"), "\u65E5~");
+  const std::string mixed = "a\u65E5e\u0301/\U0001F600b\u672Cc/\u8A9Ed\u0301";
+  for (std::size_t columns = 0; columns < 20; ++columns) {
+    EXPECT_LE(display_width(shortened_middle(mixed, columns, "\u2026")), columns);
+    EXPECT_LE(display_width(shortened_end(mixed, columns, "\u2026")), columns);
+  }
+}
+
+TEST(DisplayText, ExpandsTabsByColumn) {
+  EXPECT_EQ(plain_line("\ta\t\u65E5\tb"), "    a   \u65E5  b");
+}
+
+TEST(SufficientBudget, CoversTheSharesOfEverySection) {
+  EXPECT_EQ(sufficient_budget(test::full_pack()), std::nullopt);
+  EXPECT_EQ(sufficient_budget(test::error_pack()), std::nullopt);
+  // Nothing is shown yet: the suggestion still is a number that shows something.
+  EXPECT_GT(sufficient_budget({{"files_omitted", 3}}), 0);
+}
+
+}  // namespace
+}  // namespace context_delta::render
