@@ -1,0 +1,61 @@
+#pragma once
+
+#include <filesystem>
+#include <functional>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "utils/git_utils.h"
+#include "utils/json.h"
+
+/// Pages of a wiki that were written from files of the repository.
+namespace context_delta::wiki {
+
+/// The wiki's folder cannot be read. The text is one line for a person.
+class WikiError : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+/// Paths one at a time, null after the last.
+using NextPath = std::function<std::optional<std::string>()>;
+
+/// A page that names its sources in its front matter.
+struct Page {
+  std::string path;                  ///< path text relative to the wiki's folder
+  std::string title;                 ///< front matter, else first heading, else file name
+  std::vector<std::string> sources;  ///< files, folders and globs of the repository, normalised
+  std::string commit;                ///< at which it was written; empty when it names none
+};
+
+/// The pages below `folder` that name sources, by path in byte order. The folder is not trusted:
+/// symbolic links in it and hidden folders are not followed, only the first 256 KiB of a page are
+/// read, pages whose front matter is not well-formed are passed over, and of a folder with more
+/// than 20,000 pages only that many are read. Raises WikiError when the folder cannot be opened.
+std::vector<Page> read_pages(const std::filesystem::path& folder);
+
+/// The wiki as the delta pack asks for it.
+class WikiLens {
+ public:
+  /// Reads the pages. `git` must outlive the lens. Raises WikiError like read_pages().
+  WikiLens(const std::filesystem::path& folder, const git_utils::Git& git);
+
+  /// The pages that cite any of the paths (the path itself, a folder above it, or a glob), by page
+  /// path, as mappings:
+  ///   page     path relative to the wiki's folder
+  ///   title
+  ///   sources  those of its sources that the paths matched, in the page's order
+  ///   stale    whether any source differs between the commit it was written at and HEAD (of a
+  ///            glob: any of the paths that matched it); true when that commit is not known
+  ///   reason   one clause that says why
+  /// Runs one git process, none when no page cites any path. Raises GitHistoryError.
+  json::List pages_citing(const NextPath& next) const;
+
+ private:
+  const git_utils::Git& git_;
+  std::vector<Page> pages_;
+};
+
+}  // namespace context_delta::wiki
