@@ -278,13 +278,11 @@ void left_out(TextPage& page, const PackView& pack, std::optional<std::int64_t> 
   if (rows.empty()) return;
   page.blank_line();
   const std::string used = counted(pack.tokens_used, "token", "tokens") + " used";
-  // Beyond the budget, a pack lists the callers of its first symbols and some of each only.
-  const bool budget_would_help =
-      enough &&
-      (!style.budget || (*enough > *style.budget && pack.tokens_used * 2 > *style.budget));
+  // With any budget, a pack lists the callers of its first symbols and some of each only.
+  const bool budget_would_help = enough && (!style.budget || *enough > *style.budget);
   if (budget_would_help) {
     page.paragraph("Left out to fit the budget: " + rows + " (" + used + "). --budget " +
-                       std::to_string(*enough) + " shows more.",
+                       std::to_string(*enough * style.token_scale / 100) + " shows more.",
                    Ink::YELLOW);
   } else {
     page.paragraph(

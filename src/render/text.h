@@ -14,8 +14,11 @@ struct TextStyle {
   std::size_t width = 80;  ///< columns of the terminal; less than 48 counts as 48
   bool colour = false;     ///< with terminal colours
   bool unicode = true;     ///< with arrows and dots beyond ASCII
-  /// The budget that was given: tells rows it left out from rows that no budget brings.
+  /// The budget the pack was built for: tells rows it left out from rows that no budget brings.
   std::optional<std::int64_t> budget = {};
+  /// Percent by which the budget given was divided before the pack was built; advice is in its
+  /// unit.
+  std::int64_t token_scale = 100;
 };
 
 /// A pack of any shape, whatever made it, as text for a person. Text of the repository is
