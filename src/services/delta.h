@@ -26,7 +26,8 @@ struct DeltaRequest {
 };
 
 /// The pack, from `git`'s repository and the index that answers for its checked-out commit. A
-/// comparison that git cannot make is a pack with `error`. Raises storage::IndexError.
+/// comparison that git cannot make is a pack with `error`. Raises storage::IndexError, and
+/// wiki::WikiError when the wiki folder cannot be read.
 json::Mapping delta_pack(const git_utils::Git& git, const storage::Repository& index,
                          const DeltaRequest& request);
 

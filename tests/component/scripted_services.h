@@ -84,7 +84,6 @@ struct GitHistoryError : std::runtime_error {
 struct ShallowError : GitHistoryError {
   using GitHistoryError::GitHistoryError;
 };
-inline std::string error_text(const GitHistoryError& error) { return error.what(); }
 
 }  // namespace context_delta::test
 

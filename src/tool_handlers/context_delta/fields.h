@@ -79,6 +79,12 @@ bool truth(const Value& value) {
 inline const std::string& plain_text(const std::string& text) { return text; }
 inline const std::string& plain_text(const std::optional<std::string>& text) { return *text; }
 
+/// The text of an error, without its type.
+template <class Error>
+std::string error_text(const Error& error) {
+  return error.what();
+}
+
 /// Ends the look-up of a key that must be there. Raises std::out_of_range.
 template <class Key>
 [[noreturn]] void missing_key(const Key& key) {

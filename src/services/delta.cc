@@ -1,0 +1,26 @@
+#include "services/delta.h"
+
+#include "services/native_services.h"
+#include "tool_handlers/context_delta/context_delta.h"
+
+namespace context_delta::services {
+
+json::Mapping delta_pack(const git_utils::Git& git, const storage::Repository& index,
+                         const DeltaRequest& request) {
+  std::optional<wiki::WikiLens> lens;
+  if (request.wiki) lens.emplace(*request.wiki, git);
+
+  NativeServices services(git, request.base_parameter, request.target_parameter);
+  return handle_build_delta_context_pack(
+      services, Request<NativeServices>{.repository = {index, index.db},
+                                        .repo_root = git.root(),
+                                        .base_branch = request.base_branch,
+                                        .target_branch = request.target_branch,
+                                        .token_budget = request.token_budget,
+                                        .include_call_graph = request.include_call_graph,
+                                        .include_snippets = request.include_snippets,
+                                        .source_only = request.source_only,
+                                        .wiki_lens = lens ? &*lens : nullptr});
+}
+
+}  // namespace context_delta::services
