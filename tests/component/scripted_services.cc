@@ -30,10 +30,10 @@ void ScriptedServices::write(const std::string& line) {
   if (!world_.failing.empty() && line.starts_with(world_.failing)) world_.failure();
 }
 
-BranchChanges ScriptedServices::branch_changes(const Root& root,
-                                               const std::optional<std::string>& base,
-                                               const std::optional<std::string>& target,
-                                               std::string_view name) {
+const BranchChanges& ScriptedServices::branch_changes(const Root& root,
+                                                      const std::optional<std::string>& base,
+                                                      const std::optional<std::string>& target,
+                                                      std::string_view name) {
   write("branch_changes " + root.text + " " + base.value_or("null") + " " +
         target.value_or("null") + " head_parameter=" + std::string(name));
   return world_.changes;
@@ -44,10 +44,9 @@ Commit ScriptedServices::resolve_commit(const Root& root, std::string_view revis
   return world_.checked_out;
 }
 
-ScriptedServices::Spans ScriptedServices::changed_line_spans(const Root& root, const Commit& base,
-                                                             const Commit& head,
-                                                             const std::vector<FileChange>& files,
-                                                             bool merge_base) {
+const ScriptedServices::Spans& ScriptedServices::changed_line_spans(
+    const Root& root, const Commit& base, const Commit& head, const std::vector<FileChange>& files,
+    bool merge_base) {
   std::string line = "changed_line_spans " + root.text + " " + base.text + " " + head.text;
   for (const FileChange& file : files) line += " " + file.path;
   write(line + (merge_base ? " merge_base" : ""));
@@ -69,8 +68,8 @@ json::Mapping ScriptedServices::change_row(const FileChange& change) {
   return {{"path", change.path}, {"status", change.status}};
 }
 
-ScriptedServices::Impact ScriptedServices::file_impact(const Database& db,
-                                                       const std::vector<std::string>& paths) {
+const ScriptedServices::Impact& ScriptedServices::file_impact(
+    const Database& db, const std::vector<std::string>& paths) {
   write("file_impact " + db.text + " " + joined(paths));
   return world_.impact;
 }

@@ -142,17 +142,18 @@ class ScriptedServices {
 
   explicit ScriptedServices(const World& world) : world_(world) {}
 
-  BranchChanges branch_changes(const Root& root, const std::optional<std::string>& base,
-                               const std::optional<std::string>& target, std::string_view name);
+  const BranchChanges& branch_changes(const Root& root, const std::optional<std::string>& base,
+                                      const std::optional<std::string>& target,
+                                      std::string_view name);
   Commit resolve_commit(const Root& root, std::string_view revision);
-  Spans changed_line_spans(const Root& root, const Commit& base, const Commit& head,
-                           const std::vector<FileChange>& files, bool merge_base);
+  const Spans& changed_line_spans(const Root& root, const Commit& base, const Commit& head,
+                                  const std::vector<FileChange>& files, bool merge_base);
   bool is_source_path(const std::string& path, const Language& language);
   Ranges line_ranges(const Spans& spans, const std::vector<std::string>& paths);
   json::Mapping change_row(const FileChange& change);
   Kinds change_kinds() const { return {"KINDS"}; }
   std::int64_t symbols_per_row() const { return 50; }
-  Impact file_impact(const Database& db, const std::vector<std::string>& paths);
+  const Impact& file_impact(const Database& db, const std::vector<std::string>& paths);
   std::vector<SymbolOnLines> symbols_on_lines(const Database& db, const Ranges& ranges,
                                               const Kinds& kinds, std::int64_t per_file);
   std::int64_t count_symbols_on_lines(const Database& db, const Ranges& ranges, const Kinds& kinds);

@@ -12,8 +12,8 @@ typename Services::Row handle_build_delta_context_pack(Services& services,
                                                        const Request<Services>& request) {
   static_assert(ContextServices<Services>);
   try {
-    const auto changes = services.branch_changes(request.repo_root, request.base_branch,
-                                                 request.target_branch, "target_branch");
+    const auto& changes = services.branch_changes(request.repo_root, request.base_branch,
+                                                  request.target_branch, "target_branch");
     bool elsewhere = false;
     if (request.target_branch.has_value()) {
       const auto checked_out = services.resolve_commit(request.repo_root, "HEAD");

@@ -18,7 +18,7 @@ typename Services::Row _pack(Services& services, const typename Services::Reposi
                              const typename Services::BranchChanges& changes,
                              const PackOptions<Services>& options) {
   using Value = typename Services::Value;
-  const auto impact =
+  const auto& impact =
       services.file_impact(field::db(repository), _paths<Services>(field::files(changes)));
   auto files = _kept_files(services, changes, impact, options.source_only);
   _sort_by_impact<Services>(files, impact);

@@ -47,8 +47,8 @@ typename Services::Row _assemble_sections(Services& services,
   using Row = typename Services::Row;
   using Value = typename Services::Value;
 
-  const auto spans = services.changed_line_spans(repo_root, field::base_commit(changes),
-                                                 field::head_commit(changes), files, true);
+  const auto& spans = services.changed_line_spans(repo_root, field::base_commit(changes),
+                                                  field::head_commit(changes), files, true);
 
   typename Services::Pages pages;
   if (options.wiki_lens) {
