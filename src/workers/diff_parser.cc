@@ -48,25 +48,25 @@ bool is_same_object(std::string_view object, std::string_view expected) {
 }
 
 struct Range {
-  std::int64_t start = 0, count = 1;
+  std::int64_t start, count;
 };
+
+std::optional<std::int64_t> parsed_number(std::string_view text) {
+  std::int64_t number = 0;
+  const char* end = text.data() + text.size();
+  const auto result = std::from_chars(text.data(), end, number);
+  if (result.ec != std::errc() || result.ptr != end || number < 0) return std::nullopt;
+  return number;
+}
 
 // "-START,COUNT" or "-START", which means one line.
 std::optional<Range> parsed_range(std::string_view text, char sign) {
   if (!text.starts_with(sign)) return std::nullopt;
-  Range range;
-  const char* end = text.data() + text.size();
-  auto [stop, error] = std::from_chars(text.data() + 1, end, range.start);
-  if (error == std::errc() && stop != end && *stop == ',') {
-    std::tie(stop, error) = [&] {
-      const auto result = std::from_chars(stop + 1, end, range.count);
-      return std::pair(result.ptr, result.ec);
-    }();
-  }
-  if (error != std::errc() || stop != end || range.start < 0 || range.count < 0) {
-    return std::nullopt;
-  }
-  return range;
+  const auto comma = text.find(',');
+  const auto start = parsed_number(text.substr(1, comma - 1));
+  const auto count = comma == std::string_view::npos ? 1 : parsed_number(text.substr(comma + 1));
+  if (!start || !count) return std::nullopt;
+  return Range{*start, *count};
 }
 
 }  // namespace
