@@ -11,6 +11,7 @@ struct Matcher {
   bool is_same(char a, char b) const { return a == b || (any_case && lower(a) == lower(b)); }
 
   bool starts_with(std::string_view text, std::string_view start) const {
+    if (!any_case) return text.starts_with(start);
     if (text.size() < start.size()) return false;
     for (std::size_t i = 0; i < start.size(); ++i) {
       if (!is_same(text[i], start[i])) return false;
@@ -34,8 +35,13 @@ struct Matcher {
   }
 
   bool any_star(std::string_view rest, std::string_view text) const {
+    if (rest.empty()) return text.find('/') == std::string_view::npos;
+    const char next = rest.front();
+    const bool is_plain = next != '*' && next != '{' && next != '[';
     while (true) {
-      if (matches(rest, text)) return true;
+      if (!is_plain || (!text.empty() && is_same(next, text.front()))) {
+        if (matches(rest, text)) return true;
+      }
       if (text.empty() || text.front() == '/') return false;
       text.remove_prefix(1);
     }
