@@ -23,10 +23,10 @@ class Cancelled : public std::runtime_error {
 };
 
 struct UpdateOptions {
-  std::span<const Language* const> languages;  ///< none: languages()
-  unsigned threads = 0;                        ///< 0: as many as the machine runs at once
+  std::span<const Language* const> languages = {};  ///< none: languages()
+  unsigned threads = 0;                             ///< 0: as many as the machine runs at once
   /// Called on the calling thread, often. `phase` is "parsing", "resolving" or "writing".
-  std::function<void(std::string_view phase, std::int64_t done, std::int64_t total)> progress;
+  std::function<void(std::string_view phase, std::int64_t done, std::int64_t total)> progress = {};
   const std::atomic<bool>* cancelled = nullptr;  ///< may be set by any thread or signal handler
   std::int64_t most_file_bytes = 4 << 20;        ///< longer files are skipped
   int patience_seconds = 600;  ///< how long to wait for another process that updates the index

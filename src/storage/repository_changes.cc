@@ -13,7 +13,7 @@ constexpr std::string_view IMPACT = R"(
 SELECT files.path, files."references", files.symbols, languages.name
 FROM json_each(?1) AS wanted
 CROSS JOIN files ON files.path = wanted.value
-LEFT JOIN languages ON languages.id = files.language)";
+JOIN languages ON languages.id = files.language)";
 
 // Kinds are looked up once, not for each row.
 constexpr std::string_view HITS = R"(
@@ -98,10 +98,9 @@ std::unordered_map<std::string, FileImpact> file_impact(const storage::Database&
   statement.bind(1, list);
   std::unordered_map<std::string, FileImpact> impacts;
   while (statement.step()) {
-    FileImpact& impact = impacts[std::string(statement.text(0))];
-    impact.references = statement.integer(1);
-    impact.symbols = statement.integer(2);
-    if (!statement.is_null(3)) impact.language = std::string(statement.text(3));
+    impacts[std::string(statement.text(0))] = {.references = statement.integer(1),
+                                               .symbols = statement.integer(2),
+                                               .language = std::string(statement.text(3))};
   }
   return impacts;
 }

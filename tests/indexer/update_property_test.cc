@@ -113,7 +113,7 @@ TEST_P(UpdateProperty, EqualsColdBuild) {
   options.languages = languages;
   options.threads = 1 + GetParam() % 3;
   storage::Repository updated(editor.repository.beside() / "updated.sqlite");
-  for (int step = 0; step < 25; ++step) {
+  for (int step = 0; step < 12; ++step) {
     const std::string commit = editor.step();
     indexer::update(updated, git, commit, options);
     const auto path = editor.repository.beside() / ("cold" + std::to_string(step) + ".sqlite");
@@ -124,7 +124,7 @@ TEST_P(UpdateProperty, EqualsColdBuild) {
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(Seeds, UpdateProperty, testing::Range(0u, 8u));
+INSTANTIATE_TEST_SUITE_P(Seeds, UpdateProperty, testing::Range(0u, 5u));
 
 }  // namespace
 }  // namespace context_delta

@@ -1,0 +1,153 @@
+#include "indexer/facts.h"
+
+#include <random>
+#include <stdexcept>
+
+#include <gtest/gtest.h>
+
+namespace context_delta::indexer {
+namespace {
+
+/// Random facts that keep the rules of the structure: parents first, scopes that exist.
+class Generator {
+ public:
+  explicit Generator(std::uint32_t seed) : random_(seed) {}
+
+  Facts facts() {
+    Facts facts;
+    for (std::uint32_t i = below(6); i > 0; --i) facts.definitions.push_back(definition());
+    for (std::uint32_t i = below(9); i > 0; --i) facts.references.push_back(reference());
+    for (std::uint32_t i = below(5); i > 0; --i) facts.bindings.push_back(binding());
+    for (std::uint32_t i = below(4); i > 0; --i) facts.imports.push_back(import());
+    for (std::uint32_t i = below(3); i > 0; --i) facts.exports.push_back(text());
+    return facts;
+  }
+
+ private:
+  std::uint32_t below(std::uint32_t bound) { return static_cast<std::uint32_t>(random_() % bound); }
+  std::string text() {
+    static const std::vector<std::string> TEXTS = {
+        "", "f", "a.b()", "\xC3\xA9", "x\ny", std::string(300, 'q'), std::string("\0z", 2)};
+    return TEXTS[below(static_cast<std::uint32_t>(TEXTS.size()))];
+  }
+  std::int32_t line() {
+    return below(9) == 0 ? std::numeric_limits<std::int32_t>::max()
+                         : static_cast<std::int32_t>(below(5000));
+  }
+  std::int16_t arguments() {
+    return below(3) == 0 ? ANY_NUMBER : static_cast<std::int16_t>(below(400));
+  }
+  std::uint16_t traits() { return static_cast<std::uint16_t>(below(0x10000)); }
+  DefinitionIndex scope() { return static_cast<DefinitionIndex>(below(definitions_ + 1)) - 1; }
+
+  Definition definition() {
+    Definition made;
+    made.name = text();
+    made.kind = static_cast<Kind>(below(13));
+    made.parent = scope();
+    made.first_line = line();
+    made.last_line = line();
+    made.name_line = line();
+    made.signature = text();
+    made.scope = text();
+    for (std::uint32_t i = below(3); i > 0; --i) made.bases.push_back(text());
+    made.type = text();
+    made.least_arguments = arguments();
+    made.most_arguments = arguments();
+    made.traits = traits();
+    ++definitions_;
+    return made;
+  }
+  Reference reference() {
+    return {text(), text(), static_cast<Role>(below(7)), line(), scope(), arguments(), traits()};
+  }
+  Binding binding() {
+    return {text(),  static_cast<Binding::Kind>(below(4)), scope(), text(), text(), line(),
+            traits()};
+  }
+  Import import() { return {text(), text(), text(), scope(), line(), traits()}; }
+
+  std::mt19937 random_;
+  std::uint32_t definitions_ = 0;
+};
+
+TEST(Facts, DecodeGivesBackWhatWasEncoded) {
+  for (std::uint32_t seed = 0; seed < 500; ++seed) {
+    const Facts facts = Generator(seed).facts();
+    ASSERT_EQ(decode_facts(encode_facts(facts)), facts) << "seed " << seed;
+  }
+}
+
+TEST(Facts, BytesCutShortAreRefused) {
+  for (std::uint32_t seed = 0; seed < 50; ++seed) {
+    const std::string bytes = encode_facts(Generator(seed).facts());
+    for (std::size_t length = 0; length < bytes.size(); ++length) {
+      ASSERT_THROW(decode_facts(bytes.substr(0, length)), std::runtime_error) << seed;
+    }
+    ASSERT_THROW(decode_facts(bytes + '\0'), std::runtime_error) << seed;
+  }
+}
+
+TEST(Facts, DamagedBytesAreRefusedOrGiveFactsThatKeepTheRules) {
+  for (std::uint32_t seed = 0; seed < 300; ++seed) {
+    std::string bytes = encode_facts(Generator(seed).facts());
+    std::mt19937 random(seed);
+    bytes[random() % bytes.size()] = static_cast<char>(random());
+    try {
+      const Facts facts = decode_facts(bytes);
+      for (std::size_t i = 0; i < facts.definitions.size(); ++i) {
+        ASSERT_LT(facts.definitions[i].parent, static_cast<DefinitionIndex>(i));
+      }
+      for (const Reference& reference : facts.references) {
+        ASSERT_LT(reference.enclosing, std::ssize(facts.definitions));
+      }
+    } catch (const std::runtime_error&) {
+    }
+  }
+}
+
+Facts small_facts() {
+  Facts facts;
+  facts.definitions.resize(3);
+  facts.definitions[0].name = "Box";
+  facts.definitions[0].kind = Kind::CLASS;
+  facts.definitions[0].scope = "outer::inner";
+  facts.definitions[1].name = "open";
+  facts.definitions[1].kind = Kind::METHOD;
+  facts.definitions[1].parent = 0;
+  facts.definitions[2].name = "helper";
+  facts.bindings.push_back({"size", Binding::Kind::MEMBER, 0, "", "", 1, 0});
+  facts.bindings.push_back({"i", Binding::Kind::LOCAL, 1, "", "", 1, 0});
+  facts.references.push_back({.name = "helper", .receiver = "", .enclosing = 1});
+  return facts;
+}
+
+TEST(Facts, LocalNameJoinsWrittenScopesAndEnclosingNames) {
+  EXPECT_EQ(local_name(small_facts(), 1), "outer.inner.Box.open");
+  EXPECT_EQ(local_name(small_facts(), 2), "helper");
+  EXPECT_EQ(local_name(small_facts(), NOWHERE), "");
+}
+
+TEST(Facts, InterfaceHashCoversWhatOthersMaySeeAndNothingElse) {
+  const std::uint64_t hash = interface_hash(small_facts());
+  const auto changed = [&](auto change) {
+    Facts facts = small_facts();
+    change(facts);
+    return interface_hash(facts) != hash;
+  };
+  EXPECT_FALSE(changed([](Facts& f) { f.definitions[1].first_line = 9; }));
+  EXPECT_FALSE(changed([](Facts& f) { f.definitions[1].last_line = 9; }));
+  EXPECT_FALSE(changed([](Facts& f) { f.references.clear(); }));
+  EXPECT_FALSE(changed([](Facts& f) { f.bindings[1].value = "other()"; }));
+  EXPECT_FALSE(changed([](Facts& f) { f.bindings[0].line = 9; }));
+  EXPECT_TRUE(changed([](Facts& f) { f.bindings[0].value = "other()"; }));
+  EXPECT_TRUE(changed([](Facts& f) { f.definitions[1].traits = VIRTUAL; }));
+  EXPECT_TRUE(changed([](Facts& f) { f.definitions[1].parent = NOWHERE; }));
+  EXPECT_TRUE(changed([](Facts& f) { f.definitions[0].bases = {"Base"}; }));
+  EXPECT_TRUE(changed([](Facts& f) { std::swap(f.definitions[0], f.definitions[2]); }));
+  EXPECT_TRUE(changed([](Facts& f) { f.imports.push_back({"m", "", "", NOWHERE, 1, 0}); }));
+  EXPECT_TRUE(changed([](Facts& f) { f.exports = {"Box"}; }));
+}
+
+}  // namespace
+}  // namespace context_delta::indexer
