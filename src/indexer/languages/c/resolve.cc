@@ -4,6 +4,7 @@
 
 #include "indexer/languages/c/c.h"
 #include "indexer/languages/c_family/includes.h"
+#include "indexer/languages/c_family/library.h"
 #include "indexer/languages/c_family/linkage.h"
 #include "indexer/languages/support/facts_builder.h"
 #include "indexer/languages/support/guesses.h"
@@ -81,6 +82,7 @@ void Resolver::resolve_call(std::int32_t index, const Reference& reference) {
         {.reference = index, .target = *found.target, .proven = true, .rule = found.rule});
     return;
   }
+  if (c_family::is_library_function(reference.name)) return;
   support::add_guess(made_.edges, {.reference = index, .why = found.why}, std::move(found.fitting),
                      neighbourhood_);
 }
