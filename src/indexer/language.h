@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <span>
+#include <string>
 #include <string_view>
 
 #include <tree_sitter/api.h>
@@ -24,6 +25,9 @@ struct Language {
   /// Null: always. The first language of the table that accepts gets the file.
   bool (*accepts)(std::string_view text);
   const TSLanguage* (*grammar)();
+  /// The text to parse in place of `text`: as long, with its lines, and spaces where the grammar
+  /// would stumble; empty when the text itself will do. Null: always itself.
+  std::string (*prepare)(std::string_view text) = nullptr;
   /// The facts of one parsed text. Never fails: what did not parse is left out or marked BROKEN.
   Facts (*extract)(TSNode root, std::string_view text);
   /// Ties the references of a file to definitions and names its definitions.

@@ -70,7 +70,10 @@ ParsedText TextParser::parse(const std::vector<const Language*>& languages,
     throw std::runtime_error("the grammar of " + std::string(parsed.language->name) +
                              " does not fit the parser");
   }
-  const TSInput input = {&text, read_text, TSInputEncodingUTF8, nullptr};
+  const std::string prepared =
+      parsed.language->prepare == nullptr ? std::string() : parsed.language->prepare(text);
+  std::string_view read = prepared.empty() ? text : std::string_view(prepared);
+  const TSInput input = {&read, read_text, TSInputEncodingUTF8, nullptr};
   const std::unique_ptr<TSTree, DeleteTree> tree(
       ts_parser_parse_with_options(parser_.get(), nullptr, input, {&progress, must_stop}));
   if (tree == nullptr) {

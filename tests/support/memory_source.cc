@@ -17,9 +17,11 @@ Facts facts_of(const Language& language, std::string_view text) {
   if (!ts_parser_set_language(parser.get(), language.grammar())) {
     throw std::runtime_error("the grammar does not fit the runtime");
   }
+  const std::string prepared = language.prepare == nullptr ? std::string() : language.prepare(text);
+  const std::string_view read = prepared.empty() ? text : std::string_view(prepared);
   const std::unique_ptr<TSTree, decltype(&ts_tree_delete)> tree(
-      ts_parser_parse_string(parser.get(), nullptr, text.data(),
-                             static_cast<std::uint32_t>(text.size())),
+      ts_parser_parse_string(parser.get(), nullptr, read.data(),
+                             static_cast<std::uint32_t>(read.size())),
       &ts_tree_delete);
   return language.extract(ts_tree_root_node(tree.get()), text);
 }

@@ -3,6 +3,7 @@
 #include <array>
 
 #include "indexer/languages/c_family/extract.h"
+#include "indexer/languages/c_family/prepare.h"
 
 namespace context_delta::indexer::c {
 namespace {
@@ -25,6 +26,7 @@ const Language LANGUAGE = {.name = "c",
                            .suffixes = SUFFIXES,
                            .accepts = nullptr,
                            .grammar = tree_sitter_c,
+                           .prepare = c_family::prepare,
                            .extract = extract,
                            .resolve = resolve};
 

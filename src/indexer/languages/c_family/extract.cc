@@ -5,7 +5,6 @@
 #include <vector>
 
 #include "indexer/languages/c_family/declarations.h"
-#include "indexer/languages/c_family/prepare.h"
 #include "indexer/languages/c_family/tokens.h"
 #include "indexer/languages/support/facts_builder.h"
 #include "indexer/languages/support/text.h"
@@ -384,8 +383,9 @@ void Extractor::construct(const Declarator& declarator, TSNode type, TSNode argu
   std::string receiver = name.scope;
   if (!receiver.empty() && receiver != "::") receiver += "::";
   const TSNode place = is_null(declarator.name) ? name.name_node : type;
-  builder_.refer(name.name, std::move(receiver), Role::CONSTRUCT, first_line(place),
-                 call_arguments(syntax_, arguments));
+  Reference& made = builder_.refer(name.name, std::move(receiver), Role::CONSTRUCT,
+                                   first_line(place), call_arguments(syntax_, arguments));
+  if (!is_null(declarator.name) && is_null(arguments)) made.traits |= DECLARATION;
 }
 
 bool Extractor::enter_type_definition(TSNode node) {
@@ -458,6 +458,7 @@ void Extractor::enter_call(TSNode node) {
 }
 
 void Extractor::enter_new(TSNode node) {
+  if (!is_null(child(node, syntax_.field.declarator))) return;  // an array of pointers
   construct({}, child(node, syntax_.field.type), child(node, syntax_.field.arguments));
 }
 
@@ -534,14 +535,8 @@ void Extractor::bind_parameters(TSNode parameters) {
 }  // namespace
 
 Facts extract(const Syntax& syntax, TSNode root, std::string_view text) {
-  const std::string prepared = prepare(text);
   Extractor extractor(syntax, text);
-  if (prepared.empty()) {
-    support::walk(root, extractor);
-    return extractor.finish();
-  }
-  const PreparedTree tree(syntax.language, prepared);
-  support::walk(tree.get() == nullptr ? root : ts_tree_root_node(tree.get()), extractor);
+  support::walk(root, extractor);
   return extractor.finish();
 }
 

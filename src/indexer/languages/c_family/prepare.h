@@ -1,10 +1,7 @@
 #pragma once
 
-#include <memory>
 #include <string>
 #include <string_view>
-
-#include <tree_sitter/api.h>
 
 /// Source text as the grammars can parse it.
 namespace context_delta::indexer::c_family {
@@ -14,15 +11,5 @@ namespace context_delta::indexer::c_family {
 /// branches of an #if do not balance their brackets, the directives and all branches but one.
 /// Every other byte stays where it is. Empty when nothing had to be blanked out.
 std::string prepare(std::string_view text);
-
-/// Owns the tree of a prepared text.
-class PreparedTree {
- public:
-  PreparedTree(const TSLanguage* language, std::string_view text);
-  const TSTree* get() const { return tree_.get(); }
-
- private:
-  std::unique_ptr<TSTree, decltype(&ts_tree_delete)> tree_;
-};
 
 }  // namespace context_delta::indexer::c_family

@@ -3,6 +3,7 @@
 #include <array>
 
 #include "indexer/languages/c_family/extract.h"
+#include "indexer/languages/c_family/prepare.h"
 #include "indexer/languages/support/text.h"
 
 namespace context_delta::indexer::cpp {
@@ -65,6 +66,7 @@ const Language LANGUAGE = {.name = "cpp",
                            .suffixes = SUFFIXES,
                            .accepts = is_cpp_text,
                            .grammar = tree_sitter_cpp,
+                           .prepare = c_family::prepare,
                            .extract = extract,
                            .resolve = resolve};
 

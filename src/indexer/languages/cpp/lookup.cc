@@ -111,11 +111,34 @@ Type Lookup::alias_target(const Candidate& alias, int depth) {
   return type_named(there, definition.type, depth + 1);
 }
 
+/// `Alias::Name`, or a name that a using-declaration brought in.
+Type Lookup::indirect_type(const Context& context, std::string_view written, int depth) {
+  const std::string path = dotted(written);
+  const std::size_t dot = path.rfind('.');
+  if (dot != std::string::npos) {
+    const Type owner = type_named(context, path.substr(0, dot), depth + 1);
+    if (owner.kind != Type::Kind::CLASS) return {};
+    const Context inside = {.file = owner.in.file, .scope = owner.in.name};
+    const Candidate* found = class_candidate(inside, path.substr(dot + 1));
+    return found != nullptr && found->container == owner.in.name
+               ? type_named(inside, path.substr(dot + 1), depth + 1)
+               : Type{};
+  }
+  for (const Import& import : facts(*context.file).imports) {
+    if (import.name != path || import.module.starts_with('"')) continue;
+    return type_named({.file = context.file}, import.module + "::" + path, depth + 1);
+  }
+  return {};
+}
+
 Type Lookup::type_named(const Context& context, std::string_view written, int depth) {
   written = support::trimmed(written);
   if (depth > DEEPEST || written.empty()) return {};
   const Candidate* found = class_candidate(context, written);
-  if (found == nullptr) return templated(context, written, depth);
+  if (found == nullptr) {
+    const Type type = indirect_type(context, written, depth);
+    return type.kind == Type::Kind::CLASS ? type : templated(context, written, depth);
+  }
   if (found->kind == Kind::TYPE) return alias_target(*found, depth);
   Type made;
   made.kind = Type::Kind::CLASS;

@@ -91,6 +91,7 @@ class Lookup {
   std::vector<std::string> levels(const Context& context);
   bool is_visible(const File& file) { return linkage_.seen().contains(file); }
   const Candidate* class_candidate(const Context& context, std::string_view written);
+  Type indirect_type(const Context& context, std::string_view written, int depth);
   Type alias_target(const Candidate& alias, int depth);
   Type templated(const Context& context, std::string_view written, int depth);
   Type head_type(const Context& context, std::string_view head, bool called, int depth);

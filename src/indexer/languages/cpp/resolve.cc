@@ -190,7 +190,8 @@ void Resolver::resolve_construction(std::int32_t index, const Reference& referen
   Callees callees = lookup_.constructor(type.in, reference.arguments);
   const bool is_class =
       !callees.fitting.empty() && support::is_class_kind(callees.fitting.front().kind);
-  if (reference.arguments == 0 && is_class) return;  // nothing runs that the class defines
+  const bool bare = (reference.traits & DECLARATION) != 0;
+  if (bare && is_class) return;  // nothing runs that the class defines
   accept(index, reference, std::move(callees));
 }
 

@@ -12,7 +12,7 @@
 namespace context_delta::indexer::support {
 
 /// How many namesakes of one call are listed at most.
-inline constexpr std::size_t MOST_GUESSES = 6;
+inline constexpr std::size_t MOST_GUESSES = 5;
 
 /// What ranks namesakes for one file.
 struct Neighbourhood {
