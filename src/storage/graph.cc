@@ -10,6 +10,12 @@
 namespace context_delta::storage {
 namespace {
 
+constexpr std::string_view SIZE = R"(
+SELECT (SELECT count(*) FROM files WHERE language IS NOT NULL AND problem IS NULL),
+       (SELECT count(*) FROM symbols WHERE id & ((1 << ?1) - 1)),
+       count(*) - coalesce(sum(evidence & 1), 0), coalesce(sum(evidence & 1), 0)
+FROM calls)";
+
 constexpr std::string_view SYMBOLS = R"(
 SELECT files.path, symbols.name,
        CASE WHEN scopes.whole THEN scopes.qualifier ELSE scopes.qualifier || symbols.name END,
@@ -89,6 +95,15 @@ void export_rows(const Database& db, std::string_view sql, const std::array<Fiel
 }
 
 }  // namespace
+
+GraphSize graph_size(const Database& db) {
+  Statement row(db, SIZE);
+  row.bind(1, SYMBOL_BITS).step();
+  return {.files = row.integer(0),
+          .symbols = row.integer(1),
+          .proven_calls = row.integer(2),
+          .guessed_calls = row.integer(3)};
+}
 
 void export_symbols(const Database& db, const LineSink& sink) {
   export_rows(db, SYMBOLS, SYMBOL_FIELDS, sink);

@@ -1,11 +1,23 @@
 #pragma once
 
+#include <cstdint>
 #include <functional>
 #include <string_view>
 
 namespace context_delta::storage {
 
 class Database;
+
+/// How much the index holds of its commit.
+struct GraphSize {
+  std::int64_t files = 0;  ///< without those that are skipped
+  std::int64_t symbols = 0;
+  std::int64_t proven_calls = 0;  ///< lines of export_calls()
+  std::int64_t guessed_calls = 0;
+};
+
+/// Raises IndexError.
+GraphSize graph_size(const Database& db);
 
 /// Takes one line of JSON, without a line feed. The view ends with the call.
 using LineSink = std::function<void(std::string_view line)>;
