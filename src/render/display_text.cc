@@ -148,6 +148,17 @@ std::string shortened_middle(std::string_view text, std::size_t columns, std::st
   return std::string(text.substr(0, head)) + std::string(mark) + std::string(tail);
 }
 
+std::string shortened_start(std::string_view text, std::size_t columns, std::string_view mark) {
+  if (display_width(text) <= columns) return std::string(text);
+  const std::size_t mark_width = display_width(mark);
+  if (columns < mark_width + 4) return shortened_end(text, columns, mark);
+  std::string_view tail = suffix(text, columns - mark_width);
+  const std::size_t separator = tail.find_first_of(".:/#");
+  if (separator < tail.size() / 2) tail.remove_prefix(separator + 1);
+  while (tail.starts_with(':')) tail.remove_prefix(1);
+  return std::string(mark) + std::string(tail);
+}
+
 std::vector<std::string> wrapped(std::string_view text, std::size_t columns) {
   std::vector<std::string> lines;
   std::size_t used = 0;

@@ -29,6 +29,10 @@ std::string shortened_end(std::string_view text, std::size_t columns, std::strin
 /// starts at a '/' when there is one near: made for paths.
 std::string shortened_middle(std::string_view text, std::size_t columns, std::string_view mark);
 
+/// `text`, or `mark` and its end, in `columns`: made for qualified names. The end starts after a
+/// separator when there is one near.
+std::string shortened_start(std::string_view text, std::size_t columns, std::string_view mark);
+
 /// `text` broken at spaces into lines of at most `columns`; longer words stand alone, unbroken.
 std::vector<std::string> wrapped(std::string_view text, std::size_t columns);
 

@@ -146,7 +146,7 @@ std::string signature_cell(const SymbolRow& symbol) {
 void symbols(TextPage& page, const PackView& pack) {
   if (pack.symbols.empty() && pack.symbols_omitted <= 0) return;
   heading(page, "Changed symbols", "with the lines they span");
-  Table table = {{{true}, {false, Shrink::END}, {false, Shrink::MIDDLE}, {false, Shrink::END}}, {}};
+  Table table = {{{true}, {false, Shrink::END}, {false, Shrink::START}, {false, Shrink::END}}, {}};
   for (const SymbolRow& symbol : pack.symbols) {
     table.rows.push_back({{line_range(symbol.line, symbol.end_line), Ink::DIM},
                           {symbol.kind, Ink::CYAN},
@@ -172,7 +172,7 @@ void symbols(TextPage& page, const PackView& pack) {
 
 /// Column widths shared by proven and guessed callers, so that the two lists line up.
 Table caller_table(const std::vector<CallerRow>& callers, Piece mark) {
-  Table table = {{{}, {false, Shrink::MIDDLE}, {false, Shrink::MIDDLE}}, {}};
+  Table table = {{{}, {false, Shrink::START}, {false, Shrink::MIDDLE}}, {}};
   for (const CallerRow& caller : callers) {
     table.rows.push_back(
         {mark, {caller.fqn}, {caller.file + ":" + std::to_string(caller.call_line), Ink::DIM}});
@@ -182,7 +182,7 @@ Table caller_table(const std::vector<CallerRow>& callers, Piece mark) {
 
 void called_line(TextPage& page, const std::string& fqn) {
   page.line(
-      {{"  "}, {shortened_middle(fqn, page.width() - 2, page.mark("\u2026", "...")), Ink::BOLD}});
+      {{"  "}, {shortened_start(fqn, page.width() - 2, page.mark("\u2026", "...")), Ink::BOLD}});
 }
 
 void callers(TextPage& page, const PackView& pack) {

@@ -1,6 +1,7 @@
 #include "render/text_page.h"
 
 #include <algorithm>
+#include <initializer_list>
 #include <utility>
 
 #include "render/display_text.h"
@@ -13,12 +14,13 @@ constexpr std::size_t COMFORTABLE_COLUMN = 20;
 constexpr std::size_t LEAST_COLUMN = 8;
 constexpr std::size_t COLUMN_GAP = 2;
 
-/// The widest column of a kind that is still wider than `least`; null when there is none.
+/// The widest column of these kinds that is still wider than `least`; null when there is none.
 std::size_t* widest(const std::vector<Column>& columns, std::vector<std::size_t>& widths,
-                    Shrink kind, std::size_t least) {
+                    std::initializer_list<Shrink> kinds, std::size_t least) {
   std::size_t* found = nullptr;
   for (std::size_t i = 0; i < widths.size(); ++i) {
-    if (columns[i].shrink != kind || widths[i] <= least) continue;
+    const bool shrinks = std::find(kinds.begin(), kinds.end(), columns[i].shrink) != kinds.end();
+    if (!shrinks || widths[i] <= least) continue;
     if (found == nullptr || widths[i] > *found) found = &widths[i];
   }
   return found;
@@ -27,18 +29,19 @@ std::size_t* widest(const std::vector<Column>& columns, std::vector<std::size_t>
 /// The column to take a character from: what may lose its end goes before what is cut within.
 std::size_t* next_to_shrink(const std::vector<Column>& columns, std::vector<std::size_t>& widths) {
   for (const std::size_t least : {COMFORTABLE_COLUMN, LEAST_COLUMN}) {
-    for (const Shrink kind : {Shrink::END, Shrink::MIDDLE}) {
-      if (std::size_t* column = widest(columns, widths, kind, least)) return column;
-    }
+    if (std::size_t* column = widest(columns, widths, {Shrink::END}, least)) return column;
+    const std::initializer_list<Shrink> others = {Shrink::START, Shrink::MIDDLE};
+    if (std::size_t* column = widest(columns, widths, others, least)) return column;
   }
   return nullptr;
 }
 
 std::string cell_text(const Column& column, const std::string& text, std::size_t width,
                       std::string_view ellipsis) {
-  std::string shown = column.shrink == Shrink::MIDDLE ? shortened_middle(text, width, ellipsis)
-                      : column.shrink == Shrink::END  ? shortened_end(text, width, ellipsis)
-                                                      : text;
+  std::string shown = column.shrink == Shrink::START    ? shortened_start(text, width, ellipsis)
+                      : column.shrink == Shrink::MIDDLE ? shortened_middle(text, width, ellipsis)
+                      : column.shrink == Shrink::END    ? shortened_end(text, width, ellipsis)
+                                                        : text;
   const std::size_t used = display_width(shown);
   const std::string padding(width > used ? width - used : 0, ' ');
   return column.right ? padding + shown : shown + padding;

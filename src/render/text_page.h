@@ -31,7 +31,7 @@ struct Piece {
 using Pieces = std::vector<Piece>;
 
 /// What becomes of a column for which there is no room.
-enum class Shrink : unsigned char { NEVER, MIDDLE, END };
+enum class Shrink : unsigned char { NEVER, START, MIDDLE, END };
 
 struct Column {
   bool right = false;  ///< aligned to the right

@@ -95,12 +95,15 @@ TEST(DisplayText, MeasuresColumns) {
 TEST(DisplayText, ShortensWithinItsColumns) {
   EXPECT_EQ(shortened_middle("src/folder/file.py", 18, "~"), "src/folder/file.py");
   EXPECT_EQ(shortened_middle("src/deep/folder/file.py", 16, "~"), "src/dee~/file.py");
+  EXPECT_EQ(shortened_start("client.session.Session.close", 17, "~"), "~Session.close");
+  EXPECT_EQ(shortened_start("ns::Class::method", 15, "~"), "~Class::method");
   EXPECT_EQ(shortened_end("\u65E5\u672C\u8A9E", 5, "~"), "\u65E5\u672C~");
   EXPECT_EQ(shortened_end("\u65E5\u672C\u8A9E", 4, "~"), "\u65E5~");
   const std::string mixed = "a\u65E5e\u0301/\U0001F600b\u672Cc/\u8A9Ed\u0301";
   for (std::size_t columns = 0; columns < 20; ++columns) {
     EXPECT_LE(display_width(shortened_middle(mixed, columns, "\u2026")), columns);
     EXPECT_LE(display_width(shortened_end(mixed, columns, "\u2026")), columns);
+    EXPECT_LE(display_width(shortened_start(mixed, columns, "\u2026")), columns);
   }
 }
 
