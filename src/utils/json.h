@@ -35,10 +35,10 @@ class Mapping {
   /// The key's value. Raises std::out_of_range when it has none.
   const Value& at(std::string_view key) const;
 
-  std::size_t size() const { return entries_.size(); }
-  bool empty() const { return entries_.empty(); }
-  auto begin() const { return entries_.begin(); }
-  auto end() const { return entries_.end(); }
+  std::size_t size() const;
+  bool empty() const;
+  std::vector<Entry>::const_iterator begin() const;
+  std::vector<Entry>::const_iterator end() const;
   friend bool operator==(const Mapping&, const Mapping&);
 
  private:
@@ -87,6 +87,14 @@ class Value {
   friend void append_text(std::string& text, const Value& value);
   std::variant<std::monostate, bool, std::int64_t, double, std::string, List, Mapping> value_;
 };
+
+// Here, where Value is complete: clang looks into a vector's members as soon as they are used.
+inline std::size_t Mapping::size() const { return entries_.size(); }
+inline bool Mapping::empty() const { return entries_.empty(); }
+inline std::vector<Mapping::Entry>::const_iterator Mapping::begin() const {
+  return entries_.begin();
+}
+inline std::vector<Mapping::Entry>::const_iterator Mapping::end() const { return entries_.end(); }
 
 /// The JSON text of a value on one line.
 std::string json_text(const Value& value);
