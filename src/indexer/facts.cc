@@ -94,6 +94,13 @@ std::string local_name(const Facts& facts, DefinitionIndex definition) {
   return text;
 }
 
+std::string container_name(const Facts& facts, DefinitionIndex definition) {
+  const Definition& own = facts.definitions[static_cast<std::size_t>(definition)];
+  std::string text = local_name(facts, own.parent);
+  append_with_dots(text, own.scope);
+  return text;
+}
+
 std::uint64_t interface_hash(const Facts& facts) {
   Hash hash;
   for (const Definition& definition : facts.definitions) add_definition(hash, definition);

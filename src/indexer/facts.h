@@ -129,6 +129,9 @@ struct Facts {
 /// `Class.method`, `ns.Class.method` (a written scope counts as enclosing names).
 std::string local_name(const Facts& facts, DefinitionIndex definition);
 
+/// The names that enclose a definition, joined by '.': local_name without its own name.
+std::string container_name(const Facts& facts, DefinitionIndex definition);
+
 /// The facts as bytes, and back. decode_facts raises std::runtime_error on bytes that are no facts.
 std::string encode_facts(const Facts& facts);
 Facts decode_facts(std::string_view bytes);

@@ -29,7 +29,7 @@ void add_scopes(FileRows& rows, const File& file, const Resolution& resolution) 
   const Facts& facts = *rows.facts;
   const std::string& module = resolution.module_name;
   rows.scopes.push_back({"", module.empty() ? file.path : module, true});
-  using Key = std::tuple<DefinitionIndex, std::string_view, bool>;
+  using Key = std::tuple<DefinitionIndex, std::string_view, std::string_view, bool>;
   std::map<Key, std::uint32_t> numbers;
   for (std::size_t i = 0; i < facts.definitions.size(); ++i) {
     const Definition& definition = facts.definitions[i];
@@ -37,10 +37,12 @@ void add_scopes(FileRows& rows, const File& file, const Resolution& resolution) 
     if (i < resolution.qualified_names.size()) qualifier = resolution.qualified_names[i];
     const bool whole = !qualifier.ends_with(definition.name);
     if (!whole) qualifier.remove_suffix(definition.name.size());
-    const auto [place, added] = numbers.try_emplace({definition.parent, qualifier, whole},
-                                                    static_cast<std::uint32_t>(rows.scopes.size()));
+    const auto [place, added] =
+        numbers.try_emplace({definition.parent, definition.scope, qualifier, whole},
+                            static_cast<std::uint32_t>(rows.scopes.size()));
     if (added) {
-      rows.scopes.push_back({local_name(facts, definition.parent), std::string(qualifier), whole});
+      rows.scopes.push_back(
+          {container_name(facts, static_cast<DefinitionIndex>(i)), std::string(qualifier), whole});
     }
     rows.scopes_of.push_back(place->second);
   }

@@ -31,7 +31,7 @@ struct Candidate {
   std::int16_t least_arguments = 0;
   std::int16_t most_arguments = ANY_NUMBER;
   std::int32_t first_line = 1;  ///< for display: no rule may decide by it
-  std::string container;        ///< local_name of what encloses it; empty at the top level
+  std::string container;        ///< container_name of it; empty at the top level
   friend bool operator==(const Candidate& a, const Candidate& b) {
     return a.file == b.file && a.definition == b.definition;
   }

@@ -43,17 +43,15 @@ void MemorySource::index_names() {
   for (const auto& [path, entry] : files_) {
     for (std::size_t i = 0; i < entry.facts->definitions.size(); ++i) {
       const Definition& definition = entry.facts->definitions[i];
-      const std::string whole = indexer::local_name(*entry.facts, static_cast<DefinitionIndex>(i));
-      const std::size_t own = definition.name.size();
-      Candidate made{.file = &entry.file,
-                     .definition = static_cast<DefinitionIndex>(i),
-                     .kind = definition.kind,
-                     .traits = definition.traits,
-                     .least_arguments = definition.least_arguments,
-                     .most_arguments = definition.most_arguments,
-                     .first_line = definition.first_line,
-                     .container = whole.size() > own ? whole.substr(0, whole.size() - own - 1)
-                                                     : std::string()};
+      Candidate made{
+          .file = &entry.file,
+          .definition = static_cast<DefinitionIndex>(i),
+          .kind = definition.kind,
+          .traits = definition.traits,
+          .least_arguments = definition.least_arguments,
+          .most_arguments = definition.most_arguments,
+          .first_line = definition.first_line,
+          .container = indexer::container_name(*entry.facts, static_cast<DefinitionIndex>(i))};
       names_[definition.name].push_back(std::move(made));
     }
   }
