@@ -17,6 +17,9 @@ using support::first_line;
 using support::is_null;
 using support::text_of;
 
+/// Bits of Frame::state.
+enum State : std::uint16_t { IN_UNNAMED_TYPE = 1 };
+
 class Extractor {
  public:
   Extractor(const Syntax& syntax, std::string_view text) : syntax_(syntax), builder_(text) {}
@@ -37,7 +40,7 @@ class Extractor {
   void declare_variable(TSNode node, const Declarator& declarator, const std::string& type);
   bool is_variable_with_arguments(const Declarator& declarator, const std::string& type);
   void construct(const Declarator& declarator, TSNode type, TSNode arguments);
-  bool enter_type_definition(TSNode node);
+  bool enter_type_definition(TSNode node, std::uint32_t depth);
   bool enter_alias(TSNode node);
   void enter_conditional(TSNode node, std::uint32_t depth);
   void enter_call(TSNode node);
@@ -128,7 +131,7 @@ bool Extractor::enter_definition(TSNode node, Node kind, std::uint32_t depth) {
     case Node::NAMESPACE:
       return enter_namespace(node, depth);
     case Node::TYPE_DEFINITION:
-      return enter_type_definition(node);
+      return enter_type_definition(node, depth);
     case Node::ALIAS:
     case Node::CONCEPT:
       return enter_alias(node);
@@ -197,6 +200,7 @@ bool Extractor::enter_function(TSNode node, std::uint32_t depth) {
   support::Frame& frame = builder_.open(depth);
   frame.definition = index;
   frame.traits &= static_cast<std::uint16_t>(~(CONDITIONAL | GENERIC | LOCAL_LINKAGE));
+  frame.state = 0;
   frame.start = 0;
   if (whole) {
     // A function that parsed is whole even where the text around it did not.
@@ -249,7 +253,12 @@ bool Extractor::enter_class(TSNode node, std::uint32_t depth) {
   const TSNode body = child(node, syntax_.field.body);
   if (is_null(body)) return true;
   Definition made = class_definition(syntax_, node, builder_.text());
-  if (made.name.empty()) return true;
+  if (made.name.empty()) {
+    if (!support::is_class_kind(builder_.scope_kind())) {
+      builder_.open(depth).state |= IN_UNNAMED_TYPE;
+    }
+    return true;
+  }
   for (const TSNode below : support::named_children(node)) {
     if (syntax_.kind(below) == Node::BASE_CLAUSE) refer_to_bases(below);
   }
@@ -291,6 +300,7 @@ bool Extractor::enter_namespace(TSNode node, std::uint32_t depth) {
 }
 
 bool Extractor::enter_declaration(TSNode node) {
+  if ((builder_.frame().state & IN_UNNAMED_TYPE) != 0) return true;
   const TSNode type_node = child(node, syntax_.field.type);
   const std::string type = type_text(syntax_, type_node, builder_.text());
   for (const TSNode part : support::children(node, syntax_.field.declarator)) {
@@ -388,7 +398,7 @@ void Extractor::construct(const Declarator& declarator, TSNode type, TSNode argu
   if (!is_null(declarator.name) && is_null(arguments)) made.traits |= DECLARATION;
 }
 
-bool Extractor::enter_type_definition(TSNode node) {
+bool Extractor::enter_type_definition(TSNode node, std::uint32_t depth) {
   const TSNode type = child(node, syntax_.field.type);
   const bool unnamed =
       !is_null(child(type, syntax_.field.body)) && is_null(child(type, syntax_.field.name));
@@ -410,8 +420,9 @@ bool Extractor::enter_type_definition(TSNode node) {
       if (name == made.type) continue;
     }
     if (!is_null(declarator.function)) made.type.clear();
+    const DefinitionIndex index = builder_.define(std::move(made));
+    if (first && unnamed) builder_.open(depth).definition = index;
     first = false;
-    builder_.define(std::move(made));
   }
   return true;
 }

@@ -53,7 +53,9 @@ Callees Lookup::chosen(const std::vector<Candidate>& overloads, std::int16_t arg
     const bool same_shape =
         std::find(shapes.begin(), shapes.end(), each.most_arguments) != shapes.end();
     if (is_declaration(each) || !same_shape) continue;
-    const bool hidden = (each.traits & LOCAL_LINKAGE) != 0 && !is_visible(*each.file);
+    // What is not seen can only be meant through a declaration that is.
+    const bool hidden = !is_visible(*each.file) && declared_in == nullptr &&
+                        (declarations == 0 || (each.traits & LOCAL_LINKAGE) != 0);
     if (!hidden) definitions.push_back(each);
   }
   Callees made;

@@ -30,7 +30,13 @@ bool FactsBuilder::in_function() {
 }
 
 DefinitionIndex FactsBuilder::define(Definition definition) {
-  definition.parent = frame().definition;
+  DefinitionIndex parent = frame().definition;
+  const auto depth_of = [&](DefinitionIndex index) {
+    return index == NOWHERE ? std::uint8_t{0} : depths_[static_cast<std::size_t>(index)];
+  };
+  if (depth_of(parent) >= DEEPEST_NESTING) parent = this->definition(parent).parent;
+  definition.parent = parent;
+  depths_.push_back(static_cast<std::uint8_t>(depth_of(parent) + 1));
   definition.traits |= frame().traits;
   if (frame().start != 0) definition.first_line = std::min(definition.first_line, frame().start);
   facts_.definitions.push_back(std::move(definition));

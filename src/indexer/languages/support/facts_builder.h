@@ -20,6 +20,8 @@ struct Frame {
   std::int32_t start = 0;    ///< line on which decorators or template headers began; 0: none
 };
 
+inline constexpr std::uint8_t DEEPEST_NESTING = 50;
+
 /// Facts in the making.
 class FactsBuilder {
  public:
@@ -42,7 +44,8 @@ class FactsBuilder {
   Kind scope_kind();
   bool in_function();
 
-  /// Adds a definition inside the current frame and returns its index.
+  /// Adds a definition inside the current frame and returns its index. What is nested more than
+  /// DEEPEST_NESTING definitions deep stands beside its parent instead.
   DefinitionIndex define(Definition definition);
   /// Adds a reference from the current frame.
   Reference& refer(std::string_view name, std::string receiver, Role role, std::int32_t line,
@@ -56,6 +59,7 @@ class FactsBuilder {
   std::string_view text_;
   Facts facts_;
   std::vector<Frame> frames_;
+  std::vector<std::uint8_t> depths_;  // of each definition
 };
 
 bool is_function_kind(Kind kind);

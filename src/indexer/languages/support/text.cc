@@ -1,5 +1,6 @@
 #include "indexer/languages/support/text.h"
 
+#include <algorithm>
 #include <cctype>
 
 #include "utils/utf8.h"
@@ -25,13 +26,14 @@ std::string one_line(std::string_view text, std::size_t most_bytes) {
     }
   }
   if (!line.empty() && line.back() == ' ') line.pop_back();
-  if (line.size() > most_bytes) {
-    std::size_t end = most_bytes - 3;
-    while (end > 0 && (static_cast<unsigned char>(line[end]) & 0xC0) == 0x80) --end;
-    line.resize(end);
-    line += "...";
-  }
-  return utf8::is_valid(line) ? line : utf8::replaced(line);
+  const bool cut = line.size() > most_bytes;
+  if (!cut && utf8::is_valid(line)) return line;
+  if (cut) line.resize(most_bytes);  // perhaps inside a character, which is mended away below
+  line = utf8::replaced(line);
+  if (!cut && line.size() <= most_bytes) return line;
+  std::size_t end = std::min(line.size(), most_bytes) - 3;
+  while (end > 0 && (static_cast<unsigned char>(line[end]) & 0xC0) == 0x80) --end;
+  return line.substr(0, end) + "...";
 }
 
 std::string_view trimmed(std::string_view text) {

@@ -1,0 +1,93 @@
+#include <random>
+
+#include <gtest/gtest.h>
+
+#include "support/memory_source.h"
+
+namespace context_delta::tests {
+namespace {
+
+/// Real shapes of every language, to be cut and shuffled.
+const std::string SAMPLES[] = {
+    "@d(1)\nclass C(B, metaclass=M):\n    def m(self, *a, k: 'X' = 1) -> T:\n        return [x for "
+    "x "
+    "in self.y[0].z(*a)]\n\nif a:\n    from .b import *\nelse:\n    async def g(): await h()\n",
+    "#ifdef A\nstatic int f(a, b) int a; { return g(a ? b : (c)(1)); }\n#else\n#define M(x) \\\n  "
+    "x /* y */\n#endif\nstruct s { int (*p)(int); union { int u; }; } t = { .p = f };\n",
+    "template <class T> class E X : public B<T> { explicit X(int a = 1) : b_(a) {} ~X(); operator "
+    "bool(); }; namespace a::b { auto l = [&](auto... x) { return x->y<z>(R\"(q)\", 'c', 1'000); "
+    "}; }\n",
+};
+
+/// Facts must hold together whatever they were made from.
+void expect_sound(const indexer::Facts& facts) {
+  const auto count = static_cast<indexer::DefinitionIndex>(facts.definitions.size());
+  for (indexer::DefinitionIndex i = 0; i < count; ++i) {
+    const indexer::Definition& each = facts.definitions[static_cast<std::size_t>(i)];
+    ASSERT_LT(each.parent, i);
+    ASSERT_GE(each.first_line, 1);
+    ASSERT_GE(each.last_line, each.first_line);
+    ASSERT_LE(each.signature.size(), 250U);
+    ASSERT_LE(each.least_arguments, each.most_arguments);
+  }
+  for (const indexer::Reference& each : facts.references) ASSERT_LT(each.enclosing, count);
+  for (const indexer::Binding& each : facts.bindings) ASSERT_LT(each.scope, count);
+  ASSERT_EQ(indexer::decode_facts(indexer::encode_facts(facts)), facts);
+}
+
+void try_everywhere(const std::string& text) {
+  for (const std::string path : {"a.py", "a.c", "a.cc"}) {
+    MemorySource source;
+    source.add(path, text);
+    expect_sound(*source.files().at(path).facts);
+    const indexer::Resolution resolution = source.resolve(path);
+    ASSERT_EQ(resolution.qualified_names.size(), source.files().at(path).facts->definitions.size());
+  }
+}
+
+TEST(AnyText, OfRandomBytes) {
+  std::mt19937 random(1);
+  for (int round = 0; round < 60; ++round) {
+    std::string text(random() % 400, ' ');
+    for (char& byte : text) byte = static_cast<char>(random() % 256);
+    try_everywhere(text);
+  }
+}
+
+TEST(AnyText, CutAnywhere) {
+  for (const std::string& sample : SAMPLES) {
+    for (std::size_t size = 0; size < sample.size(); size += 3) {
+      try_everywhere(sample.substr(0, size));
+      try_everywhere(sample.substr(size));
+    }
+  }
+}
+
+TEST(AnyText, OfShuffledPieces) {
+  std::mt19937 random(2);
+  for (int round = 0; round < 150; ++round) {
+    std::string text;
+    for (int piece = 0; piece < 12; ++piece) {
+      const std::string& sample = SAMPLES[random() % std::size(SAMPLES)];
+      text += sample.substr(random() % sample.size(), random() % 25);
+    }
+    try_everywhere(text);
+  }
+}
+
+TEST(AnyText, NestedDeeply) {
+  for (const std::string open : {"(", "[", "{", "f(", "a.b(", "class A { ", "x[", "if (a) "}) {
+    std::string text = "x = ";
+    while (text.size() < 100000) text += open;
+    try_everywhere(text);
+  }
+  std::string chain = "x = a";
+  while (chain.size() < 100000) chain += ".b()";
+  try_everywhere(chain);
+  std::string conditions;
+  while (conditions.size() < 40000) conditions += "#if A\n{\n";
+  try_everywhere(conditions);
+}
+
+}  // namespace
+}  // namespace context_delta::tests
