@@ -1,0 +1,74 @@
+#include "cli/current_index.h"
+
+#include <chrono>
+#include <utility>
+
+#include "cli/interruption.h"
+#include "cli/progress.h"
+#include "cli/report.h"
+#include "cli/terminal.h"
+
+namespace context_delta::cli {
+namespace {
+
+constexpr int MOST_ATTEMPTS = 10;
+
+indexer::UpdateReport update(storage::Repository& repository, const git_utils::Git& git,
+                             const std::string& commit, const Settings& settings) {
+  using Clock = std::chrono::steady_clock;
+  Progress progress(errors_are_terminal(), Clock::now());
+  const DeferredSignals signals;
+  indexer::UpdateOptions options;
+  options.threads = settings.jobs;
+  options.cancelled = signals.arrived();
+  if (!settings.quiet) {
+    options.progress = [&](std::string_view phase, std::int64_t done, std::int64_t total) {
+      const std::string text = progress.update(phase, done, total, Clock::now());
+      if (!text.empty()) write_error_text(text);
+    };
+  }
+  try {
+    indexer::UpdateReport result = indexer::update(repository, git, commit, options);
+    write_error_text(progress.finish());
+    return result;
+  } catch (...) {
+    write_error_text(progress.finish());
+    // An interrupt from the keyboard reaches the git processes too, which then fail first.
+    if (*signals.arrived()) throw indexer::Cancelled();
+    throw;
+  }
+}
+
+void remark(const indexer::UpdateReport& report, const std::string& commit,
+            const std::filesystem::path& path) {
+  cli::report("index " + path.string() + " answers for " + commit.substr(0, 12) +
+              (report.up_to_date ? " already"
+                                 : ": " + std::to_string(report.files) + " files, " +
+                                       std::to_string(report.parsed) + " parsed, " +
+                                       std::to_string(report.reused) + " known before, " +
+                                       std::to_string(report.resolved) + " resolved"));
+}
+
+}  // namespace
+
+CurrentIndex bring_up_to_date(const git_utils::Git& git, const Settings& settings) {
+  const std::filesystem::path path =
+      settings.index.value_or(storage::default_index_path(git.common_directory()));
+  std::string commit = git_utils::resolve_commit(git, "HEAD");
+  auto repository = std::make_unique<storage::Repository>(path);
+  indexer::UpdateReport report;
+  for (int attempt = 0; attempt < MOST_ATTEMPTS; ++attempt) {
+    indexer::UpdateReport latest = update(*repository, git, commit, settings);
+    if (attempt == 0 || !latest.up_to_date) report = std::move(latest);
+    // Another process may move the index on before it is held.
+    storage::Transaction reading = repository->begin_reading();
+    if (repository->commit() != commit) continue;
+    if (settings.verbose) remark(report, commit, path);
+    return {std::move(commit), std::move(repository), std::move(report), std::move(reading)};
+  }
+  throw storage::IndexError("cannot keep the index " + path.string() +
+                                " at one commit: other processes move it; give --index FILE",
+                            storage::IndexError::Cause::BUSY);
+}
+
+}  // namespace context_delta::cli

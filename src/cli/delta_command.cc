@@ -1,0 +1,83 @@
+#include <string>
+
+#include "cli/commands.h"
+#include "cli/current_index.h"
+#include "cli/exit_codes.h"
+#include "cli/interruption.h"
+#include "cli/output.h"
+#include "cli/report.h"
+#include "cli/terminal.h"
+#include "render/json_line.h"
+#include "render/text.h"
+#include "services/delta.h"
+#include "workers/git_history.h"
+
+namespace context_delta::cli {
+namespace {
+
+/// The budget in this program's tokens; that of the command line is in the caller's.
+services::DeltaRequest scaled_request(const Settings& settings) {
+  services::DeltaRequest request = settings.request;
+  request.token_budget = request.token_budget * 100 / settings.token_scale;
+  return request;
+}
+
+/// The error result of a comparison that does not even begin.
+json::Mapping error_result(const std::string& text) {
+  return {{"affected_files", json::List()},
+          {"symbols", json::List()},
+          {"callers", json::List()},
+          {"neighbours", json::List()},
+          {"snippets", json::List()},
+          {"tokens_used", 0},
+          {"truncated", false},
+          {"error", text}};
+}
+
+/// Fails on a revision that does not exist before a large repository is indexed for nothing.
+void check_comparison(const git_utils::Git& git, const services::DeltaRequest& request) {
+  git_history::History(git).branch_changes(request.base_branch, request.target_branch,
+                                           request.target_parameter, request.base_parameter);
+}
+
+bool is_indexed(const git_utils::Git& git, const Settings& settings) {
+  const std::filesystem::path path =
+      settings.index.value_or(storage::default_index_path(git.common_directory()));
+  std::error_code unreadable;
+  return std::filesystem::exists(path, unreadable);
+}
+
+json::Mapping make_pack(const Settings& settings, const services::DeltaRequest& request) {
+  try {
+    const git_utils::Git git(settings.directory);
+    if (!is_indexed(git, settings)) check_comparison(git, request);
+    const CurrentIndex index = bring_up_to_date(git, settings);
+    return services::delta_pack(git, *index.repository, request);
+  } catch (const git_utils::GitHistoryError& error) {
+    return error_result(error.what());
+  }
+}
+
+std::string rendered(const json::Mapping& pack, const Settings& settings, std::int64_t budget) {
+  if (settings.format == Format::JSON) return render::render_json(pack);
+  render::TextStyle style = text_style(settings);
+  style.budget = budget;
+  return render::render_text(pack, style);
+}
+
+}  // namespace
+
+int run_delta(const Settings& settings) {
+  const services::DeltaRequest request = scaled_request(settings);
+  const json::Mapping pack = make_pack(settings, request);
+  const std::string text = rendered(pack, settings, request.token_budget);
+  const json::Value* error = pack.find("error");
+  if (error != nullptr) report(*error->as<std::string>());
+  const DeferredSignals signals;
+  Output output(settings.output);
+  output.write(text);
+  output.finish();
+  return error == nullptr ? EXIT_DONE : EXIT_GIT;
+}
+
+}  // namespace context_delta::cli
