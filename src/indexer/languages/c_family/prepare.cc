@@ -1,6 +1,7 @@
 #include "indexer/languages/c_family/prepare.h"
 
 #include <algorithm>
+#include <unordered_map>
 #include <unordered_set>
 #include <utility>
 #include <vector>
@@ -61,8 +62,13 @@ class Conditionals {
     return text_.substr(tokens_[index].start, tokens_[index].end - tokens_[index].start);
   }
   void blank_comments(const Token& directive);
-  std::size_t chosen_branch(const Group& group) const;
-  void flatten(const Group& group, std::size_t end);
+  struct Condition {
+    std::string_view name;
+    bool positive = true;  ///< asks for the macro to be defined
+  };
+  Condition condition_of(const Token& directive) const;
+  std::size_t chosen_branch(const Group& group);
+  void flatten(const Group& group, std::size_t chosen, std::size_t end);
 
   std::string_view text_;
   const std::vector<Token>& tokens_;
@@ -70,6 +76,7 @@ class Conditionals {
   std::vector<bool> dead_;
   BracketState state_;
   std::vector<Group> groups_;
+  std::unordered_map<std::string_view, bool> assumed_;  // whether a macro is taken to be defined
 };
 
 std::string_view Conditionals::directive_name(const Token& token) const {
@@ -138,8 +145,9 @@ void Conditionals::end(std::size_t index) {
     blanks_.blank(tokens_[index].start, tokens_[index].end);
     return;
   }
-  state_ = group.branches[chosen_branch(group)].state;
-  flatten(group, index);
+  const std::size_t chosen = chosen_branch(group);
+  state_ = chosen < group.branches.size() ? group.branches[chosen].state : group.before;
+  flatten(group, chosen, index);
 }
 
 bool Conditionals::is_whole(const Group& group, std::size_t index) const {
@@ -180,22 +188,39 @@ void Conditionals::blank_comments(const Token& directive) {
   }
 }
 
-/// The first branch, unless it is dead or for another system than the sources are mostly read on.
-std::size_t Conditionals::chosen_branch(const Group& group) const {
-  const Token& directive = tokens_[group.branches.front().directive];
-  const std::string_view written =
-      support::trimmed(text_.substr(directive.start, directive.end - directive.start));
-  const bool never = written.ends_with(" 0");
-  const bool positive = written.find("ifndef") == std::string_view::npos &&
-                        written.find('!') == std::string_view::npos;
-  const bool foreign = positive && (written.find("WIN32") != std::string_view::npos ||
-                                    written.find("WIN64") != std::string_view::npos ||
-                                    written.find("_MSC_VER") != std::string_view::npos);
-  return (never || foreign) && group.branches.size() > 1 ? 1 : 0;
+/// The macro that a plain #if, #ifdef or #ifndef asks for; empty for other conditions.
+Conditionals::Condition Conditionals::condition_of(const Token& directive) const {
+  std::string_view written = text_.substr(directive.start + 1, directive.end - directive.start - 1);
+  written = support::trimmed(written);
+  Condition made;
+  made.positive = !written.starts_with("ifndef");
+  const std::size_t name_size = directive_name(directive).size();
+  for (const Token& token : tokens_of(written.substr(name_size))) {
+    const std::string_view word = written.substr(name_size + token.start, token.end - token.start);
+    if (word == "!") made.positive = !made.positive;
+    if (token.kind == Token::Kind::NUMBER && made.name.empty()) made.name = word;
+    if (token.kind != Token::Kind::WORD || word == "defined") continue;
+    if (!made.name.empty()) return {};
+    made.name = word;
+  }
+  return made;
 }
 
-void Conditionals::flatten(const Group& group, std::size_t end) {
-  const std::size_t chosen = chosen_branch(group);
+/// One branch for all conditions on the same macro, so that brackets opened under one are closed
+/// under the other: as if the macro were defined, but for "0" and those of other systems. The
+/// number of branches stands for none of them.
+std::size_t Conditionals::chosen_branch(const Group& group) {
+  const Condition condition = condition_of(tokens_[group.branches.front().directive]);
+  if (condition.name.empty()) return 0;
+  const bool foreign =
+      condition.name == "0" || condition.name.find("WIN32") != std::string_view::npos ||
+      condition.name.find("WIN64") != std::string_view::npos || condition.name == "_MSC_VER";
+  const auto [place, added] = assumed_.try_emplace(condition.name, !foreign && condition.positive);
+  if (added && foreign) place->second = false;
+  return place->second == condition.positive ? 0 : 1;
+}
+
+void Conditionals::flatten(const Group& group, std::size_t chosen, std::size_t end) {
   for (std::size_t i = 0; i < group.branches.size(); ++i) {
     const Branch& branch = group.branches[i];
     const Token& directive = tokens_[branch.directive];
