@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <stdexcept>
+#include <type_traits>
 
 namespace context_delta::indexer {
 namespace {
@@ -34,100 +35,107 @@ std::uint32_t World::interface_key(std::string_view path) { return key_of('i', p
 std::uint32_t World::folder_key(std::string_view folder) { return key_of('f', folder); }
 std::uint32_t World::basename_key(std::string_view name) { return key_of('b', name); }
 
-const std::vector<Candidate>& World::definitions(std::string_view name) {
-  depend(name_key(name));
-  const auto [place, added] = names_.try_emplace(std::string(name));
-  if (added) {
-    place->second = source_.definitions(name);
-    bytes_ += 100 + place->second.size() * (sizeof(Candidate) + 20);
+template <class Answer, class AskSource>
+const Answer& World::answer(ByText<Answer>& given, std::string_view text,
+                            std::uint32_t (*key)(std::string_view), AskSource ask_source) {
+  auto place = given.find(text);
+  if (place == given.end()) {
+    place = given.emplace(std::string(text), Given<Answer>{ask_source(), key(text), 0}).first;
+    bytes_ += 100 + text.size();
+    if constexpr (!std::is_pointer_v<Answer>) {
+      bytes_ += place->second.answer.size() * (sizeof(place->second.answer[0]) + 20);
+    }
   }
-  return place->second;
+  note(place->second);
+  return place->second.answer;
+}
+
+const std::vector<Candidate>& World::definitions(std::string_view name) {
+  return answer(names_, name, name_key, [&] { return source_.definitions(name); });
 }
 
 const File* World::file(std::string_view path) {
-  depend(path_key(path));
-  return source_.file(path);
+  return answer(paths_, path, path_key, [&] { return source_.file(path); });
 }
 
 const std::vector<const File*>& World::folder(std::string_view folder) {
-  depend(folder_key(folder));
-  const auto [place, added] = folders_.try_emplace(std::string(folder));
-  if (added) {
-    place->second = source_.folder(folder);
-    bytes_ += 100 + place->second.size() * sizeof(File*);
-  }
-  return place->second;
+  return answer(folders_, folder, folder_key, [&] { return source_.folder(folder); });
 }
 
 const std::vector<const File*>& World::files_named(std::string_view name) {
-  depend(basename_key(name));
-  const auto [place, added] = basenames_.try_emplace(std::string(name));
-  if (added) {
-    place->second = source_.files_named(name);
-    bytes_ += 100 + place->second.size() * sizeof(File*);
-  }
-  return place->second;
+  return answer(basenames_, name, basename_key, [&] { return source_.files_named(name); });
 }
 
 const Facts& World::facts(const File& file) {
-  depend(interface_key(file.path));
-  const auto [place, added] = facts_.try_emplace(file.id);
-  if (added) {
-    place->second = source_.facts(file);
-    bytes_ += footprint(*place->second);
+  Given<std::shared_ptr<const Facts>>& given = facts_[file.id];
+  if (given.answer == nullptr) {
+    given.answer = source_.facts(file);
+    given.key = interface_key(file.path);
+    bytes_ += footprint(*given.answer);
   }
-  return *place->second;
+  note(given);
+  return *given.answer;
 }
 
 void World::start_record() {
   forget_when_large();
   records_.clear();
-  unanswered_.clear();
-  records_.emplace_back();
+  start_inner_record();
 }
 
 std::vector<std::uint32_t> World::finish_record() {
   std::vector<std::uint32_t> keys;
-  if (!records_.empty()) keys.assign(records_.back().begin(), records_.back().end());
+  if (!records_.empty()) keys = finish_inner_record();
   records_.clear();
-  std::sort(keys.begin(), keys.end());
   return keys;
+}
+
+void World::start_inner_record() { records_.push_back({++last_record_, {}}); }
+
+std::vector<std::uint32_t> World::finish_inner_record() {
+  std::vector<std::uint32_t> keys = std::move(records_.back().keys);
+  records_.pop_back();
+  std::sort(keys.begin(), keys.end());
+  keys.erase(std::unique(keys.begin(), keys.end()), keys.end());
+  return keys;
+}
+
+template <class Answer>
+void World::note(Given<Answer>& given) {
+  if (records_.empty() || given.noted_in == records_.back().number) return;
+  given.noted_in = records_.back().number;
+  records_.back().keys.push_back(given.key);
 }
 
 const std::any& World::remember_any(std::string_view question, const File& file,
                                     const std::function<std::any()>& compute) {
-  std::string name(question);
-  name += '\0';
-  name += std::to_string(file.id);
-  auto place = remembered_.find(name);
-  if (place == remembered_.end()) {
-    if (!unanswered_.insert(name).second) {
-      throw std::logic_error("the rules ask \"" + std::string(question) + "\" about " + file.path +
-                             " while they answer it");
-    }
-    records_.emplace_back();
-    std::any answer = compute();
-    std::vector<std::uint32_t> keys(records_.back().begin(), records_.back().end());
-    records_.pop_back();
-    unanswered_.erase(name);
-    bytes_ += 500 + keys.size() * 3 * sizeof(std::uint32_t);
-    place =
-        remembered_.emplace(std::move(name), Remembered{std::move(answer), std::move(keys)}).first;
+  auto about = remembered_.find(question);
+  if (about == remembered_.end()) about = remembered_.try_emplace(std::string(question)).first;
+  const auto [place, added] = about->second.try_emplace(file.id);
+  Remembered& remembered = place->second;
+  if (added) {
+    start_inner_record();
+    remembered.answer = compute();
+    remembered.keys = finish_inner_record();
+    remembered.answered = true;
+    bytes_ += 500 + remembered.keys.size() * sizeof(std::uint32_t);
+  } else if (!remembered.answered) {
+    throw std::logic_error("the rules ask \"" + std::string(question) + "\" about " + file.path +
+                           " while they answer it");
   }
-  if (!records_.empty()) {
-    records_.back().insert(place->second.keys.begin(), place->second.keys.end());
+  if (!records_.empty() && remembered.noted_in != records_.back().number) {
+    remembered.noted_in = records_.back().number;
+    std::vector<std::uint32_t>& keys = records_.back().keys;
+    keys.insert(keys.end(), remembered.keys.begin(), remembered.keys.end());
   }
-  return place->second.answer;
-}
-
-void World::depend(std::uint32_t key) {
-  if (!records_.empty()) records_.back().insert(key);
+  return remembered.answer;
 }
 
 void World::forget_when_large() {
   if (bytes_ < MOST_BYTES) return;
   bytes_ = 0;
   names_.clear();
+  paths_.clear();
   folders_.clear();
   basenames_.clear();
   facts_.clear();

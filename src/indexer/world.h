@@ -3,11 +3,11 @@
 #include <any>
 #include <cstdint>
 #include <functional>
+#include <map>
 #include <memory>
 #include <string>
 #include <string_view>
 #include <unordered_map>
-#include <unordered_set>
 #include <vector>
 
 #include "indexer/facts.h"
@@ -91,24 +91,54 @@ class World {
   static std::uint32_t basename_key(std::string_view name);
 
  private:
-  const std::any& remember_any(std::string_view question, const File& file,
-                               const std::function<std::any()>& compute);
-  void depend(std::uint32_t key);
-  void forget_when_large();
-
+  /// An answer that was given, with the record that noted it last: notes are made once a record.
+  template <class Answer>
+  struct Given {
+    Answer answer{};
+    std::uint32_t key = 0;
+    std::uint64_t noted_in = 0;
+  };
   struct Remembered {
     std::any answer;
     std::vector<std::uint32_t> keys;
+    std::uint64_t noted_in = 0;
+    bool answered = false;
   };
+  struct Record {
+    std::uint64_t number = 0;
+    std::vector<std::uint32_t> keys;
+  };
+  struct TextHash {
+    using is_transparent = void;
+    std::size_t operator()(std::string_view text) const {
+      return std::hash<std::string_view>{}(text);
+    }
+  };
+  template <class Answer>
+  using ByText = std::unordered_map<std::string, Given<Answer>, TextHash, std::equal_to<>>;
+
+  const std::any& remember_any(std::string_view question, const File& file,
+                               const std::function<std::any()>& compute);
+  /// The answer to a question about `text`, from the source when it was not given before.
+  template <class Answer, class AskSource>
+  const Answer& answer(ByText<Answer>& given, std::string_view text,
+                       std::uint32_t (*key)(std::string_view), AskSource ask_source);
+  template <class Answer>
+  void note(Given<Answer>& given);
+  void start_inner_record();
+  std::vector<std::uint32_t> finish_inner_record();
+  void forget_when_large();
+
   WorldSource& source_;
-  std::size_t bytes_ = 0;                                   // roughly, of all that is remembered
-  std::vector<std::unordered_set<std::uint32_t>> records_;  // innermost last
-  std::unordered_map<std::string, std::vector<Candidate>> names_;
-  std::unordered_map<std::string, std::vector<const File*>> folders_;
-  std::unordered_map<std::string, std::vector<const File*>> basenames_;
-  std::unordered_map<std::int64_t, std::shared_ptr<const Facts>> facts_;
-  std::unordered_map<std::string, Remembered> remembered_;
-  std::unordered_set<std::string> unanswered_;  // questions whose answer is being computed
+  std::size_t bytes_ = 0;  // roughly, of all that is remembered
+  std::uint64_t last_record_ = 0;
+  std::vector<Record> records_;  // innermost last
+  ByText<std::vector<Candidate>> names_;
+  ByText<const File*> paths_;
+  ByText<std::vector<const File*>> folders_;
+  ByText<std::vector<const File*>> basenames_;
+  std::unordered_map<std::int64_t, Given<std::shared_ptr<const Facts>>> facts_;
+  std::map<std::string, std::unordered_map<std::int64_t, Remembered>, std::less<>> remembered_;
 };
 
 }  // namespace context_delta::indexer
