@@ -298,6 +298,11 @@ Value Evaluator::member(const Value& owner, std::string_view name, int depth) {
 }
 
 Value Evaluator::class_member(const Value& owner, std::string_view name, int depth) {
+  if (own_members_only_) {
+    if (owner.kind == Value::Kind::SUPER) return {};
+    const Value found = own_member(owner, name, depth + 1);
+    return owner.sure ? found : unsure(found, owner.doubt);
+  }
   const Ancestry& line = ancestry(owner);
   const std::size_t first = owner.kind == Value::Kind::SUPER ? 1 : 0;
   for (std::size_t i = first; i < line.classes.size(); ++i) {
@@ -365,6 +370,7 @@ const std::vector<std::vector<Value>>& Evaluator::bases(const File& file) {
   using Answer = std::vector<std::vector<Value>>;
   return world_.remember<Answer>("python:bases", file, [&] {
     Evaluator there(file, world_.facts(file), world_);
+    there.own_members_only_ = true;
     Answer answer(there.facts_.definitions.size());
     for (std::size_t i = 0; i < answer.size(); ++i) {
       const Definition& each = there.facts_.definitions[i];

@@ -101,6 +101,8 @@ class Evaluator {
   World& world_;
   support::ScopeIndex scopes_;
   std::map<std::pair<std::int64_t, DefinitionIndex>, Ancestry> ancestries_;
+  // While the bases of classes are read: what is inherited is not known yet.
+  bool own_members_only_ = false;
 };
 
 }  // namespace context_delta::indexer::python
