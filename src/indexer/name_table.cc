@@ -8,13 +8,10 @@ namespace context_delta::indexer {
 std::vector<Defined> defined(const Facts& facts) {
   std::vector<Defined> all;
   all.reserve(facts.definitions.size());
-  std::unordered_map<DefinitionIndex, std::string> containers;
-  containers[NOWHERE];
-  for (const Definition& definition : facts.definitions) {
-    const auto [container, added] = containers.try_emplace(definition.parent);
-    if (added) container->second = local_name(facts, definition.parent);
+  for (std::size_t i = 0; i < facts.definitions.size(); ++i) {
+    const Definition& definition = facts.definitions[i];
     all.push_back({.name = definition.name,
-                   .container = container->second,
+                   .container = container_name(facts, static_cast<DefinitionIndex>(i)),
                    .kind = definition.kind,
                    .traits = definition.traits,
                    .least_arguments = definition.least_arguments,

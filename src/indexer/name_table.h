@@ -14,7 +14,7 @@ namespace context_delta::indexer {
 /// What Candidate says of a definition, without its file.
 struct Defined {
   std::string name;
-  std::string container;  ///< local_name of what encloses it; empty at the top level
+  std::string container;  ///< container_name of it; empty at the top level
   Kind kind = Kind::FUNCTION;
   std::uint16_t traits = 0;
   std::int16_t least_arguments = 0;
