@@ -218,20 +218,33 @@ constexpr std::array<std::string_view, 1> SUFFIXES = {".toy"};
 }  // namespace
 
 const Language& toy_language() {
-  static const Language language = {"toy",   1,      SUFFIXES, nullptr, tree_sitter_python,
-                                    extract, resolve};
+  static const Language language = {.name = "toy",
+                                    .version = 1,
+                                    .suffixes = SUFFIXES,
+                                    .accepts = nullptr,
+                                    .grammar = tree_sitter_python,
+                                    .prepare = nullptr,
+                                    .extract = extract,
+                                    .resolve = resolve};
   return language;
 }
 
 const Language& newer_toy_language() {
-  static const Language language = {"toy",   2,      SUFFIXES, nullptr, tree_sitter_python,
-                                    extract, resolve};
+  static const Language language = [] {
+    Language newer = toy_language();
+    newer.version = 2;
+    return newer;
+  }();
   return language;
 }
 
 const Language& other_toy_language() {
-  static const Language language = {
-      "other", 1, SUFFIXES, starts_with_other, tree_sitter_python, extract, resolve};
+  static const Language language = [] {
+    Language other = toy_language();
+    other.name = "other";
+    other.accepts = starts_with_other;
+    return other;
+  }();
   return language;
 }
 

@@ -15,7 +15,7 @@ namespace context_delta::test {
 /// among all definitions that take their number of arguments otherwise.
 const indexer::Language& toy_language();
 
-/// The same with a higher version and other suffixes: for changes of the table.
+/// The same with a higher version.
 const indexer::Language& newer_toy_language();
 
 /// A second language that claims the suffix of the first, for texts that start with "other".
