@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "indexer/compression.h"
 #include "storage/schema.h"
 
 namespace context_delta::indexer {
@@ -24,6 +25,7 @@ void FactsStore::keep(std::int64_t blob, std::string encoded) {
 
 std::shared_ptr<const Facts> FactsStore::load(std::int64_t blob) const {
   std::shared_ptr<const std::string> encoded;
+  std::string stored;
   {
     const std::lock_guard guard(lock_);
     const auto place = kept_.find(blob);
@@ -31,11 +33,10 @@ std::shared_ptr<const Facts> FactsStore::load(std::int64_t blob) const {
       encoded = place->second;
     } else {
       storage::Statement row(database_, "SELECT facts FROM blobs WHERE id = ?1");
-      if (row.bind(1, blob).step()) encoded = std::make_shared<std::string>(row.blob(0));
+      if (row.bind(1, blob).step()) stored = row.blob(0);
     }
   }
-  if (encoded == nullptr) throw std::runtime_error("stored facts of a file are missing");
-  return std::make_shared<Facts>(decode_facts(*encoded));
+  return std::make_shared<Facts>(decode_facts(encoded ? *encoded : decompressed(stored)));
 }
 
 IndexSource::IndexSource(const storage::Database& database, std::mutex& lock,

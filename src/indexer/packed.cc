@@ -2,6 +2,7 @@
 
 #include <cstring>
 
+#include "indexer/compression.h"
 #include "indexer/varint.h"
 
 namespace context_delta::indexer {
@@ -16,11 +17,13 @@ std::string pack_calls(std::span<const PackedCall> calls) {
     append_number(bytes, static_cast<std::uint64_t>(call.evidence));
     line = call.line;
   }
-  return bytes;
+  return bytes.empty() ? bytes : compressed(bytes);
 }
 
-std::vector<PackedCall> unpack_calls(std::string_view bytes) {
+std::vector<PackedCall> unpack_calls(std::string_view packed) {
   std::vector<PackedCall> calls;
+  const std::string whole = packed.empty() ? std::string() : decompressed(packed);
+  std::string_view bytes = whole;
   std::int64_t line = 0;
   while (!bytes.empty()) {
     PackedCall& call = calls.emplace_back();

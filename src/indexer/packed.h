@@ -29,7 +29,7 @@ struct Use {
 
 /// All unpack functions raise std::runtime_error on bytes that pack functions did not make.
 std::string pack_calls(std::span<const PackedCall> calls);
-std::vector<PackedCall> unpack_calls(std::string_view bytes);
+std::vector<PackedCall> unpack_calls(std::string_view packed);
 std::string pack_uses(std::span<const Use> uses);
 std::vector<Use> unpack_uses(std::string_view bytes);
 std::string pack_keys(std::span<const std::uint32_t> keys);

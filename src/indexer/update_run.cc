@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <thread>
 
+#include "indexer/compression.h"
 #include "indexer/pipeline.h"
 #include "indexer/stale_keys.h"
 #include "storage/schema.h"
@@ -51,6 +52,7 @@ class UpdateRun::JobWorker {
     run_.check_cancelled();
     result.interface = interface_hash(result.parsed.facts);
     result.encoded = encode_facts(result.parsed.facts);
+    result.compressed = compressed(result.encoded);
     result.definitions = defined(result.parsed.facts);
     result.parsed.facts = {};
     return result;
@@ -202,7 +204,7 @@ void UpdateRun::take_parsed(const Job& job, JobResult result) {
   set_language(first, result.parsed.language);
   first.problem = result.parsed.problem;
   if (!result.missing) {
-    first.blob = writer_.add_blob(first, result.interface, result.encoded);
+    first.blob = writer_.add_blob(first, result.interface, result.compressed);
     facts_.keep(first.blob, std::move(result.encoded));
   }
   if (!first.problem && first.language != 0) ++report_.parsed;

@@ -38,6 +38,7 @@ class UpdateRun {
     ParsedText parsed;
     bool missing = false;
     std::string encoded;
+    std::string compressed;
     std::uint64_t interface = 0;
     std::vector<Defined> definitions;
   };

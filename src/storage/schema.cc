@@ -35,7 +35,7 @@ CREATE TABLE blobs(
   problem TEXT,              -- why the text was not parsed
   interface INTEGER NOT NULL,
   unused INTEGER NOT NULL,   -- the generation in which the last file left it; 0 while in use
-  facts BLOB NOT NULL,
+  facts BLOB NOT NULL,       -- encoded and compressed
   UNIQUE (object, claim));
 
 -- Of the commit.
