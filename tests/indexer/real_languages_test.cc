@@ -1,0 +1,119 @@
+#include <algorithm>
+#include <random>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "indexer/update.h"
+#include "storage/graph.h"
+#include "support/git_repository.h"
+#include "support/index_dump.h"
+
+namespace context_delta {
+namespace {
+
+struct Variants {
+  std::string_view path;
+  std::vector<std::string_view> texts;  ///< the empty one stands for no file
+};
+
+/// Files that define, declare, inherit, import and call each other's names, in several versions:
+/// what one version proves, another makes a guess.
+const std::vector<Variants> FILES = {
+    {"store.h",
+     {"namespace db {\nclass Store {\n public:\n  int get(int key);\n  void put(int key);\n};\n}\n",
+      "namespace db {\nclass Store {\n public:\n  virtual int get(int key);\n  int put(int key);\n"
+      "};\nint open();\n}\n",
+      "int get(int key);\n", ""}},
+    {"store.cc",
+     {"#include \"store.h\"\nnamespace db {\nint Store::get(int key) { return key; }\n"
+      "void Store::put(int key) { get(key); }\n}\n",
+      "#include \"store.h\"\nint db::Store::get(int key) { return key; }\n"
+      "static int open(int) { return 1; }\nint db::open() { return ::open(2); }\n",
+      "int get(int key) { return key; }\n", ""}},
+    {"main.cc",
+     {"#include \"store.h\"\nint main() {\n  db::Store store;\n  store.put(1);\n"
+      "  return store.get(1);\n}\n",
+      "#include \"store.h\"\nint main() { return get(db::open()); }\n"}},
+    {"util.c",
+     {"#include \"util.h\"\nint twice(int n) { return n * 2; }\nint main(void) { return twice(1); "
+      "}\n",
+      "#ifdef FAST\nint twice(int n) { return n << 1; }\n#else\nint twice(int n) { return n + n; "
+      "}\n"
+      "#endif\n",
+      ""}},
+    {"util.h",
+     {"int twice(int n);\n#define HALF(n) ((n) / 2)\n", "#define twice(n) ((n) * 2)\n", ""}},
+    {"pkg/__init__.py", {"from .base import Base, make\n", "from .base import *\n", ""}},
+    {"pkg/base.py",
+     {"class Base:\n    def run(self):\n        return self.step()\n\n    def step(self):\n"
+      "        return 1\n\ndef make():\n    return Base()\n",
+      "from .child import Child\n\nclass Base:\n    def run(self):\n        return 2\n\n"
+      "def make() -> Child:\n    return Child()\n",
+      "def make():\n    pass\n\nmake = None\n"}},
+    {"pkg/child.py",
+     {"from .base import Base\n\nclass Child(Base):\n    def step(self):\n"
+      "        return super().step()\n",
+      "from pkg import Base, make\n\nclass Child(Base):\n    pass\n\nchild = "
+      "Child()\nchild.run()\n",
+      ""}},
+    {"use.py",
+     {"import pkg\n\ndef use():\n    pkg.make().run()\n",
+      "from pkg.child import Child\n\ndef use(make):\n    make()\n    Child().run()\n"}},
+};
+
+class RealLanguages : public testing::TestWithParam<unsigned> {};
+
+TEST_P(RealLanguages, AnUpdateEqualsAColdBuild) {
+  std::mt19937 random(GetParam());
+  test::GitRepository repository;
+  for (const Variants& file : FILES) repository.write(file.path, file.texts.front());
+  repository.commit();
+  const git_utils::Git git(repository.root());
+  storage::Repository updated(repository.beside() / "updated.sqlite");
+  for (int step = 0; step < 10; ++step) {
+    for (std::size_t edits = 1 + random() % 3; edits > 0; --edits) {
+      const Variants& file = FILES[random() % FILES.size()];
+      const std::string_view text = file.texts[random() % file.texts.size()];
+      repository.remove(file.path);
+      if (!text.empty()) repository.write(file.path, text);
+    }
+    const std::string commit = repository.commit();
+    indexer::update(updated, git, commit);
+    storage::Repository cold(repository.beside() / ("cold" + std::to_string(step) + ".sqlite"));
+    indexer::update(cold, git, commit);
+    ASSERT_EQ(test::difference(test::index_dump(updated.db), test::index_dump(cold.db)), "")
+        << "step " << step;
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(Seeds, RealLanguages, testing::Range(0u, 6u));
+
+TEST(RealLanguagesGraph, CallsAcrossFilesAreProven) {
+  test::GitRepository repository;
+  for (const Variants& file : FILES) repository.write(file.path, file.texts.front());
+  const std::string commit = repository.commit();
+  const git_utils::Git git(repository.root());
+  storage::Repository index(repository.beside() / "index.sqlite");
+  indexer::update(index, git, commit);
+  std::vector<std::string> proven;
+  storage::export_calls(index.db, [&](std::string_view line) {
+    if (line.find("\"proven\": true") != std::string_view::npos) proven.emplace_back(line);
+  });
+  const auto has = [&](std::string_view caller, std::string_view callee) {
+    return std::any_of(proven.begin(), proven.end(), [&](const std::string& line) {
+      return line.find(caller) != std::string::npos && line.find(callee) != std::string::npos;
+    });
+  };
+  EXPECT_TRUE(
+      has(R"("caller_file": "main.cc")", R"("callee_file": "store.cc", "callee_name": "get")"));
+  EXPECT_TRUE(has(R"("caller_file": "util.c")", R"("callee_name": "twice")"));
+  EXPECT_TRUE(
+      has(R"("caller_file": "use.py")", R"("callee_file": "pkg/base.py", "callee_name": "make")"));
+  EXPECT_FALSE(has(R"("caller_name": "run")", R"("callee_name": "step")")) << "Child overrides it";
+}
+
+}  // namespace
+}  // namespace context_delta
