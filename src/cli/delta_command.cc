@@ -22,18 +22,6 @@ services::DeltaRequest scaled_request(const Settings& settings) {
   return request;
 }
 
-/// The error result of a comparison that does not even begin.
-json::Mapping error_result(const std::string& text) {
-  return {{"affected_files", json::List()},
-          {"symbols", json::List()},
-          {"callers", json::List()},
-          {"neighbours", json::List()},
-          {"snippets", json::List()},
-          {"tokens_used", 0},
-          {"truncated", false},
-          {"error", text}};
-}
-
 /// Fails on a revision that does not exist before a large repository is indexed for nothing.
 void check_comparison(const git_utils::Git& git, const services::DeltaRequest& request) {
   git_history::History(git).branch_changes(request.base_branch, request.target_branch,
@@ -54,7 +42,7 @@ json::Mapping make_pack(const Settings& settings, const services::DeltaRequest& 
     const CurrentIndex index = bring_up_to_date(git, settings);
     return services::delta_pack(git, *index.repository, request);
   } catch (const git_utils::GitHistoryError& error) {
-    return error_result(error.what());
+    return services::error_result(error);
   }
 }
 

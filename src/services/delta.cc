@@ -2,6 +2,7 @@
 
 #include "services/native_services.h"
 #include "tool_handlers/context_delta/context_delta.h"
+#include "tool_handlers/context_delta/empty_results.h"
 
 namespace context_delta::services {
 
@@ -21,6 +22,10 @@ json::Mapping delta_pack(const git_utils::Git& git, const storage::Repository& i
                                         .include_snippets = request.include_snippets,
                                         .source_only = request.source_only,
                                         .wiki_lens = lens ? &*lens : nullptr});
+}
+
+json::Mapping error_result(const git_utils::GitHistoryError& error) {
+  return _error_result<NativeServices>(error);
 }
 
 }  // namespace context_delta::services

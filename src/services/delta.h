@@ -31,4 +31,7 @@ struct DeltaRequest {
 json::Mapping delta_pack(const git_utils::Git& git, const storage::Repository& index,
                          const DeltaRequest& request);
 
+/// The pack of a comparison that could not even begin: empty parts and `error`.
+json::Mapping error_result(const git_utils::GitHistoryError& error);
+
 }  // namespace context_delta::services

@@ -34,6 +34,14 @@ typename Services::Row _empty_parts() {
   return parts;
 }
 
+/// What stands in for a pack when git cannot compare the branches.
+template <class Services>
+typename Services::Row _error_result(const typename Services::GitHistoryError& error) {
+  auto result = _empty_parts<Services>();
+  result.set("error", typename Services::Value(error_text(error)));
+  return result;
+}
+
 /// Says whether the branch changed nothing at all or only files that the source filter left out.
 template <class BranchChanges>
 std::string _nothing_changed(const BranchChanges& changes, std::int64_t excluded) {

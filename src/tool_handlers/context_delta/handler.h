@@ -27,9 +27,7 @@ typename Services::Row handle_build_delta_context_pack(Services& services,
                                        .warn = elsewhere,
                                        .wiki_lens = request.wiki_lens});
   } catch (const typename Services::GitHistoryError& error) {
-    auto result = _empty_parts<Services>();
-    result.set("error", typename Services::Value(error_text(error)));
-    return result;
+    return _error_result<Services>(error);
   }
 }
 
