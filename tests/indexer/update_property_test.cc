@@ -1,5 +1,9 @@
+#include <algorithm>
 #include <array>
+#include <fstream>
 #include <random>
+#include <string>
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -15,7 +19,7 @@ constexpr std::array<const char*, 14> PATHS = {
     "a.toy",         "b.toy",       "c.toy",   "lib/common.toy", "lib/c.toy",        "lib/d/e.toy",
     "lib/d/x y.toy", "lib/d/f.toy", "lib.toy", "lib-a/z.toy",    "other/common.toy", "other/o.toy",
     "other/p.toy",   "z/common.toy"};
-constexpr std::array<const char*, 6> NAMES = {"f", "g", "h", "K", "run", "set"};
+constexpr std::array<const char*, 4> NAMES = {"f", "g", "h", "run"};
 
 /// Random edits of a small repository with few names, so that they collide all the time.
 class Editor {
@@ -32,7 +36,7 @@ class Editor {
       case 0:
         return switch_branch();
       case 1:
-        repository.remove(pick(PATHS));
+        for (int i = 0; i < 2; ++i) repository.remove(pick(PATHS));
         break;
       case 2:
         repository.write(pick(PATHS),
@@ -41,8 +45,11 @@ class Editor {
       case 3:
         repository.write(pick(PATHS), below(2) == 0 ? "other\n" + text() : text() + '\0');
         break;
+      case 4:
+        repository.write(pick(PATHS), text());
+        break;
       default:
-        for (std::size_t i = below(3) + 1; i > 0; --i) repository.write(pick(PATHS), text());
+        for (int i = 0; i < 3; ++i) edit_line(pick(PATHS));
     }
     return repository.commit();
   }
@@ -66,6 +73,28 @@ class Editor {
     return repository.git({"rev-parse", "HEAD"});
   }
 
+  /// Replaces, inserts or removes one line, or changes the numbers of arguments.
+  void edit_line(const std::string& path) {
+    std::ifstream file(repository.root() / path);
+    std::vector<std::string> lines;
+    for (std::string each; std::getline(file, each);) lines.push_back(each);
+    const std::size_t place = below(lines.size() + 1);
+    const bool changes = below(2) == 0;
+    if (changes) std::for_each(lines.begin(), lines.end(), change_count);
+    const bool removes = !changes && place < lines.size() && below(2) == 0;
+    const bool inserts = !changes && below(2) == 0;
+    std::string text;
+    for (std::size_t i = 0; i <= lines.size(); ++i) {
+      if (i == place && inserts) text += line() + "\n";
+      if (i < lines.size() && (i != place || !removes)) text += lines[i] + "\n";
+    }
+    repository.write(path, text);
+  }
+
+  static void change_count(std::string& line) {
+    if (line.ends_with('0') || line.ends_with('1')) line.back() = line.back() == '0' ? '1' : '0';
+  }
+
   std::string text() {
     std::string text;
     std::size_t indentation = 0;
@@ -79,7 +108,7 @@ class Editor {
   }
 
   std::string line() {
-    switch (below(9)) {
+    switch (below(10)) {
       case 0:
         return "class " + pick(NAMES);
       case 1:
@@ -91,6 +120,8 @@ class Editor {
       case 5:
         return (below(2) == 0 ? "beside " : "anywhere ") + pick(NAMES);
       case 6:
+        return "beside " + pick(NAMES);
+      case 7:
         return "type " + pick(NAMES);
       default:
         return "call " + pick(NAMES) + " " + std::to_string(below(2));
@@ -113,7 +144,7 @@ TEST_P(UpdateProperty, EqualsColdBuild) {
   options.languages = languages;
   options.threads = 1 + GetParam() % 3;
   storage::Repository updated(editor.repository.beside() / "updated.sqlite");
-  for (int step = 0; step < 12; ++step) {
+  for (int step = 0; step < 20; ++step) {
     const std::string commit = editor.step();
     indexer::update(updated, git, commit, options);
     const auto path = editor.repository.beside() / ("cold" + std::to_string(step) + ".sqlite");
