@@ -120,10 +120,11 @@ Content content(const Database& database) {
   const Content header = content_by_header(database);
   if (header == Content::FOREIGN || header == Content::DAMAGED) return header;
   try {
+    // Another process may make the index between two statements, tables and id at once: the tables
+    // are counted first, so that no table without its id is ever seen.
+    const std::int64_t tables = database.integer("SELECT count(*) FROM sqlite_master");
     const std::int64_t application = database.integer("PRAGMA application_id");
-    if (application == 0 && database.integer("SELECT count(*) FROM sqlite_master") == 0) {
-      return Content::EMPTY;
-    }
+    if (application == 0 && tables == 0) return Content::EMPTY;
     if (application != APPLICATION_ID) return Content::FOREIGN;
     if (database.integer("PRAGMA user_version") != SCHEMA_VERSION) return Content::OTHER_VERSION;
     if (is_cut_short(database)) return Content::DAMAGED;
