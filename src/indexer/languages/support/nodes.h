@@ -51,7 +51,9 @@ class NodeKinds {
 /// The id of a grammar's field, to be looked up once.
 TSFieldId field_id(const TSLanguage* language, std::string_view name);
 
-inline TSNode child(TSNode node, TSFieldId field) { return ts_node_child_by_field_id(node, field); }
+inline TSNode child(TSNode node, TSFieldId field) {
+  return ts_node_is_null(node) ? node : ts_node_child_by_field_id(node, field);
+}
 
 /// The named children of a node, comments included.
 std::vector<TSNode> named_children(TSNode node);
