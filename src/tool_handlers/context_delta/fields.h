@@ -1,5 +1,7 @@
 #pragma once
 
+#include <algorithm>
+#include <cstddef>
 #include <memory>
 #include <optional>
 #include <sstream>
@@ -8,9 +10,16 @@
 #include <type_traits>
 
 /// Reading the values that the services hand over, whatever kind they are: a native record is a
-/// struct with public members; a record of a host answers `attribute(name)`, at the moment it is
+/// struct with public members; a record of a host answers `attribute<name>()`, at the moment it is
 /// asked. Found by argument-dependent lookup, so a services kind may add overloads for its values.
 namespace context_delta {
+
+/// The name of a field, as a template argument.
+template <std::size_t length>
+struct FieldName {
+  char text[length];
+  constexpr FieldName(const char (&name)[length]) { std::copy_n(name, length, text); }
+};
 
 /// One reader per field of the contract's records: field::path(change) is `change.path`.
 namespace field {
@@ -20,7 +29,7 @@ namespace field {
     if constexpr (requires { record.name; }) {                            \
       return (record.name);                                               \
     } else {                                                              \
-      return record.attribute(#name);                                     \
+      return record.template attribute<#name>();                          \
     }                                                                     \
   }
 

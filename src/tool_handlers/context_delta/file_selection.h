@@ -58,6 +58,24 @@ std::vector<typename Services::FileChange> _kept_files(
   return files;
 }
 
+/// Sorts indices, stably. Unlike std::stable_sort it stays within bounds when the order contradicts
+/// itself, as that of a host's values may.
+template <class Less>
+void _merge_sort(std::vector<std::size_t>& indices, const Less& less) {
+  std::vector<std::size_t> merged(indices.size());
+  for (std::size_t run = 1; run < indices.size(); run *= 2) {
+    auto output = merged.begin();
+    for (std::size_t start = 0; start < indices.size(); start += 2 * run) {
+      const auto at = [&](std::size_t index) {
+        return indices.cbegin() + static_cast<std::ptrdiff_t>(std::min(index, indices.size()));
+      };
+      output = std::merge(at(start), at(start + run), at(start + run), at(start + 2 * run), output,
+                          less);
+    }
+    indices.swap(merged);
+  }
+}
+
 /// Sorts by keys made once for each item, in order; items of equal keys keep their order.
 template <class Item, class MakeKey>
 void _sort_by_key(std::vector<Item>& items, const MakeKey& make_key) {
@@ -68,8 +86,7 @@ void _sort_by_key(std::vector<Item>& items, const MakeKey& make_key) {
 
   std::vector<std::size_t> order(items.size());
   std::iota(order.begin(), order.end(), std::size_t{0});
-  std::stable_sort(order.begin(), order.end(),
-                   [&](std::size_t a, std::size_t b) { return keys[a] < keys[b]; });
+  _merge_sort(order, [&](std::size_t a, std::size_t b) { return keys[a] < keys[b]; });
   std::vector<Item> sorted;
   sorted.reserve(items.size());
   for (const std::size_t index : order) sorted.push_back(std::move(items[index]));

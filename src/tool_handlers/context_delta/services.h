@@ -52,6 +52,9 @@ class KeptPaths {
     return path;
   }
 
+  /// The files whose paths have not been given yet.
+  std::span<const typename Services::FileChange> rest() const { return files_; }
+
  private:
   std::span<const typename Services::FileChange> files_;
 };
