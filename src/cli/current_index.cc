@@ -11,8 +11,6 @@
 namespace context_delta::cli {
 namespace {
 
-constexpr int MOST_ATTEMPTS = 10;
-
 indexer::UpdateReport update(storage::Repository& repository, const git_utils::Git& git,
                              const std::string& commit, const Settings& settings) {
   using Clock = std::chrono::steady_clock;
@@ -51,24 +49,15 @@ void remark(const indexer::UpdateReport& report, const std::string& commit,
 
 }  // namespace
 
-CurrentIndex bring_up_to_date(const git_utils::Git& git, const Settings& settings) {
+services::CurrentIndex bring_up_to_date(const git_utils::Git& git, const Settings& settings) {
   const std::filesystem::path path =
       settings.index.value_or(storage::default_index_path(git.common_directory()));
-  std::string commit = git_utils::resolve_commit(git, "HEAD");
-  auto repository = std::make_unique<storage::Repository>(path);
-  indexer::UpdateReport report;
-  for (int attempt = 0; attempt < MOST_ATTEMPTS; ++attempt) {
-    indexer::UpdateReport latest = update(*repository, git, commit, settings);
-    if (attempt == 0 || !latest.up_to_date) report = std::move(latest);
-    // Another process may move the index on before it is held.
-    storage::Transaction reading = repository->begin_reading();
-    if (repository->commit() != commit) continue;
-    if (settings.verbose) remark(report, commit, path);
-    return {std::move(commit), std::move(repository), std::move(report), std::move(reading)};
-  }
-  throw storage::IndexError("cannot keep the index " + path.string() +
-                                " at one commit: other processes move it; give --index FILE",
-                            storage::IndexError::Cause::BUSY);
+  services::CurrentIndex index = services::current_index(
+      git, path, [&](storage::Repository& repository, const std::string& commit) {
+        return update(repository, git, commit, settings);
+      });
+  if (settings.verbose) remark(index.report, index.commit, path);
+  return index;
 }
 
 }  // namespace context_delta::cli

@@ -39,7 +39,7 @@ json::Mapping make_pack(const Settings& settings, const services::DeltaRequest& 
   try {
     const git_utils::Git git(settings.directory);
     if (!is_indexed(git, settings)) check_comparison(git, request);
-    const CurrentIndex index = bring_up_to_date(git, settings);
+    const services::CurrentIndex index = bring_up_to_date(git, settings);
     return services::delta_pack(git, *index.repository, request);
   } catch (const git_utils::GitHistoryError& error) {
     return services::error_result(error);
