@@ -8,10 +8,12 @@ namespace {
 /// The module as the interpreter has it now, imported when it has none.
 template <FieldName name>
 Object module() {
-  PyObject* known = PyImport_GetModule(interned<name>());
-  if (known != nullptr && known != Py_None) return Object::taken(known);
-  if (known == nullptr && PyErr_Occurred() != nullptr) throw_raised();
-  Py_XDECREF(known);
+  PyObject* const modules = PyImport_GetModuleDict();
+  if (PyDict_CheckExact(modules)) {
+    PyObject* const known = PyDict_GetItemWithError(modules, interned<name>());
+    if (known != nullptr && known != Py_None) return Object::borrowed(known);
+    if (known == nullptr && PyErr_Occurred() != nullptr) throw_raised();
+  }
   return Object::taken(PyImport_Import(interned<name>()));
 }
 

@@ -9,6 +9,7 @@
 namespace context_delta::python {
 
 /// A name as a Python string, made once and kept: attribute and key look-ups compare it by address.
+/// `name` must be a literal, whose own address may be remembered.
 PyObject* interned(std::string_view name);
 
 template <FieldName name>

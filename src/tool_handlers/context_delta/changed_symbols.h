@@ -89,8 +89,9 @@ _changed_symbols(Services& services, const typename Services::Repository& reposi
                  Part<Services>& part) {
   std::vector<typename Services::Path> paths;
   for (const auto& change : files) {
-    const auto found = lookup(spans, field::path(change));
-    if (found && truth(*found)) paths.push_back(field::path(change));
+    const auto& path = field::path(change);
+    const auto found = lookup(spans, path);
+    if (found && truth(*found)) paths.push_back(path);
   }
 
   std::vector<typename Services::SymbolOnLines> shown;
