@@ -179,9 +179,8 @@ void read_blobs(const Git& git, std::span<const std::string> objects, std::int64
 struct BlobReader::Process {
   explicit Process(const Git& git)
       : repository(git),
-        child(
-            git.state_->prepared(std::array<std::string, 2>{"cat-file", "--batch"}, View::OBJECTS),
-            subprocess::Input::PIPE),
+        child(git.state_->prepared({{"cat-file", "--batch"}, View::OBJECTS}),
+              subprocess::Input::PIPE),
         buffer(READ_BYTES, '\0') {}
 
   std::optional<std::string> read(std::string_view object, std::int64_t most_bytes) {

@@ -30,7 +30,7 @@ struct Git::State {
   std::atomic<std::size_t> started = 0;
 
   /// The command that runs git on a view, counted as started.
-  subprocess::Command prepared(std::span<const std::string> arguments, View view);
+  subprocess::Command prepared(const Command& wanted);
 
  private:
   const ObjectsView& objects();

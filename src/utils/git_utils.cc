@@ -175,18 +175,21 @@ bool is_object_id(std::string_view text) {
          text.find_first_not_of("0123456789abcdef") == std::string_view::npos;
 }
 
-subprocess::Command Git::State::prepared(std::span<const std::string> arguments, View view) {
+subprocess::Command Git::State::prepared(const Command& wanted) {
   subprocess::Command command{program, {}, environment};
+  std::vector<std::string>& variables = command.environment;
+  variables.insert(variables.end(), wanted.environment.begin(), wanted.environment.end());
   command.arguments = {
       "--no-pager", "--no-replace-objects",     "-c", "core.fsmonitor=false",
       "-c",         "core.hooksPath=/dev/null", "-c", "core.warnAmbiguousRefs=false"};
-  if (view == View::OBJECTS) {
+  if (wanted.view == View::OBJECTS) {
     const std::vector<std::string>& more = objects().environment();
-    command.environment.insert(command.environment.end(), more.begin(), more.end());
+    variables.insert(variables.end(), more.begin(), more.end());
   }
-  const auto& folder = view == View::OBJECTS ? objects().directory() : root;
+  const auto& folder = wanted.view == View::OBJECTS ? objects().directory() : root;
   command.arguments.insert(command.arguments.end(), {"-C", folder.string()});
-  command.arguments.insert(command.arguments.end(), arguments.begin(), arguments.end());
+  command.arguments.insert(command.arguments.end(), wanted.arguments.begin(),
+                           wanted.arguments.end());
   started += 1;
   return command;
 }
@@ -228,7 +231,7 @@ std::size_t Git::processes_started() const { return state_->started; }
 std::vector<Git::Output> Git::stream(std::span<const Streamed> commands) const {
   std::vector<subprocess::Task> tasks;
   for (const auto& [command, sink] : commands) {
-    tasks.push_back({state_->prepared(command.arguments, command.view), command.input, sink});
+    tasks.push_back({state_->prepared(command), command.input, sink});
   }
   try {
     std::vector<Output> outputs;

@@ -89,6 +89,7 @@ class Git {
     std::vector<std::string> arguments;
     View view = View::OBJECTS;
     std::string input = {};
+    std::vector<std::string> environment = {};  ///< more variables, "NAME=value"
   };
 
   /// Runs `git ARGUMENTS` on the whole repository to its end; a non-zero exit is no error here.

@@ -73,8 +73,8 @@ std::optional<Range> parsed_range(std::string_view text, char sign) {
 
 void DiffParser::feed(std::string_view bytes) {
   while (!bytes.empty()) {
-    if (in_raw_) {
-      feed_raw(bytes);
+    if (in_records_) {
+      feed_records(bytes);
     } else {
       feed_patch(bytes);
     }
@@ -82,13 +82,13 @@ void DiffParser::feed(std::string_view bytes) {
 }
 
 std::vector<DiffFile> DiffParser::finish() {
-  if (record_ || !text_.empty() || in_content_ || old_left_ > 0 || new_left_ > 0) {
-    fail("it is cut off", text_);
-  }
+  const bool is_whole = !record_ && text_.empty() && paths_to_skip_ == 0 && !in_content_ &&
+                        old_left_ == 0 && new_left_ == 0 && numbered_ == files_.size();
+  if (!is_whole) fail("it is cut off", text_);
   return std::move(files_);
 }
 
-void DiffParser::feed_raw(std::string_view& bytes) {
+void DiffParser::feed_records(std::string_view& bytes) {
   const auto end = bytes.find('\0');
   text_ += bytes.substr(0, end);
   if (end == std::string_view::npos) return bytes.remove_prefix(bytes.size());
@@ -97,23 +97,28 @@ void DiffParser::feed_raw(std::string_view& bytes) {
   text_.clear();
 }
 
+// Raw records with their paths, then numbers with theirs; an empty field ends them.
 void DiffParser::take_field() {
-  if (!record_) {
-    // An empty field ends the records.
-    if (text_.empty()) {
-      in_raw_ = false;
-    } else {
-      record_ = text_;
-    }
-    return;
+  if (record_) {
+    take_path();
+  } else if (paths_to_skip_ > 0) {
+    --paths_to_skip_;
+  } else if (text_.empty()) {
+    in_records_ = false;
+  } else if (text_.starts_with(':')) {
+    record_ = text_;
+  } else {
+    take_numbers(text_);
   }
+}
+
+// ":OLD_MODE NEW_MODE OLD_OBJECT NEW_OBJECT STATUS" and a path, of renames and copies the second.
+void DiffParser::take_path() {
   std::string_view record = *record_;
-  const std::string_view old_mode = next_word(record);
+  next_word(record);
   next_word(record);
   const std::string_view old_object = next_word(record), new_object = next_word(record);
-  if (!old_mode.starts_with(':') || record.empty() || status_name(record[0]).empty()) {
-    fail("unknown record", *record_);
-  }
+  if (record.empty() || status_name(record[0]).empty()) fail("unknown record", *record_);
   if ((record[0] == 'R' || record[0] == 'C') && !old_path_) {
     old_path_ = utf8::path_text(text_);
     return;
@@ -125,9 +130,32 @@ void DiffParser::take_field() {
   record_.reset();
 }
 
+// "ADDITIONS\tDELETIONS\tPATH" in the order of the records, the paths of a rename in fields of
+// their own; binary files have dashes for numbers.
+void DiffParser::take_numbers(std::string_view numbers) {
+  const auto first = numbers.find('\t');
+  const auto second = numbers.find('\t', std::min(first, numbers.size() - 1) + 1);
+  if (second == std::string_view::npos) fail("unknown record", numbers);
+  const std::string_view additions = numbers.substr(0, first);
+  const std::string_view deletions = numbers.substr(first + 1, second - first - 1);
+  const std::string_view path = numbers.substr(second + 1);
+  if (numbered_ == files_.size()) fail("more numbers than records", numbers);
+  FileChange& change = files_[numbered_++].change;
+  if (path.empty() != change.old_path.has_value() ||
+      (!path.empty() && utf8::path_text(path) != change.path)) {
+    fail("numbers of another file than " + change.path, numbers);
+  }
+  paths_to_skip_ = path.empty() ? 2 : 0;
+  if (additions == "-" && deletions == "-") return;
+  const auto added = parsed_number(additions), deleted = parsed_number(deletions);
+  if (!added || !deleted) fail("unknown record", numbers);
+  change.additions = *added;
+  change.deletions = *deleted;
+}
+
 void DiffParser::feed_patch(std::string_view& bytes) {
   if (!in_content_ && text_.empty() && (old_left_ > 0 || new_left_ > 0)) {
-    count_content(bytes[0]);
+    take_content(bytes[0]);
     in_content_ = true;
   }
   const auto end = bytes.find('\n');
@@ -139,16 +167,13 @@ void DiffParser::feed_patch(std::string_view& bytes) {
 }
 
 // A line that starts with a backslash is a remark of git's ("No newline at end of file").
-void DiffParser::count_content(char first) {
-  DiffFile& file = files_[current_];
+void DiffParser::take_content(char first) {
   if (first == '-') {
     --old_left_;
-    ++file.change.deletions;
   } else if (first == '+') {
     --new_left_;
-    ++file.change.additions;
   } else if (first != '\\') {
-    fail("unknown line in a hunk of " + file.change.path, std::string_view(&first, 1));
+    fail("unknown line in a hunk of " + files_[current_].change.path, std::string_view(&first, 1));
   }
 }
 

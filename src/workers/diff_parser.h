@@ -21,9 +21,10 @@ struct DiffFile {
   std::optional<std::int64_t> deleted_after;
 };
 
-/// Reads the output of `git diff --raw -z -p -U0 --no-abbrev --full-index` as it comes: names and
-/// statuses from the raw records, line counts and spans from the hunk headers. Memory grows with
-/// the number of files and hunks, never with the lines of the diff.
+/// Reads the output of `git diff --raw --numstat -z -p --no-abbrev --full-index`, its patch without
+/// lines of context, as it comes: names and statuses from the raw records, line counts from the
+/// numbers, spans from the hunk headers. Memory grows with the number of files and hunks, never
+/// with the lines of the diff.
 class DiffParser {
  public:
   /// Raises GitHistoryError for what git never prints.
@@ -33,21 +34,25 @@ class DiffParser {
   std::vector<DiffFile> finish();
 
  private:
-  void feed_raw(std::string_view& bytes);
+  void feed_records(std::string_view& bytes);
   void feed_patch(std::string_view& bytes);
   void take_field();
+  void take_path();
+  void take_numbers(std::string_view numbers);
   void take_line();
   void start_section();
   void check_section(std::string_view objects);
   void take_hunk(std::string_view header);
-  void count_content(char first);
+  void take_content(char first);
 
   std::vector<DiffFile> files_;
   std::vector<bool> is_type_change_;
-  bool in_raw_ = true;
+  bool in_records_ = true;
   std::string text_;                          // a field of a record or a line of a header, so far
   std::optional<std::string> record_;         // the record whose paths are to come
   std::optional<std::string> old_path_;       // of a rename or copy, whose new path is to come
+  std::size_t numbered_ = 0;                  // how many files have their numbers
+  int paths_to_skip_ = 0;                     // of the numbers of a rename or copy
   std::size_t current_ = 0;                   // the file of the section
   bool has_section_ = false;                  // whether there was a section yet
   bool is_second_half_ = false;               // of a type change: the new file

@@ -17,12 +17,15 @@ using git_utils::View;
 constexpr std::int64_t MOST_LINE_COUNTED_BYTES = 64 * 1024 * 1024;
 
 // Every setting that could change the output is named, although none of the repository's is read.
+// Without lines of context git aligns a few files in another way than `git diff --numstat` does,
+// so only the patch goes without: by the variable, which does not reach the numbers.
 Git::Command diff_command(const std::string& base, const std::string& head, bool merge_base) {
   Git::Command command{{"diff",
                         "--raw",
+                        "--numstat",
                         "-z",
                         "-p",
-                        "-U0",
+                        "--irreversible-delete",
                         "--no-abbrev",
                         "--full-index",
                         "--find-renames=50%",
@@ -39,7 +42,9 @@ Git::Command diff_command(const std::string& base, const std::string& head, bool
                         "--no-textconv",
                         "--no-color",
                         "--end-of-options"},
-                       View::OBJECTS};
+                       View::OBJECTS,
+                       {},
+                       {"GIT_DIFF_OPTS=--unified=0"}};
   if (merge_base) {
     command.arguments.push_back(base + "..." + head);
   } else {

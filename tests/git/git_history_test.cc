@@ -103,6 +103,23 @@ TEST(BranchChanges, SaysWhatPlainGitSaysOfEveryKindOfChange) {
   EXPECT_EQ(ours(repository, "topic~1", "topic"), lines);
 }
 
+// Without lines of context git compares files without their equal ends, and then takes for a match
+// what it otherwise holds for chance: the brace, rare at the start but common in the file.
+TEST(BranchChanges, CountsLinesAsGitDoesThatShowsThemInContext) {
+  GitRepository repository;
+  std::string rest;
+  for (int i = 0; i < 60; ++i) rest += std::string(300, 'x') + std::to_string(i) + "\n}\n";
+  repository.write("file", "a\n}\nb\n" + rest);
+  repository.commit();
+  repository.write("file", numbered(1, 4) + "}\n" + numbered(5, 8) + rest);
+  repository.commit();
+  EXPECT_TRUE(repository.git({"diff", "--numstat", "HEAD~1", "HEAD"}).starts_with("9\t3"));
+  EXPECT_TRUE(repository.git({"diff", "--numstat", "-U0", "HEAD~1", "HEAD"}).starts_with("8\t2"));
+  const std::vector<std::string> lines = {"modified  > file +9 -3 1-4 6-9"};
+  EXPECT_EQ(ours(repository, "HEAD~1", "HEAD"), lines);
+  EXPECT_EQ(plain(repository, "HEAD~1", "HEAD"), lines);
+}
+
 TEST(BranchChanges, SubmodulesAreCountedAsGitCountsThem) {
   GitRepository repository;
   const std::string first = repository.commit();
