@@ -4,6 +4,8 @@
 #include <string>
 #include <vector>
 
+#include "utils/scratch_folder.h"
+
 namespace context_delta::git_utils {
 
 /// A git directory in a temporary folder that has no refs, no settings and no attributes, and
@@ -13,17 +15,14 @@ class ObjectsView {
   /// `object_format` is the repository's hash ("sha1", "sha256"). Raises std::runtime_error when
   /// the temporary folder cannot be written.
   ObjectsView(const std::filesystem::path& common_directory, const std::string& object_format);
-  ~ObjectsView();
-  ObjectsView(const ObjectsView&) = delete;
-  ObjectsView& operator=(const ObjectsView&) = delete;
 
-  const std::filesystem::path& directory() const { return directory_; }
+  const std::filesystem::path& directory() const { return folder_.path(); }
 
   /// The variables ("NAME=value") that make git use this view.
   const std::vector<std::string>& environment() const { return environment_; }
 
  private:
-  std::filesystem::path directory_;
+  ScratchFolder folder_;
   std::vector<std::string> environment_;
 };
 
