@@ -49,6 +49,11 @@ std::optional<TreeFile> parsed_entry(std::string_view record) {
   return file;
 }
 
+GitHistoryError too_many_files(const Git& git, std::string_view commit) {
+  return GitHistoryError("commit " + std::string(commit) + " of " + shown(git.root().string()) +
+                         " has more than " + std::to_string(git.limits().tree_files) + " files");
+}
+
 // The answer line of `cat-file --batch`, "ID TYPE SIZE" or "ID missing": the size, null when there
 // is no such object.
 std::optional<std::size_t> announced_size(std::string_view line) {
@@ -145,6 +150,7 @@ std::vector<TreeFile> list_tree(const Git& git, std::string_view commit) {
       if (end == std::string_view::npos) return;
       bytes.remove_prefix(end + 1);
       if (auto file = parsed_entry(rest)) files.push_back(*std::move(file));
+      if (files.size() > git.limits().tree_files) throw too_many_files(git, commit);
       rest.clear();
     }
   };
@@ -184,7 +190,7 @@ struct BlobReader::Process {
         buffer(READ_BYTES, '\0') {}
 
   std::optional<std::string> read(std::string_view object, std::int64_t most_bytes) {
-    subprocess::TimeLimit limit(TIME_LIMIT);
+    subprocess::TimeLimit limit(repository.limits().time);
     std::optional<std::string> result;
     bool is_answered = false;
     AnswerParser parser(most_bytes, [&](std::optional<std::string_view> blob) {

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <atomic>
-#include <chrono>
 #include <filesystem>
 #include <memory>
 #include <mutex>
@@ -16,9 +15,6 @@
 
 namespace context_delta::git_utils {
 
-/// How long one git process may keep us waiting.
-inline constexpr std::chrono::minutes TIME_LIMIT{5};
-
 /// What the copies of a Git share.
 struct Git::State {
   std::filesystem::path program;
@@ -27,6 +23,7 @@ struct Git::State {
   std::filesystem::path common_directory;
   std::string object_format;
   bool is_shallow = false;
+  Limits limits;
   std::atomic<std::size_t> started = 0;
 
   /// The command that runs git on a view, counted as started.

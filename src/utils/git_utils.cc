@@ -13,7 +13,6 @@
 namespace context_delta::git_utils {
 namespace {
 
-constexpr std::size_t MOST_OUTPUT_BYTES = 256 * 1024 * 1024;
 constexpr std::size_t MOST_SHOWN_BYTES = 200;
 
 bool is_inherited(std::string_view variable) {
@@ -35,6 +34,14 @@ std::vector<std::string> cleaned_environment() {
     result.emplace_back(variable);
   }
   return result;
+}
+
+// 0 when it is not known.
+std::size_t half_of_memory() {
+  const long pages = sysconf(_SC_PHYS_PAGES), page = sysconf(_SC_PAGESIZE);
+  return pages < 0 || page < 0
+             ? 0
+             : static_cast<std::size_t>(pages) / 2 * static_cast<std::size_t>(page);
 }
 
 std::filesystem::path git_program() {
@@ -176,7 +183,7 @@ bool is_object_id(std::string_view text) {
 }
 
 subprocess::Command Git::State::prepared(const Command& wanted) {
-  subprocess::Command command{program, {}, environment};
+  subprocess::Command command{program, {}, environment, limits.memory_bytes};
   std::vector<std::string>& variables = command.environment;
   variables.insert(variables.end(), wanted.environment.begin(), wanted.environment.end());
   command.arguments = {
@@ -206,7 +213,10 @@ const ObjectsView& Git::State::objects() {
   return *objects_view;
 }
 
-Git::Git(const std::filesystem::path& directory) : state_(std::make_shared<State>()) {
+Git::Git(const std::filesystem::path& directory, const Limits& limits)
+    : state_(std::make_shared<State>()) {
+  state_->limits = limits;
+  if (limits.memory_bytes == 0) state_->limits.memory_bytes = half_of_memory();
   const std::filesystem::path folder = existing_folder(directory);
   state_->program = git_program();
   state_->environment = cleaned_environment();
@@ -225,6 +235,7 @@ Git::Git(const std::filesystem::path& directory) : state_(std::make_shared<State
 
 const std::filesystem::path& Git::root() const { return state_->root; }
 const std::filesystem::path& Git::common_directory() const { return state_->common_directory; }
+const Limits& Git::limits() const { return state_->limits; }
 bool Git::is_shallow() const { return state_->is_shallow; }
 std::size_t Git::processes_started() const { return state_->started; }
 
@@ -235,7 +246,7 @@ std::vector<Git::Output> Git::stream(std::span<const Streamed> commands) const {
   }
   try {
     std::vector<Output> outputs;
-    for (auto& [status, errors] : subprocess::run(tasks, TIME_LIMIT)) {
+    for (auto& [status, errors] : subprocess::run(tasks, limits().time)) {
       outputs.push_back({status, {}, std::move(errors)});
     }
     return outputs;
@@ -250,8 +261,10 @@ std::vector<Git::Output> Git::run(std::span<const Command> commands) const {
   for (std::size_t i = 0; i < commands.size(); ++i) {
     streamed.push_back({commands[i], [this, &text = texts[i]](std::string_view part) {
                           text += part;
-                          if (text.size() <= MOST_OUTPUT_BYTES) return;
-                          throw GitHistoryError("git prints too much in " + shown(root().string()));
+                          if (text.size() <= limits().output_bytes) return;
+                          throw GitHistoryError("git prints more than " +
+                                                std::to_string(limits().output_bytes) +
+                                                " bytes in " + shown(root().string()));
                         }});
   }
   std::vector<Output> outputs = stream(streamed);

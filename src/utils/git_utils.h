@@ -60,6 +60,14 @@ enum class View {
   REPOSITORY,
 };
 
+/// What one git process may cost before it is given up.
+struct Limits {
+  std::chrono::milliseconds time = std::chrono::minutes(5);  ///< that it keeps us waiting
+  std::size_t output_bytes = 256 * 1024 * 1024;              ///< that are kept whole
+  std::size_t memory_bytes = 0;         ///< for itself; 0: half of the machine's
+  std::size_t tree_files = 10'000'000;  ///< of one commit
+};
+
 /// A repository with a work tree, and how git is run on it: without a shell, in a cleaned
 /// environment. May be used by several threads at once. Copies share their temporary folder.
 class Git {
@@ -67,13 +75,15 @@ class Git {
   /// Finds the repository that holds `directory` (a subfolder or a link to it will do).
   /// Raises GitHistoryError: no such folder, not a repository, a bare one, one that git refuses
   /// because of its owner, git missing.
-  explicit Git(const std::filesystem::path& directory);
+  explicit Git(const std::filesystem::path& directory, const Limits& limits = {});
 
   /// Top folder of the work tree, absolute, links resolved.
   const std::filesystem::path& root() const;
 
   /// The git directory that all linked work trees share, absolute.
   const std::filesystem::path& common_directory() const;
+
+  const Limits& limits() const;
 
   /// Whether history was cut off when the repository was cloned.
   bool is_shallow() const;
@@ -151,7 +161,8 @@ std::string advised(const Git& git, std::string_view command);
 /// left out, or git's own words after `what`.
 [[noreturn]] void fail_on_objects(const Git& git, std::string_view what, const Git::Output& output);
 
-/// All regular files of a commit's tree, by path in byte order. `commit` is a full id.
+/// All regular files of a commit's tree, by path in byte order. `commit` is a full id. Raises
+/// GitHistoryError, also for more files than the limit.
 std::vector<TreeFile> list_tree(const Git& git, std::string_view commit);
 
 /// Reads blobs one after another through one git process. Not for use by two threads at once;

@@ -12,6 +12,7 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <spawn.h>
+#include <sys/resource.h>
 #include <sys/socket.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -174,7 +175,11 @@ std::optional<std::filesystem::path> find_program(std::string_view name) {
 
 int TimeLimit::left(std::string_view program) const {
   const auto left = std::chrono::ceil<std::chrono::milliseconds>(left_).count();
-  if (left <= 0) throw SubprocessError(std::string(program) + ": stopped at its time limit");
+  if (left <= 0) {
+    const auto seconds = std::chrono::ceil<std::chrono::seconds>(limit_).count();
+    throw SubprocessError(std::string(program) + ": stopped at its time limit of " +
+                          std::to_string(seconds) + " s");
+  }
   return static_cast<int>(std::min<std::int64_t>(left, 60'000));
 }
 
@@ -199,6 +204,10 @@ Process::Process(const Command& command, Input input) : program_(command.program
   if (error != 0) {
     id_ = -1;
     fail(program_, "cannot be started", error);
+  }
+  if (command.most_memory > 0) {
+    const rlimit limit{command.most_memory, command.most_memory};
+    prlimit(id_, RLIMIT_DATA, &limit, nullptr);  // refused when it may have no more anyway
   }
   input_ = std::move(in.ours);
   output_ = std::move(out.ours);

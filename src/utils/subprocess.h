@@ -29,6 +29,8 @@ struct Command {
   std::filesystem::path program;
   std::vector<std::string> arguments;
   std::vector<std::string> environment;
+  /// The most memory that it may take for itself, not counting files that it maps; 0: any.
+  std::size_t most_memory = 0;
 };
 
 /// The file that `name` means along the absolute folders of PATH; null when there is none.
@@ -55,13 +57,14 @@ class FileDescriptor {
 /// does not count.
 class TimeLimit {
  public:
-  explicit TimeLimit(std::chrono::milliseconds limit) : left_(limit) {}
+  explicit TimeLimit(std::chrono::milliseconds limit) : limit_(limit), left_(limit) {}
 
   /// Milliseconds left for a call of poll(), at least 1. Raises SubprocessError when none is left.
   int left(std::string_view program) const;
   void spend(std::chrono::nanoseconds time) { left_ -= time; }
 
  private:
+  std::chrono::milliseconds limit_;
   std::chrono::nanoseconds left_;
 };
 

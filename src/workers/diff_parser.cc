@@ -12,6 +12,8 @@ namespace {
 using git_utils::FileChange;
 using git_utils::GitHistoryError;
 
+constexpr std::size_t MOST_NAME_BYTES = 1024 * 1024;
+
 [[noreturn]] void fail(std::string_view what, std::string_view text) {
   throw GitHistoryError("git printed a diff that cannot be read: " + std::string(what) + ": " +
                         git_utils::shown(text));
@@ -91,6 +93,7 @@ std::vector<DiffFile> DiffParser::finish() {
 void DiffParser::feed_records(std::string_view& bytes) {
   const auto end = bytes.find('\0');
   text_ += bytes.substr(0, end);
+  if (text_.size() > MOST_NAME_BYTES) fail("too long a name", text_);
   if (end == std::string_view::npos) return bytes.remove_prefix(bytes.size());
   bytes.remove_prefix(end + 1);
   take_field();
@@ -160,6 +163,7 @@ void DiffParser::feed_patch(std::string_view& bytes) {
   }
   const auto end = bytes.find('\n');
   if (!in_content_) text_ += bytes.substr(0, end);
+  if (text_.size() > 3 * MOST_NAME_BYTES) fail("too long a line", text_);
   if (end == std::string_view::npos) return bytes.remove_prefix(bytes.size());
   bytes.remove_prefix(end + 1);
   if (!std::exchange(in_content_, false)) take_line();
