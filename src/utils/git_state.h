@@ -39,7 +39,8 @@ struct Git::State {
 /// `text` as one word of a shell command.
 std::string quoted_for_shell(std::string_view text);
 
-/// The first line of what git wrote to its standard error, without its "fatal:".
+/// The first error among what git wrote to its standard error, else its first line, without
+/// "fatal:".
 std::string first_words(std::string_view errors);
 
 }  // namespace context_delta::git_utils

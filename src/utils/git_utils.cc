@@ -152,11 +152,16 @@ std::string quoted_for_shell(std::string_view text) {
 }
 
 std::string first_words(std::string_view errors) {
-  std::string_view line = next_line(errors);
-  for (const std::string_view start : {"fatal: ", "error: "}) {
-    if (line.starts_with(start)) line.remove_prefix(start.size());
+  const std::string_view first = errors.substr(0, errors.find('\n'));
+  while (!errors.empty()) {
+    std::string_view line = next_line(errors);
+    for (const std::string_view start : {"fatal: ", "error: "}) {
+      if (!line.starts_with(start)) continue;
+      line.remove_prefix(start.size());
+      return shown(line);
+    }
   }
-  return line.empty() ? "git gave no reason" : shown(line);
+  return first.empty() ? "git gave no reason" : shown(first);
 }
 
 std::string shown(std::string_view name) {
@@ -186,9 +191,11 @@ subprocess::Command Git::State::prepared(const Command& wanted) {
   subprocess::Command command{program, {}, environment, limits.memory_bytes};
   std::vector<std::string>& variables = command.environment;
   variables.insert(variables.end(), wanted.environment.begin(), wanted.environment.end());
-  command.arguments = {
-      "--no-pager", "--no-replace-objects",     "-c", "core.fsmonitor=false",
-      "-c",         "core.hooksPath=/dev/null", "-c", "core.warnAmbiguousRefs=false"};
+  command.arguments = {"--no-pager", "--no-replace-objects",
+                       "-c",         "core.fsmonitor=false",
+                       "-c",         "core.hooksPath=/dev/null",
+                       "-c",         "core.warnAmbiguousRefs=false",
+                       "-c",         "advice.graftFileDeprecated=false"};
   if (wanted.view == View::OBJECTS) {
     const std::vector<std::string>& more = objects().environment();
     variables.insert(variables.end(), more.begin(), more.end());

@@ -22,18 +22,7 @@ std::string numbered(int from, int to) {
 
 std::vector<std::string> ours(const GitRepository& repository, const std::string& base,
                               const std::string& head) {
-  const git_utils::Git git(repository.root());
-  History history(git);
-  const BranchChanges changes = history.branch_changes(base, head, "target_branch");
-  const LineSpans spans =
-      history.changed_line_spans(changes.base_commit, changes.head_commit, changes.files, true);
-  std::vector<std::string> lines;
-  for (const FileChange& change : changes.files) {
-    const auto found = spans.find(change.path);
-    lines.push_back(
-        test::described(change, found == spans.end() ? std::vector<LineSpan>() : found->second));
-  }
-  return lines;
+  return test::our_comparison(git_utils::Git(repository.root()), base, head);
 }
 
 std::vector<std::string> plain(const GitRepository& repository, const std::string& base,

@@ -29,14 +29,8 @@ std::string opening_error(const fs::path& folder) {
 
 // The one file and its lines that the tip of every repository here changed.
 std::string change_seen(const fs::path& root) {
-  const Git git(root);
-  git_history::History history(git);
-  const auto changes = history.branch_changes("HEAD~1", "HEAD", "target_branch");
-  const auto spans =
-      history.changed_line_spans(changes.base_commit, changes.head_commit, changes.files, true);
-  std::string text;
-  for (const auto& change : changes.files) text += test::described(change, spans.at(change.path));
-  return text;
+  const auto lines = test::our_comparison(Git(root), "HEAD~1", "HEAD");
+  return lines.size() == 1 ? lines.front() : "not one file";
 }
 
 constexpr const char* SEEN = "modified  > folder/file +1 -1 2-2";

@@ -112,4 +112,17 @@ std::string described(const git_utils::FileChange& change,
   return text;
 }
 
+std::vector<std::string> our_comparison(const git_utils::Git& git, const std::string& base,
+                                        const std::string& head) {
+  git_history::History history(git);
+  const auto changes = history.branch_changes(base, head, "target_branch");
+  auto spans =
+      history.changed_line_spans(changes.base_commit, changes.head_commit, changes.files, true);
+  std::vector<std::string> lines;
+  for (const git_utils::FileChange& change : changes.files) {
+    lines.push_back(described(change, spans[change.path]));
+  }
+  return lines;
+}
+
 }  // namespace context_delta::test

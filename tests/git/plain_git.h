@@ -23,4 +23,8 @@ std::vector<PlainFile> plain_comparison(const GitRepository& repository, const s
 std::string described(const git_utils::FileChange& change,
                       const std::vector<git_utils::LineSpan>& spans);
 
+/// What our own comparison says, one line for each file.
+std::vector<std::string> our_comparison(const git_utils::Git& git, const std::string& base,
+                                        const std::string& head);
+
 }  // namespace context_delta::test

@@ -81,7 +81,8 @@ TEST_F(Subprocess, MayStopReadingOrDieBySignal) {
 TEST_F(Subprocess, IsKilledAtItsTimeLimitAndByAnExceptionOfTheSink) {
   std::string out;
   const Task slow[] = {shell("exec sleep 1000", out), shell("exec sleep 1000 >&- 2>&-", out)};
-  EXPECT_EQ(message_of([&] { run(slow, milliseconds(50)); }), "sh: stopped at its time limit of 1 s");
+  EXPECT_EQ(message_of([&] { run(slow, milliseconds(50)); }),
+            "sh: stopped at its time limit of 1 s");
   const Task closed = shell("exec sleep 1000 >&- 2>&-", out);
   EXPECT_EQ(message_of([&] { run(std::span(&closed, 1), milliseconds(50)); }),
             "sh: stopped at its time limit of 1 s");
