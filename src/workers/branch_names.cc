@@ -124,6 +124,25 @@ std::string suggestion(const std::vector<std::string>& refs, std::string_view na
   return count == 0 ? "" : " (did you mean " + result + "?)";
 }
 
+// Names that git takes for branches and a shell for one word.
+bool may_be_branch(std::string_view name) {
+  return std::all_of(name.begin(), name.end(), [](char c) {
+    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') ||
+           std::string_view("/._-+").find(c) != std::string_view::npos;
+  });
+}
+
+bool has_origin(const Git& git) {
+  const auto remotes = lines_of(git.run(std::array<std::string, 1>{"remote"}).out);
+  return std::find(remotes.begin(), remotes.end(), "origin") != remotes.end();
+}
+
+// The command that brings a branch of the remote where its name is looked up.
+std::string fetching(const Git& git, std::string_view branch) {
+  return git_utils::advised(
+      git, "fetch origin " + std::string(branch) + ":" + std::string(ORIGIN) + std::string(branch));
+}
+
 GitHistoryError unknown_name(const Git& git, const std::string& name, std::string_view parameter) {
   const std::string start = std::string(parameter) + " " + in_quotes(name) + " ";
   const std::string where = shown(git.root().string());
@@ -139,9 +158,15 @@ GitHistoryError unknown_name(const Git& git, const std::string& name, std::strin
     return GitHistoryError(start + "is a branch whose commit is missing in " + where + ": run " +
                            git_utils::advised(git, "fsck"));
   }
-  return GitHistoryError(start + "is no branch, tag or commit of " + where +
-                         suggestion(refs, name) + ": see " +
-                         git_utils::advised(git, "branch --all") + ", or git fetch it first");
+  const std::string near = suggestion(refs, name);
+  std::string text = start + "is no branch, tag or commit of " + where + near + ": see " +
+                     git_utils::advised(git, "branch --all");
+  if (near.empty() && may_be_branch(name) && has_origin(git)) {
+    const std::string_view branch =
+        std::string_view(name).substr(name.starts_with("origin/") ? 7 : 0);
+    text += "; if it is a branch of the remote, run " + fetching(git, branch);
+  }
+  return GitHistoryError(text);
 }
 
 // The default branch of the one remote that is there when none is called "origin".
@@ -158,8 +183,8 @@ GitHistoryError no_base(const Git& git, std::string_view parameter) {
   return GitHistoryError("no base to compare with in " + shown(git.root().string()) +
                          ": tried the remote's default branch (refs/remotes/origin/HEAD), main, "
                          "master, origin/main and origin/master: name one as " +
-                         std::string(parameter) + ", or run " +
-                         git_utils::advised(git, "remote set-head origin --auto"));
+                         std::string(parameter) +
+                         (has_origin(git) ? ", or run " + fetching(git, "HEAD") : ""));
 }
 
 std::string why_remote(std::string_view ref) {

@@ -1,4 +1,5 @@
 #include <filesystem>
+#include <sstream>
 
 #include <gtest/gtest.h>
 
@@ -50,7 +51,7 @@ TEST(Base, IsTheRemotesDefaultBranchElseMainElseMaster) {
   EXPECT_EQ(error_of(repository.root(), {}, {}),
             "no base to compare with in ROOT: tried the remote's default branch "
             "(refs/remotes/origin/HEAD), main, master, origin/main and origin/master: name one as "
-            "base_branch, or run git -C ROOT remote set-head origin --auto");
+            "base_branch");
   add_remote_branch(repository, "origin/master", "trunk");
   EXPECT_EQ(base(), "origin/master");
   add_remote_branch(repository, "fork/develop", "trunk");
@@ -120,31 +121,30 @@ TEST(Errors, OfNamesSayWhatWhereAndWhatHelps) {
   } cases[] = {
       {"featrue/login",
        "target_branch 'featrue/login' is no branch, tag or commit of ROOT (did you mean "
-       "feature/login?): see git -C ROOT branch --all, or git fetch it first"},
+       "feature/login?): see git -C ROOT branch --all"},
       {"relaese",
        "target_branch 'relaese' is no branch, tag or commit of ROOT (did you mean "
-       "origin/release?): see git -C ROOT branch --all, or git fetch it first"},
+       "origin/release?): see git -C ROOT branch --all"},
       {"something-else",
        "target_branch 'something-else' is no branch, tag or commit of ROOT: see git -C ROOT branch "
-       "--all, or git fetch it first"},
+       "--all"},
       {"--output=stolen",
        "target_branch '--output=stolen' looks like an option, not like a branch of ROOT: see git "
        "-C "
        "ROOT branch --all"},
       {"main\nHEAD",
        "target_branch 'main?HEAD' is no branch, tag or commit of ROOT: see git -C ROOT branch "
-       "--all, "
-       "or git fetch it first"},
+       "--all"},
       {"HEAD:",
        "target_branch 'HEAD:' is no branch, tag or commit of ROOT: see git -C ROOT branch "
-       "--all, or git fetch it first"},
+       "--all"},
       {"", "target_branch is empty: name a branch"},
   };
   for (const auto& [head, text] : cases) EXPECT_EQ(error_of(repository.root(), "main", head), text);
   EXPECT_EQ(
       error_of(repository.root(), "mian", {}),
       "base_branch 'mian' is no branch, tag or commit of ROOT (did you mean main?): see git -C "
-      "ROOT branch --all, or git fetch it first");
+      "ROOT branch --all");
 }
 
 TEST(Errors, OfHistoriesThatCannotBeCompared) {
@@ -169,6 +169,58 @@ TEST(Errors, OfHistoriesThatCannotBeCompared) {
   EXPECT_EQ(error_of(shallow, "origin/main", "origin/other"),
             "no merge base of 'origin/main' and 'origin/other' in ROOT: its history is cut off "
             "(shallow clone): run git -C ROOT fetch --unshallow");
+}
+
+// Does what an error advises to do.
+void follow(const GitRepository& repository, const std::filesystem::path& root,
+            const std::string& error) {
+  const std::string start = "run git -C ROOT ";
+  const auto at = error.find(start);
+  ASSERT_NE(at, std::string::npos) << error;
+  std::istringstream words(error.substr(at + start.size()));
+  std::vector<std::string> arguments = {"-C", root.string()};
+  for (std::string word; words >> word;) arguments.push_back(word);
+  repository.git(arguments);
+}
+
+TEST(Advice, LeadsFromAShallowCloneOfOneBranchToAComparison) {
+  GitRepository repository;
+  repository.commit();
+  repository.commit();
+  repository.git({"switch", "-q", "-c", "topic"});
+  repository.commit();
+  repository.commit();
+  const auto clone = [&](const char* name) {
+    const auto folder = repository.beside() / name;
+    repository.git({"clone", "-q", "--depth=1", "--branch=topic",
+                    "file://" + repository.root().string(), folder.string()});
+    return folder;
+  };
+  repository.git({"switch", "-q", "main"});
+  const auto named = clone("named"), not_named = clone("not named");
+  const std::string unknown = error_of(named, "main", {});
+  EXPECT_EQ(unknown,
+            "base_branch 'main' is no branch, tag or commit of ROOT: see git -C ROOT branch --all; "
+            "if it is a branch of the remote, run git -C ROOT fetch origin "
+            "main:refs/remotes/origin/main");
+  follow(repository, named, unknown);
+  const std::string shallow = error_of(named, "main", {});
+  EXPECT_EQ(shallow,
+            "no merge base of 'main' and 'topic' in ROOT: its history is cut off (shallow clone): "
+            "run git -C ROOT fetch --unshallow");
+  follow(repository, named, shallow);
+  EXPECT_EQ(error_of(named, "main", {}), "no error");
+  EXPECT_EQ(error_of(named, "origin/main", {}), "no error");
+
+  const std::string none = error_of(not_named, {}, {});
+  EXPECT_TRUE(
+      none.ends_with("name one as base_branch, or run git -C 'ROOT' fetch origin "
+                     "HEAD:refs/remotes/origin/HEAD"))
+      << none;
+  repository.git({"-C", not_named, "fetch", "origin", "HEAD:refs/remotes/origin/HEAD"});
+  follow(repository, not_named, "run git -C ROOT fetch --unshallow");
+  const git_utils::Git git(not_named);
+  EXPECT_EQ(History(git).branch_changes({}, {}, "target_branch").base_branch, "origin/HEAD");
 }
 
 }  // namespace

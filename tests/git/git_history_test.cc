@@ -38,6 +38,11 @@ struct Edit {
   const char *name, *before, *after;
 };
 
+// Three megabytes of which a few lines change, as in generated files.
+const std::string LONG_LINES = numbered(1, 150'000) + std::string(1'000'000, 'x') + "\nend\n";
+const std::string CHANGED_LONG_LINES = "new\n" + numbered(1, 75'000) + numbered(75'011, 150'000) +
+                                       std::string(999'999, 'x') + "\nend\n";
+
 const Edit EDITS[] = {
     {"one line", "a\n", "b\n"},
     {"emptied", "a\nb\n", ""},
@@ -51,6 +56,7 @@ const Edit EDITS[] = {
     {"line feed at end added", "a\nb", "a\nb\n"},
     {"all line ends", "a\nb\nc\n", "a\r\nb\r\nc\r\n"},
     {"looks like a patch", "a\n", "a\ndiff --git a/x b/x\n@@ -1 +1 @@\n--- a/x\n+++ b/x\n-\n+\n"},
+    {"long line changed", LONG_LINES.c_str(), CHANGED_LONG_LINES.c_str()},
     {"patch deleted", "a\ndiff --git a/x b/x\n-- b\n@@ -9,9 +9,9 @@\nz\n", "a\nz\n"},
 };
 
@@ -149,6 +155,13 @@ TEST(BranchChanges, StartAtTheMergeBase) {
   EXPECT_EQ(changes.note, "'main' was merged into 'topic'");
   EXPECT_EQ(changes.base_commit, repository.git({"rev-parse", "main"}));
   EXPECT_EQ(changes.head_commit, repository.git({"rev-parse", "topic"}));
+
+  repository.git({"switch", "-q", "main"});
+  repository.write("shared.py", numbered(1, 38));
+  repository.commit();
+  repository.git({"switch", "-q", "topic"});
+  repository.git({"merge", "-q", "--no-edit", "main"});
+  EXPECT_EQ(ours(repository, "main", "topic"), only);
 }
 
 TEST(BranchChanges, NotesEmptyAndCrissCrossComparisons) {
@@ -176,26 +189,27 @@ TEST(BranchChanges, NotesEmptyAndCrissCrossComparisons) {
             "'main' was merged into 'topic'");
 }
 
-TEST(BranchChanges, ProcessesAreTheSameForOneFileAndForFiveHundred) {
+TEST(BranchChanges, ProcessesAreTheSameForOneFileAndForFiveThousand) {
   GitRepository repository;
-  for (int i = 0; i < 500; ++i) repository.write(std::to_string(i), numbered(i, i + 4));
-  repository.commit();
-  repository.write("0", numbered(0, 2));
-  repository.commit();
-  for (int i = 0; i < 500; ++i) repository.write(std::to_string(i), numbered(i, i + 2));
-  repository.commit();
-  const auto processes = [&](const char* base, const char* head, std::size_t files) {
+  std::map<std::string, std::string> files;
+  for (int i = 0; i < 5000; ++i) files[std::to_string(i)] = numbered(i, i + 4);
+  repository.commit_files("main", files);
+  files["0"] = numbered(0, 2);
+  repository.commit_files("main", files);
+  for (auto& [path, content] : files) content.erase(content.rfind('\n', content.size() - 2) + 1);
+  repository.commit_files("main", files);
+  const auto processes = [&](const char* base, const char* head, std::size_t count) {
     const git_utils::Git git(repository.root());
     History history(git);
     const BranchChanges changes = history.branch_changes(base, head, "target_branch");
-    EXPECT_EQ(changes.files.size(), files);
+    EXPECT_EQ(changes.files.size(), count);
     const std::size_t before = git.processes_started();
     history.changed_line_spans(changes.base_commit, changes.head_commit, changes.files, true);
     EXPECT_EQ(git.processes_started(), before);
     return before;
   };
   EXPECT_EQ(processes("HEAD~2", "HEAD~1", 1), 5u);
-  EXPECT_EQ(processes("HEAD~1", "HEAD", 499), 5u);
+  EXPECT_EQ(processes("HEAD~1", "HEAD", 5000), 5u);
 }
 
 TEST(ChangedLineSpans, ReadsOtherCommitsWithADiffOfTheirOwn) {
@@ -216,18 +230,35 @@ TEST(ChangedLineSpans, ReadsOtherCommitsWithADiffOfTheirOwn) {
   EXPECT_THROW(history.changed_line_spans("main", first, wanted, true), GitHistoryError);
 }
 
+TEST(BranchChanges, OfAMergedBranchAreNone) {
+  GitRepository repository;
+  repository.commit();
+  repository.git({"switch", "-q", "-c", "topic"});
+  repository.write("topic.py", numbered(1, 3));
+  repository.commit();
+  repository.git({"switch", "-q", "main"});
+  repository.git({"merge", "-q", "--no-ff", "--no-edit", "topic"});
+  const git_utils::Git git(repository.root());
+  const BranchChanges changes = History(git).branch_changes("main", "topic", "target_branch");
+  EXPECT_EQ(changes.files.size(), 0u);
+  EXPECT_EQ(changes.commit_count, 0);
+  EXPECT_EQ(changes.note, "'topic' has no commit that 'main' lacks");
+}
+
 TEST(BranchChanges, RenamesBeyondTheLimitAreFoundWhenExact) {
   GitRepository repository;
-  for (int i = 0; i < 1005; ++i) repository.write("a/" + std::to_string(i), numbered(i, i + 9));
-  for (int i = 0; i < 3; ++i) repository.write("a/exact" + std::to_string(i), numbered(i, i + 5));
-  repository.commit();
-  repository.git({"mv", "a", "b"});
-  // Names differ too: files of one name are paired before the limit counts.
+  std::map<std::string, std::string> before, after;
   for (int i = 0; i < 1005; ++i) {
-    repository.remove("b/" + std::to_string(i));
-    repository.write("b/new" + std::to_string(i), numbered(i, i + 8));
+    before["a/" + std::to_string(i)] = numbered(i, i + 9);
+    // Names differ too: files of one name are paired before the limit counts.
+    after["b/new" + std::to_string(i)] = numbered(i, i + 8);
   }
-  repository.commit();
+  for (int i = 0; i < 3; ++i) {
+    before["a/exact" + std::to_string(i)] = numbered(i, i + 5);
+    after["b/exact" + std::to_string(i)] = numbered(i, i + 5);
+  }
+  repository.commit_files("main", before);
+  repository.commit_files("main", after);
   const git_utils::Git git(repository.root());
   std::map<std::string, int> statuses;
   for (const auto& file : History(git).branch_changes("HEAD~1", "HEAD", "head").files) {

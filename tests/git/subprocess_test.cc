@@ -43,6 +43,9 @@ class Subprocess : public testing::Test {
   void TearDown() override {
     EXPECT_EQ(open_descriptors(), descriptors_);
     EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1) << "a child was not reaped";
+    sigset_t blocked;
+    pthread_sigmask(SIG_SETMASK, nullptr, &blocked);
+    for (int signal = 1; signal < NSIG; ++signal) EXPECT_EQ(sigismember(&blocked, signal), 0);
   }
   std::ptrdiff_t descriptors_ = open_descriptors();
 };
@@ -54,6 +57,26 @@ TEST_F(Subprocess, SeesOnlyWhatItIsGiven) {
   const auto endings = run(std::span(&task, 1), AMPLE);
   EXPECT_EQ(endings[0].status, 0);
   EXPECT_EQ(out, "GIVEN=yes\n4\n");  // 0, 1, 2 and the folder that ls reads
+}
+
+TEST_F(Subprocess, HasNoSignalsBlocked) {
+  sigset_t terminate, before;
+  sigemptyset(&terminate);
+  sigaddset(&terminate, SIGTERM);
+  pthread_sigmask(SIG_BLOCK, &terminate, &before);
+  std::string out;
+  const Task task = shell("kill -TERM $$; echo blocked", out);
+  const auto endings = run(std::span(&task, 1), AMPLE);
+  pthread_sigmask(SIG_SETMASK, &before, nullptr);
+  EXPECT_EQ(endings[0].status, 128 + SIGTERM);
+  EXPECT_EQ(out, "");
+}
+
+TEST_F(Subprocess, TakesNoMoreMemoryThanItMay) {
+  std::string out;
+  Task task = shell("a=0123456789abcdef; while :; do a=$a$a; done", out);
+  task.command.most_memory = 32 << 20;
+  EXPECT_NE(run(std::span(&task, 1), AMPLE)[0].status, 0);
 }
 
 TEST_F(Subprocess, MovesMoreThanAnyPipeHoldsInAllDirectionsAtOnce) {

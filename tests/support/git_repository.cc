@@ -42,6 +42,11 @@ GitRepository::GitRepository(const std::vector<std::string>& init_options)
 }
 
 std::string GitRepository::git(const std::vector<std::string>& arguments) const {
+  return run(arguments, "2>&1");
+}
+
+std::string GitRepository::run(const std::vector<std::string>& arguments,
+                               const std::string& redirection) const {
   const std::string date = "@" + std::to_string(1700000000 + 60 * commits_) + " +0000";
   std::string command =
       "cd " + quoted(root_) +
@@ -51,7 +56,7 @@ std::string GitRepository::git(const std::vector<std::string>& arguments) const 
       " GIT_COMMITTER_EMAIL=ada@example.org GIT_AUTHOR_DATE=" +
       quoted(date) + " GIT_COMMITTER_DATE=" + quoted(date) + " git -c protocol.file.allow=always";
   for (const std::string& argument : arguments) command += " " + quoted(argument);
-  command += " 2>&1";
+  command += " " + redirection;
   FILE* pipe = popen(command.c_str(), "r");
   if (pipe == nullptr) throw std::runtime_error("cannot run git");
   std::string output;
@@ -80,6 +85,24 @@ std::string GitRepository::commit(std::string_view message) {
   git({"add", "-A"});
   git({"commit", "-q", "--allow-empty", "-m", std::string(message)});
   return git({"rev-parse", "HEAD"});
+}
+
+std::string GitRepository::commit_files(const std::string& branch,
+                                        const std::map<std::string, std::string>& files) {
+  const std::string ref = "refs/heads/" + branch;
+  const std::string parent = git({"for-each-ref", "--format=%(objectname)", ref});
+  const std::filesystem::path stream = folder_.path() / "stream";
+  std::ofstream out(stream, std::ios::binary);
+  out << "commit " << ref << "\ncommitter Ada <ada@example.org> " << 1700000000 + 60 * ++commits_
+      << " +0000\ndata 6\nchange\n";
+  if (!parent.empty()) out << "from " << parent << "\n";
+  out << "deleteall\n";
+  for (const auto& [path, content] : files) {
+    out << "M 100644 inline " << path << "\ndata " << content.size() << "\n" << content << "\n";
+  }
+  out.close();
+  run({"fast-import", "--quiet"}, "2>&1 < " + quoted(stream));
+  return git({"rev-parse", ref});
 }
 
 }  // namespace context_delta::test

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <filesystem>
+#include <map>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -38,8 +39,14 @@ class GitRepository {
   void remove(std::string_view path) const;
   /// Adds everything and commits; each commit is a minute after the one before it. Returns its id.
   std::string commit(std::string_view message = "change");
+  /// The same for very many files, past the work tree: a commit on `branch` that has these files
+  /// and no others. Returns its id.
+  std::string commit_files(const std::string& branch,
+                           const std::map<std::string, std::string>& files);
 
  private:
+  std::string run(const std::vector<std::string>& arguments, const std::string& redirection) const;
+
   TemporaryFolder folder_;
   std::filesystem::path root_;
   int commits_ = 0;
