@@ -80,13 +80,14 @@ class History {
 /// Why a file is not production source. The texts are constants.
 struct SourceExclusion {
   std::string_view file_class;  ///< test, document, generated or asset
-  std::string_view rule;        ///< the pattern that the path matched
+  std::string_view rule;        ///< what the rule is called
+  std::string_view pattern;     ///< of the rule, which the path matched
 };
 
 /// The first rule that tells that a file is a test, a document, generated or a binary asset; null
 /// for production source. Decided by the path and `language` alone, the index's name for the file's
 /// language ("python", "cpp", ...), null when it knows none: what is in a language is no document
-/// and no asset, whatever its name.
+/// and no asset by its name.
 std::optional<SourceExclusion> source_exclusion(std::string_view path,
                                                 std::optional<std::string_view> language);
 

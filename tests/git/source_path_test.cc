@@ -55,6 +55,22 @@ const Case CASES[] = {
     {"db/CacheTest.cpp", "cpp", "test"},
     {"db/test_cache.c", "c", "test"},
     {"db/fastest.cpp", "cpp", nullptr},
+    {"runtime-tests/node/index.ts", "typescript", "test"},
+    {"crate/integration_tests/api.rs", "rust", "test"},
+    {"ab_tests/button.py", "python", nullptr},
+    {"contests/entry.py", "python", nullptr},
+    {"types/ref.test-d.ts", "typescript", "test"},
+    {"types/test-driver.ts", "typescript", nullptr},
+    {"doc/yaml_docs.go", "go", nullptr},
+    {"doc/api.c", "c", "document"},
+    {"docs/docs.go", "go", "document"},
+    {"NEWS", nullptr, "document"},
+    {"scripts/install", nullptr, nullptr},
+    {"deps/lua/INSTALL", nullptr, "document"},
+    {".github/CODEOWNERS", nullptr, nullptr},
+    {"VERSION", nullptr, nullptr},
+    {"sig/tool.tar.gz.asc", nullptr, "asset"},
+    {"certificates/server.key", nullptr, nullptr},
     {"docs/conf.py", "python", "document"},
     {"doc/build/index.rst", nullptr, "document"},
     {"src/doc/parser.py", "python", nullptr},
@@ -118,8 +134,10 @@ TEST(SourceExclusion, ByClass) {
 }
 
 TEST(SourceExclusion, NamesTheRule) {
-  EXPECT_EQ(source_exclusion("a/TestServer.java", "java")->rule, "Test[!a-z]*.java");
-  EXPECT_EQ(source_exclusion("docs/a.py", "python")->rule, "/{docs,doc,man}/");
+  const auto exclusion = source_exclusion("a/TestServer.java", "java");
+  ASSERT_TRUE(exclusion);
+  EXPECT_EQ(exclusion->rule, "Java test");
+  EXPECT_EQ(exclusion->pattern, "Test[!a-z]*.java");
 }
 
 }  // namespace
