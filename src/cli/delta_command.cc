@@ -3,6 +3,7 @@
 #include "cli/commands.h"
 #include "cli/current_index.h"
 #include "cli/exit_codes.h"
+#include "cli/explain_files.h"
 #include "cli/interruption.h"
 #include "cli/output.h"
 #include "cli/report.h"
@@ -53,18 +54,29 @@ std::string rendered(const json::Mapping& pack, const Settings& settings, std::i
   return render::render_text(pack, style);
 }
 
+void write(const Settings& settings, std::string_view text) {
+  const DeferredSignals signals;
+  Output output(settings.output);
+  output.write(text);
+  output.finish();
+}
+
 }  // namespace
 
 int run_delta(const Settings& settings) {
+  if (settings.explain_files) {
+    const git_utils::Git git(settings.directory);
+    const services::CurrentIndex index = bring_up_to_date(git, settings);
+    const auto files = services::explain_files(git, *index.repository, settings.request);
+    write(settings, explanation(files, settings.format));
+    return EXIT_DONE;
+  }
   const services::DeltaRequest request = scaled_request(settings);
   const json::Mapping pack = make_pack(settings, request);
   const std::string text = rendered(pack, settings, request.token_budget);
   const json::Value* error = pack.find("error");
   if (error != nullptr) report(*error->as<std::string>());
-  const DeferredSignals signals;
-  Output output(settings.output);
-  output.write(text);
-  output.finish();
+  write(settings, text);
   return error == nullptr ? EXIT_DONE : EXIT_GIT;
 }
 

@@ -56,7 +56,7 @@ constexpr std::array<CommandRow, 3> COMMANDS = {{
 
 using Text = const std::string&;
 
-constexpr std::array<OptionRow, 19> OPTIONS = {{
+constexpr std::array<OptionRow, 20> OPTIONS = {{
     {"", "--base", "REF", "d", "compare with this branch (default: the repository's own)",
      [](Settings& settings, Text value) { settings.request.base_branch = not_empty(value); }},
     {"", "--target", "REF", "d", "the branch to review (default: what is checked out)",
@@ -76,6 +76,8 @@ constexpr std::array<OptionRow, 19> OPTIONS = {{
      [](Settings& settings, Text) { settings.request.include_snippets = true; }},
     {"", "--all-files", "", "d", "also tests, documents and generated files",
      [](Settings& settings, Text) { settings.request.source_only = false; }},
+    {"", "--explain-files", "", "d", "instead of the pack: which rule keeps which changed file out",
+     [](Settings& settings, Text) { settings.explain_files = true; }},
     {"", "--wiki", "DIR", "d", "Markdown pages that name their sources: list those concerned",
      [](Settings& settings, Text value) { settings.request.wiki = not_empty(value); }},
     {"", "--format", "text|json", "d", "how the answer is written (default: text)", set_format},

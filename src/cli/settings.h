@@ -28,6 +28,7 @@ struct Settings {
   Colour colour = Colour::AUTO;
   Format format = Format::TEXT;
   std::int64_t token_scale = 100;  ///< percent: what a token of the caller's model counts here
+  bool explain_files = false;      ///< instead of the pack
   services::DeltaRequest request;
 };
 

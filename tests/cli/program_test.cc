@@ -79,6 +79,19 @@ TEST_F(Program, WritesThePackAsOneLineOfJson) {
   EXPECT_EQ(run_here({"--format", "json", "--base", "main", "--target", "work"}).out, ending.out);
 }
 
+TEST_F(Program, ExplainsWhichFilesAreSource) {
+  EXPECT_EQ(run_here({"--explain-files"}).out,
+            "document   notes.md  (text: *.{md,markdown,rst,adoc,asciidoc,tex,txt})\n"
+            "kept       store.py\n");
+  EXPECT_EQ(run_here({"--explain-files", "--format=json"}).out,
+            R"({"path": "notes.md", "kept": false, "class": "document", "rule": "text", )"
+            R"("pattern": "*.{md,markdown,rst,adoc,asciidoc,tex,txt}"})"
+            "\n"
+            R"({"path": "store.py", "kept": true})"
+            "\n");
+  EXPECT_EQ(run_here({"--explain-files", "--base", "nowhere"}).status, 3);
+}
+
 TEST_F(Program, DividesTheBudgetByTheScale) {
   const Ending scaled = run_here({"--format=json", "--budget=120", "--token-scale=600"});
   EXPECT_EQ(scaled.out, run_here({"--format=json", "--budget=20"}).out);
