@@ -33,6 +33,12 @@ std::vector<std::string> cleaned_environment() {
         "GIT_ATTR_NOSYSTEM=1", "GIT_ADVICE=0", "GIT_PAGER=cat"}) {
     result.emplace_back(variable);
   }
+  // Git gives the memory of each blob back and takes it anew for the next: by the page, unless the
+  // C library is told to keep it. A seventh of a comparison's time.
+  for (const char* variable : {"MALLOC_MMAP_THRESHOLD_=33554432", "MALLOC_TRIM_THRESHOLD_=67108864",
+                               "MALLOC_TOP_PAD_=4194304"}) {
+    result.emplace_back(variable);
+  }
   return result;
 }
 
