@@ -13,6 +13,7 @@
 
 #include "storage/repository.h"
 #include "support/git_repository.h"
+#include "utils/utf8.h"
 
 namespace context_delta::test {
 namespace {
@@ -77,6 +78,27 @@ TEST_F(Program, WritesThePackAsOneLineOfJson) {
       << ending.out;
   EXPECT_EQ(ending.out.find('\n'), ending.out.size() - 1);
   EXPECT_EQ(run_here({"--format", "json", "--base", "main", "--target", "work"}).out, ending.out);
+}
+
+// U+10FFNN stands for the byte NN.
+TEST_F(Program, TellsFilesApartWhoseNamesAreNotUtf8) {
+  for (const char* name : {"caf\xE8.py", "caf\xE9.py"}) {
+    const std::string path = name;
+    repository_.write(path, "def f():\n    return '" + utf8::path_text(path.substr(3, 1)) + "'\n");
+  }
+  repository_.commit();
+  const Ending ending = run_here({"--format=json", "--snippets", "--base=HEAD~1"});
+  EXPECT_TRUE(utf8::is_valid(ending.out));
+  for (const char* byte : {"\U0010FFE8", "\U0010FFE9"}) {
+    const std::string path = std::string("caf") + byte + ".py";
+    for (const std::string& part :
+         {R"({"path": ")" + path + R"(", "status": "added", "additions": 2)",
+          R"("name": "f", "kind": "function", "file": ")" + path + "\"",
+          R"({"file": ")" + path + R"(", "line": 1, "end_line": 2, "content": "def f():\n    )" +
+              "return '" + byte + "'\""}) {
+      EXPECT_NE(ending.out.find(part), std::string::npos) << part << "\n" << ending.out;
+    }
+  }
 }
 
 TEST_F(Program, ExplainsWhichFilesAreSource) {
