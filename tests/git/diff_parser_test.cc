@@ -44,7 +44,7 @@ TEST(DiffParser, ReadsTheSameHoweverTheOutputIsCut) {
   at_once.feed(diff);
   const auto whole = described(at_once.finish());
   ASSERT_EQ(whole.size(), 6u);
-  for (const std::size_t step : {1, 2, 3, 7, 64}) {
+  for (const std::size_t step : {1U, 2U, 3U, 7U, 64U}) {
     DiffParser parser;
     for (std::size_t at = 0; at < diff.size(); at += step) parser.feed(diff.substr(at, step));
     EXPECT_EQ(described(parser.finish()), whole) << step;
