@@ -4,6 +4,7 @@
 #include "indexer/language.h"
 #include "indexer/languages/c/c.h"
 #include "indexer/languages/cpp/cpp.h"
+#include "indexer/languages/go/go.h"
 #include "indexer/languages/python/python.h"
 
 namespace context_delta::indexer {
@@ -14,6 +15,8 @@ constexpr std::array LANGUAGES = {
     &python::LANGUAGE,
     &cpp::LANGUAGE,
     &c::LANGUAGE,
+    &go::LANGUAGE,
+    &go::MODULE_LANGUAGE,
 };
 
 bool claims(const Language& language, std::string_view path) {

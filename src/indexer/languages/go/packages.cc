@@ -1,0 +1,198 @@
+#include "indexer/languages/go/packages.h"
+
+#include <algorithm>
+#include <array>
+#include <tuple>
+
+#include "indexer/languages/go/go.h"
+#include "indexer/languages/go/modules.h"
+#include "indexer/languages/support/facts_builder.h"
+#include "indexer/languages/support/text.h"
+
+namespace context_delta::indexer::go {
+namespace {
+
+using support::base_name;
+using support::folder_of;
+
+constexpr auto SYSTEMS = std::to_array<std::string_view>(
+    {"aix", "android", "darwin", "dragonfly", "freebsd", "hurd", "illumos", "ios", "js", "linux",
+     "nacl", "netbsd", "openbsd", "plan9", "solaris", "wasip1", "windows", "zos"});
+constexpr auto PROCESSORS = std::to_array<std::string_view>(
+    {"386", "amd64", "arm", "arm64", "loong64", "mips", "mips64", "mips64le", "mipsle", "ppc64",
+     "ppc64le", "riscv64", "s390x", "sparc64", "wasm"});
+
+template <class Names>
+bool contains(const Names& names, std::string_view name) {
+  return std::find(names.begin(), names.end(), name) != names.end();
+}
+
+/// The packages of one folder by name.
+using Folder = std::map<std::string, Package, std::less<>>;
+
+std::string_view package_name(const Facts& facts) {
+  for (const Binding& binding : facts.bindings) {
+    if (binding.name == PACKAGE_NAME && binding.kind == Binding::Kind::GLOBAL) {
+      return binding.value;
+    }
+  }
+  return {};
+}
+
+void add_names(Package& package) {
+  for (const PackageFile& each : package.files) {
+    const auto count = static_cast<DefinitionIndex>(each.facts->definitions.size());
+    for (DefinitionIndex i = 0; i < count; ++i) {
+      const Definition& made = each.facts->definitions[static_cast<std::size_t>(i)];
+      if (made.parent != NOWHERE || (made.traits & LOCAL_LINKAGE) != 0) continue;
+      if (made.kind == Kind::METHOD) {
+        package.methods[made.scope + "." + made.name].push_back({&each, i});
+      } else if (made.name != "init" && made.name != "_") {
+        package.members[made.name].push_back({&each, i});
+      }
+    }
+  }
+}
+
+bool is_go(const File& file) { return file.language == LANGUAGE.name; }
+
+Folder read_folder(std::string_view folder, World& world) {
+  Folder read;
+  for (const File* file : world.folder(folder)) {
+    if (!is_go(*file)) continue;
+    const Facts& facts = world.facts(*file);
+    const std::string_view name = package_name(facts);
+    if (name.empty()) continue;
+    Package& package = read[std::string(name)];
+    package.name = name;
+    package.files.push_back(
+        {file, &facts, constraint_of(file->path, facts), is_test_file(file->path)});
+  }
+  for (auto& [name, package] : read) add_names(package);
+  return read;
+}
+
+const Folder* folder_at(std::string_view folder, World& world) {
+  for (const File* file : world.folder(folder)) {
+    if (!is_go(*file)) continue;
+    return &world.remember<Folder>("go folder", *file, [&] { return read_folder(folder, world); });
+  }
+  return nullptr;
+}
+
+/// The package that importing a folder means: neither its external tests nor, beside another, a
+/// program that is run by hand.
+const Package* imported_package(const std::string& folder, World& world) {
+  const Folder* found = folder_at(folder, world);
+  if (found == nullptr) return nullptr;
+  const Package* best = nullptr;
+  const auto rank = [](const Package& package) {
+    const bool tests = std::all_of(package.files.begin(), package.files.end(),
+                                   [](const PackageFile& each) { return each.is_test; });
+    const auto free = std::count_if(package.files.begin(), package.files.end(),
+                                    [](const auto& each) { return each.constraint.empty(); });
+    return std::tuple(!tests, free > 0, package.name != "main", free);
+  };
+  for (const auto& [name, package] : *found) {
+    if (best == nullptr || rank(package) > rank(*best)) best = &package;
+  }
+  return best;
+}
+
+/// The name that a package outside the repository probably has.
+std::string_view name_of_path(std::string_view path) {
+  std::string_view name = base_name(path);
+  const bool version = name.size() > 1 && name.front() == 'v' &&
+                       name.find_first_not_of("0123456789", 1) == std::string_view::npos;
+  if (version && path.find('/') != std::string_view::npos) name = base_name(folder_of(path));
+  const std::size_t dot = name.rfind(".v");
+  if (dot != std::string_view::npos) name = name.substr(0, dot);
+  return name;
+}
+
+Imported read_import(const File& file, const Import& written, World& world) {
+  Imported made;
+  const ImportedFolder folder = find_import(file, written.module, world);
+  if (folder.found) made.package = imported_package(folder.path, world);
+  made.sure = folder.sure;
+  if (written.name == "*") {
+    made.name = "*";
+  } else if (!written.alias.empty()) {
+    made.name = written.alias;
+  } else if (made.package != nullptr) {
+    made.name = made.package->name;
+  } else {
+    made.name = name_of_path(written.module);
+  }
+  return made;
+}
+
+}  // namespace
+
+bool is_test_file(std::string_view path) { return path.ends_with("_test.go"); }
+
+std::string constraint_of(std::string_view path, const Facts& facts) {
+  std::string made;
+  for (const Binding& binding : facts.bindings) {
+    if (binding.name == BUILD_CONSTRAINT && binding.kind == Binding::Kind::GLOBAL) {
+      made += binding.value + ";";
+    }
+  }
+  std::string_view stem = base_name(path);
+  stem = stem.substr(0, stem.find('.'));
+  if (stem.ends_with("_test")) stem.remove_suffix(5);
+  const std::size_t first = stem.find('_');
+  if (first == std::string_view::npos) return made;
+  std::vector<std::string_view> words = support::split(stem.substr(first + 1), '_');
+  if (words.size() > 2) words.erase(words.begin(), words.end() - 2);
+  if (contains(PROCESSORS, words.back())) {
+    const bool both = words.size() == 2 && contains(SYSTEMS, words.front());
+    made += both ? std::string(words.front()) + "," + std::string(words.back())
+                 : std::string(words.back());
+  } else if (contains(SYSTEMS, words.back())) {
+    made += words.back();
+  }
+  return made;
+}
+
+const Package* package_of(const File& file, const Facts& facts, World& world) {
+  const Folder* folder = folder_at(folder_of(file.path), world);
+  if (folder == nullptr) return nullptr;
+  const auto found = folder->find(package_name(facts));
+  return found == folder->end() ? nullptr : &found->second;
+}
+
+std::string import_path(const File& file, const Facts& facts, World& world) {
+  std::string path = path_of_folder(file, world);
+  const std::string_view name = package_name(facts);
+  if (path.empty()) return std::string(name);
+  if (is_test_file(file.path) && name.ends_with("_test")) path += "_test";
+  return path;
+}
+
+const std::vector<Imported>& imports_of(const File& file, World& world) {
+  return world.remember<std::vector<Imported>>("go imports", file, [&] {
+    std::vector<Imported> made;
+    for (const Import& each : world.facts(file).imports) {
+      made.push_back(read_import(file, each, world));
+    }
+    return made;
+  });
+}
+
+Choice choose(const std::vector<Place>& places, const File& from, std::string_view constraint,
+              bool own_package) {
+  Choice made;
+  std::vector<Place> alike;
+  for (const Place& place : places) {
+    if (place.in->file->id == from.id) return {{place}, true};
+    if (place.in->is_test && !(own_package && is_test_file(from.path))) continue;
+    made.places.push_back(place);
+    if (!constraint.empty() && place.in->constraint == constraint) alike.push_back(place);
+  }
+  if (alike.size() == 1 && own_package) return {alike, true};
+  made.sure = made.places.size() == 1;
+  return made;
+}
+
+}  // namespace context_delta::indexer::go

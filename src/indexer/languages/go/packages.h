@@ -1,0 +1,66 @@
+#pragma once
+
+#include <map>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+#include "indexer/world.h"
+
+/// Packages of Go: files of a folder that name the same package, and the import paths that lead
+/// to them.
+namespace context_delta::indexer::go {
+
+/// A file of a package.
+struct PackageFile {
+  const File* file = nullptr;
+  const Facts* facts = nullptr;
+  std::string constraint;  ///< when it is built, of its name and its text; empty: always
+  bool is_test = false;
+};
+
+/// A definition of a package.
+struct Place {
+  const PackageFile* in = nullptr;
+  DefinitionIndex definition = NOWHERE;
+};
+
+/// The names of one package. Points into facts, as World keeps them.
+struct Package {
+  std::string name;
+  std::vector<PackageFile> files;                                    ///< by path
+  std::unordered_map<std::string_view, std::vector<Place>> members;  ///< at the top level
+  std::unordered_map<std::string, std::vector<Place>> methods;       ///< by `Type.Method`
+};
+
+/// The package that a file belongs to; null for files without a package clause.
+const Package* package_of(const File& file, const Facts& facts, World& world);
+
+/// What stands in front of the names of a file's definitions: its import path, as far as a module
+/// file gives it, else its folder.
+std::string import_path(const File& file, const Facts& facts, World& world);
+
+/// An import of a file.
+struct Imported {
+  std::string name;                  ///< by which the file refers to it; `*`: no name is needed
+  const Package* package = nullptr;  ///< null: outside the repository
+  bool sure = true;                  ///< false: no module file says that it is this package
+};
+const std::vector<Imported>& imports_of(const File& file, World& world);
+
+bool is_test_file(std::string_view path);
+
+/// The definitions among `places` that a file sees.
+struct Choice {
+  std::vector<Place> places;  ///< the one chosen, or all among which builds choose
+  bool sure = false;          ///< there is one, whatever is built together with `from`
+};
+/// `from` is the file that asks, `own_package` says whether it belongs to the package asked.
+Choice choose(const std::vector<Place>& places, const File& from, std::string_view constraint,
+              bool own_package);
+
+/// When a file is built; empty: always.
+std::string constraint_of(std::string_view path, const Facts& facts);
+
+}  // namespace context_delta::indexer::go

@@ -1,0 +1,204 @@
+#include <algorithm>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "indexer/languages/go/builtins.h"
+#include "indexer/languages/go/go.h"
+#include "indexer/languages/go/values.h"
+#include "indexer/languages/support/facts_builder.h"
+#include "indexer/languages/support/guesses.h"
+#include "indexer/languages/support/text.h"
+
+namespace context_delta::indexer::go {
+namespace {
+
+using support::definition_at;
+
+class Resolver {
+ public:
+  Resolver(const File& file, const Facts& facts, World& world);
+  Resolution run();
+
+ private:
+  std::string qualified_name(DefinitionIndex index);
+  void resolve(std::int32_t index);
+  void resolve_local_call(std::int32_t index);
+  void resolve_call(std::int32_t index, const Value& value, const Value& owner);
+  void prove(std::int32_t index, const Value& value);
+  void guess_meaning(std::int32_t index, const Value& value, std::string_view why);
+  void guess_implementation(std::int32_t index, const Value& value, const Value& owner);
+  void guess_namesakes(std::int32_t index, std::string_view why);
+  void add_guess(std::int32_t index, std::string_view rule, std::string_view why,
+                 const std::optional<Candidate>& favourite, std::vector<Candidate> fitting);
+  Candidate candidate_of(const File& file, DefinitionIndex definition);
+  const Reference& reference(std::int32_t index) const {
+    return facts_.references[static_cast<std::size_t>(index)];
+  }
+
+  const File& file_;
+  const Facts& facts_;
+  World& world_;
+  Evaluator values_;
+  support::Neighbourhood neighbourhood_;
+  Resolution made_;
+};
+
+Resolver::Resolver(const File& file, const Facts& facts, World& world)
+    : file_(file), facts_(facts), world_(world), values_(file, facts, world) {
+  neighbourhood_.file = &file;
+  for (const Imported& each : imports_of(file, world)) {
+    if (each.package == nullptr) continue;
+    for (const PackageFile& part : each.package->files) {
+      neighbourhood_.imported.insert(part.file->id);
+    }
+  }
+}
+
+Resolution Resolver::run() {
+  made_.module_name = import_path(file_, facts_, world_);
+  for (std::size_t i = 0; i < facts_.definitions.size(); ++i) {
+    made_.qualified_names.push_back(qualified_name(static_cast<DefinitionIndex>(i)));
+  }
+  for (std::size_t i = 0; i < facts_.references.size(); ++i) {
+    resolve(static_cast<std::int32_t>(i));
+  }
+  return std::move(made_);
+}
+
+std::string Resolver::qualified_name(DefinitionIndex index) {
+  const Definition& named = definition_at(facts_, index);
+  if (named.parent != NOWHERE) {
+    return made_.qualified_names[static_cast<std::size_t>(named.parent)] + "." + named.name;
+  }
+  std::string prefix = made_.module_name.empty() ? "" : made_.module_name + ".";
+  if (named.scope.empty()) return prefix + named.name;
+  const bool by_pointer = named.signature.find('*') < named.signature.find(')');
+  return prefix + (by_pointer ? "(*" + named.scope + ")" : named.scope) + "." + named.name;
+}
+
+void Resolver::resolve(std::int32_t index) {
+  const Reference& use = reference(index);
+  if (use.receiver.starts_with('\'')) return resolve_local_call(index);
+  Value owner;
+  Value value;
+  if (use.receiver.empty()) {
+    value = values_.name_value(file_, use.enclosing, use.name);
+  } else {
+    owner = values_.expression_value(file_, use.enclosing, use.receiver);
+    value = values_.member(owner, use.name);
+  }
+  if (is_call(use.role)) return resolve_call(index, value, owner);
+  if (value.is_definition() && value.sure && !value.promoted) prove(index, value);
+}
+
+/// A local may hold a function that has a name elsewhere; only a closure is sure to be meant.
+void Resolver::resolve_local_call(std::int32_t index) {
+  const Reference& use = reference(index);
+  const Value value = values_.local_value(use.enclosing, use.name + use.receiver);
+  if (value.kind == Value::Kind::FUNCTION) {
+    const bool closure = value.rule == "local" && value.sure && (use.traits & BROKEN) == 0;
+    return closure ? prove(index, value) : guess_meaning(index, value, "the name is a variable");
+  }
+  const Value shadowed = values_.name_value(file_, use.enclosing, use.name);
+  if (shadowed.kind == Value::Kind::FUNCTION) {
+    guess_meaning(index, shadowed, "the name is a parameter or local variable");
+  }
+}
+
+void Resolver::resolve_call(std::int32_t index, const Value& value, const Value& owner) {
+  const Reference& use = reference(index);
+  if (value.kind == Value::Kind::EXTERNAL) return;
+  if (!value.is_definition()) {
+    const bool open = !use.receiver.empty() && value.kind == Value::Kind::UNKNOWN &&
+                      owner.kind != Value::Kind::PACKAGE;
+    if (open) guess_namesakes(index, "the receiver's type is not known");
+    return;
+  }
+  if (value.abstract) return guess_implementation(index, value, owner);
+  if (value.promoted) {
+    return guess_meaning(index, value, "the method is promoted from an embedded type");
+  }
+  if ((use.traits & BROKEN) != 0) {
+    return guess_meaning(index, value, "the text around the call does not parse");
+  }
+  value.sure ? prove(index, value) : guess_meaning(index, value, "the name is a variable");
+}
+
+Candidate Resolver::candidate_of(const File& file, DefinitionIndex definition) {
+  const Facts& known = values_.facts(file);
+  const Definition& made = definition_at(known, definition);
+  return {.file = &file,
+          .definition = definition,
+          .kind = made.kind,
+          .traits = made.traits,
+          .least_arguments = made.least_arguments,
+          .most_arguments = made.most_arguments,
+          .first_line = made.first_line,
+          .container = container_name(known, definition)};
+}
+
+void Resolver::prove(std::int32_t index, const Value& value) {
+  made_.edges.push_back({.reference = index,
+                         .target = candidate_of(*value.file, value.definition),
+                         .proven = true,
+                         .rule = value.rule.empty() ? "same-package" : value.rule});
+}
+
+void Resolver::guess_meaning(std::int32_t index, const Value& value, std::string_view why) {
+  std::vector<Candidate> fitting;
+  for (const Place& place : value.choices) {
+    fitting.push_back(candidate_of(*place.in->file, place.definition));
+  }
+  const Candidate favourite = candidate_of(*value.file, value.definition);
+  if (fitting.empty()) fitting.push_back(favourite);
+  add_guess(index, "namesake", value.doubt.empty() ? why : value.doubt, favourite,
+            std::move(fitting));
+}
+
+/// The interface's method and those of the types that have all its methods.
+void Resolver::guess_implementation(std::int32_t index, const Value& value, const Value& owner) {
+  const Reference& use = reference(index);
+  const Candidate favourite = candidate_of(*value.file, value.definition);
+  std::vector<Candidate> fitting = {favourite};
+  for (const Candidate& each : world_.definitions(use.name)) {
+    const bool method = each.kind == Kind::METHOD && each.file->language == file_.language;
+    if (!method || (each.traits & VIRTUAL) != 0 || each.container.empty()) continue;
+    if (support::accepts_arguments(each, use.arguments)) fitting.push_back(each);
+  }
+  (void)owner;
+  add_guess(index, "dispatch", "the receiver is an interface", favourite, std::move(fitting));
+}
+
+void Resolver::guess_namesakes(std::int32_t index, std::string_view why) {
+  const Reference& use = reference(index);
+  const bool common = is_common_method(use.name);
+  std::vector<Candidate> fitting;
+  for (const Candidate& each : world_.definitions(use.name)) {
+    if (each.kind != Kind::METHOD || each.file->language != file_.language) continue;
+    if (!support::accepts_arguments(each, use.arguments)) continue;
+    if (common && support::nearness(each, neighbourhood_) == 3) continue;
+    fitting.push_back(each);
+  }
+  add_guess(index, "namesake", why, std::nullopt, std::move(fitting));
+}
+
+void Resolver::add_guess(std::int32_t index, std::string_view rule, std::string_view why,
+                         const std::optional<Candidate>& favourite,
+                         std::vector<Candidate> fitting) {
+  support::add_guess(made_.edges,
+                     {.reference = index,
+                      .rule = rule,
+                      .why = why,
+                      .favourite = favourite ? &*favourite : nullptr},
+                     std::move(fitting), neighbourhood_);
+}
+
+}  // namespace
+
+Resolution resolve(const File& file, const Facts& facts, World& world) {
+  return Resolver(file, facts, world).run();
+}
+
+}  // namespace context_delta::indexer::go
