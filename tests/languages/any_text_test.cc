@@ -17,6 +17,9 @@ const std::string SAMPLES[] = {
     "template <class T> class E X : public B<T> { explicit X(int a = 1) : b_(a) {} ~X(); operator "
     "bool(); }; namespace a::b { auto l = [&](auto... x) { return x->y<z>(R\"(q)\", 'c', 1'000); "
     "}; }\n",
+    "//go:build a\npackage p\nimport . \"x\"\ntype G[T any] struct { *b.C; f func(x, y T) (z chan "
+    "[]T) }\nfunc (g *G[K]) m(a ...K) (n int, e error) { x, ok := <-g.f()[1:], func() { for i := "
+    "range a[0] {} }; switch y := x.(type) { case *K, I: y.z(G[int]{1}, a...) } }\n",
 };
 
 /// Facts must hold together whatever they were made from.
@@ -36,7 +39,7 @@ void expect_sound(const indexer::Facts& facts) {
 }
 
 void try_everywhere(const std::string& text) {
-  for (const std::string path : {"a.py", "a.c", "a.cc"}) {
+  for (const std::string path : {"a.py", "a.c", "a.cc", "a.go", "go.mod"}) {
     MemorySource source;
     source.add(path, text);
     expect_sound(*source.files().at(path).facts);

@@ -29,6 +29,7 @@ std::string_view literal_root(Node kind) {
     case Node::STRING:
       return "{string}";
     case Node::INTEGER:
+    case Node::IOTA:
       return "{int}";
     case Node::FLOAT:
       return "{float64}";

@@ -55,6 +55,7 @@ class Extractor {
   void enter_type(TSNode node, std::uint32_t depth);
   void enter_method_element(TSNode node, std::uint32_t depth);
   void enter_variables(TSNode node, std::uint32_t depth, std::string_view keyword);
+  void repeat_constant(TSNode& value, std::string& type);
   void enter_short_variables(TSNode node, std::uint32_t depth);
   void enter_assignment(TSNode node);
   void enter_range(TSNode node, std::uint32_t depth);
@@ -88,7 +89,9 @@ class Extractor {
   std::unordered_map<std::uint32_t, DefinitionIndex> literals_;  // named ones, by first byte
   std::vector<std::pair<std::uint32_t, TSNode>> switches_;       // depth and node of type switches
   std::uint32_t handled_ = UINT32_MAX;  // first byte of a type name that was referred to already
-  bool in_package_ = false;             // the package clause was seen
+  TSNode constant_value_ = {};          // of the constant before
+  std::string constant_type_;
+  bool in_package_ = false;  // the package clause was seen
 };
 
 bool Extractor::enter(TSNode node, std::uint32_t depth) {
@@ -308,8 +311,9 @@ void Extractor::enter_variables(TSNode node, std::uint32_t depth, std::string_vi
   for (const TSNode name : support::children(node, go_.field.name)) {
     if (go_.kind(name) == Node::IDENTIFIER) left.push_back(name);
   }
-  const TSNode right = child(node, go_.field.value);
-  const std::string type = type_text(child(node, go_.field.type), names());
+  TSNode right = child(node, go_.field.value);
+  std::string type = type_text(child(node, go_.field.type), names());
+  if (go_.kind(node) == Node::CONST_SPEC) repeat_constant(right, type);
   if (!locals_.is_empty()) return declare_behind(node, depth, left, right, type);
   const std::vector<std::string> values = assigned_values(right, left.size(), names());
   for (std::size_t i = 0; i < left.size(); ++i) {
@@ -323,6 +327,16 @@ void Extractor::enter_variables(TSNode node, std::uint32_t depth, std::string_vi
     builder_.bind(std::move(made));
     builder_.define(variable_definition(node, left[i], keyword, names()));
   }
+}
+
+/// A constant without a value has the type and value of the one before.
+void Extractor::repeat_constant(TSNode& value, std::string& type) {
+  if (is_null(value)) {
+    value = constant_value_;
+    type = constant_type_;
+  }
+  constant_value_ = value;
+  constant_type_ = type;
 }
 
 void Extractor::enter_short_variables(TSNode node, std::uint32_t depth) {

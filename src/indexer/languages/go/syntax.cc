@@ -46,6 +46,7 @@ constexpr auto NAMES = std::to_array<NamedKind>({
     {"index_expression", Node::INDEX},
     {"int_literal", Node::INTEGER},
     {"interface_type", Node::INTERFACE_TYPE},
+    {"iota", Node::IOTA},
     {"interpreted_string_literal", Node::STRING},
     {"literal_element", Node::LITERAL_ELEMENT},
     {"literal_value", Node::LITERAL_VALUE},
@@ -132,10 +133,11 @@ std::vector<TSNode> parts(TSNode node) {
 
 bool has_token(TSNode node, std::string_view token) {
   if (support::is_null(node)) return false;
-  const std::uint32_t count = ts_node_child_count(node);
-  for (std::uint32_t i = 0; i < count; ++i) {
-    if (ts_node_type(ts_node_child(node, i)) == token) return true;
-  }
+  support::Cursor cursor(node);
+  if (!ts_tree_cursor_goto_first_child(cursor.get())) return false;
+  do {
+    if (ts_node_type(ts_tree_cursor_current_node(cursor.get())) == token) return true;
+  } while (ts_tree_cursor_goto_next_sibling(cursor.get()));
   return false;
 }
 

@@ -41,6 +41,7 @@ enum class Node : std::uint8_t {
   INDEX,
   INTEGER,
   INTERFACE_TYPE,
+  IOTA,
   LITERAL_ELEMENT,
   LITERAL_VALUE,
   MAP_TYPE,

@@ -356,7 +356,8 @@ Value Evaluator::ranged(const Value& value, bool key, int depth) {
   made.rule = "element-type";
   std::optional<std::string_view> type;
   if (const auto parameters = function_parameters(whole.text)) {
-    const auto yield = result_type("(" + std::string(*parameters) + ")", 0);
+    const std::string iterator = "(" + std::string(*parameters) + ")";
+    const auto yield = result_type(iterator, 0);
     const auto yielded = yield ? function_parameters(*yield) : std::nullopt;
     if (!yielded) return {};
     const std::string list = "(" + std::string(*yielded) + ")";
