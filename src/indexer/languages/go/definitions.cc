@@ -22,15 +22,6 @@ Definition definition_of(TSNode node, TSNode name, Kind kind, std::string_view t
   return made;
 }
 
-/// From the node's start to the start of `end`; to the node's own end without one.
-std::string_view text_until(TSNode node, TSNode end, std::string_view text) {
-  if (support::is_null(end)) return text_of(node, text);
-  const std::size_t start = ts_node_start_byte(node);
-  const std::size_t stop = ts_node_start_byte(end);
-  return start < stop && stop <= text.size() ? text.substr(start, stop - start)
-                                             : std::string_view();
-}
-
 void count_parameters(Definition& made, TSNode parameters) {
   std::size_t least = 0;
   bool any = false;
@@ -151,11 +142,12 @@ std::vector<Parameter> parameters_of(TSNode list, const Names& names) {
   return found;
 }
 
-std::vector<Binding> field_bindings(TSNode struct_type, DefinitionIndex scope, const Names& names) {
+std::vector<Binding> field_bindings(TSNode struct_type, DefinitionIndex scope,
+                                    const std::string& prefix, const Names& names) {
   std::vector<Binding> bindings;
   const auto add = [&](std::string_view name, TSNode at, TSNode type) {
     Binding made;
-    made.name = support::one_line(name);
+    made.name = prefix + support::one_line(name);
     made.kind = Binding::Kind::MEMBER;
     made.scope = scope;
     made.type = type_text(type, names);

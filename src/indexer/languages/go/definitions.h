@@ -31,8 +31,10 @@ struct Parameter {
 };
 std::vector<Parameter> parameters_of(TSNode list, const Names& names);
 
-/// What a struct's fields bind, embedded ones under the name of their type.
-std::vector<Binding> field_bindings(TSNode struct_type, DefinitionIndex scope, const Names& names);
+/// What a struct's fields bind, embedded ones under the name of their type; `prefix` stands in
+/// front of each name.
+std::vector<Binding> field_bindings(TSNode struct_type, DefinitionIndex scope,
+                                    const std::string& prefix, const Names& names);
 /// The types that a struct or interface embeds, without type arguments.
 std::vector<TSNode> embedded_types(TSNode type);
 

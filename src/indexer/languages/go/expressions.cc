@@ -19,7 +19,7 @@ std::string root_of(const std::string& type) {
   for (const char byte : type) {
     if (byte == '{') ++open;
     if (byte == '}' && --open < 0) return "?";
-    if (byte == '"' || byte == '`' || byte == '\'') return "?";
+    if (byte == '"' || byte == '`') return "?";
   }
   return type.empty() || open != 0 || type.ends_with("...") ? "?" : "{" + type + "}";
 }
@@ -160,6 +160,30 @@ std::string with_parameters_replaced(const std::string& type, const TypeParamete
   return made;
 }
 
+/// What slices, maps, pointers and channels of it are about.
+TSNode innermost_type(TSNode type) {
+  const Fields& field = syntax().field;
+  for (int step = 0; step < LONGEST_CHAIN; ++step) {
+    switch (syntax().kind(type)) {
+      case Node::SLICE_TYPE:
+      case Node::ARRAY_TYPE:
+        type = child(type, field.element);
+        break;
+      case Node::MAP_TYPE:
+      case Node::CHANNEL_TYPE:
+        type = child(type, field.value);
+        break;
+      case Node::POINTER_TYPE:
+      case Node::PARENTHESIZED_TYPE:
+        type = ts_node_named_child(type, 0);
+        break;
+      default:
+        return type;
+    }
+  }
+  return type;
+}
+
 void append_part(std::string& list, const std::string& part) {
   if (list.size() > support::LONGEST_SIGNATURE) return;
   if (!list.empty()) list += ", ";
@@ -167,6 +191,14 @@ void append_part(std::string& list, const std::string& part) {
 }
 
 }  // namespace
+
+std::string_view text_until(TSNode node, TSNode end, std::string_view text) {
+  if (support::is_null(end)) return text_of(node, text);
+  const std::size_t start = ts_node_start_byte(node);
+  const std::size_t stop = ts_node_start_byte(end);
+  return start < stop && stop <= text.size() ? text.substr(start, stop - start)
+                                             : std::string_view();
+}
 
 std::string expression_text(TSNode node, const Names& names) {
   std::string suffix;  // built from the outside in, so in front
@@ -201,7 +233,13 @@ std::vector<std::string> assigned_values(TSNode right, std::size_t count, const 
 
 std::string type_text(TSNode node, const Names& names) {
   if (support::is_null(node)) return {};
+  const TSNode inner = innermost_type(node);
   std::string type = support::one_line(text_of(node, names.text));
+  if (syntax().kind(inner) == Node::STRUCT_TYPE) {
+    type = support::one_line(text_until(node, inner, names.text));
+    const bool word = !type.empty() && support::is_identifier_byte(type.back());
+    type += (word ? " " : "") + names.structs.name(ts_node_start_byte(inner));
+  }
   if (names.type_parameters.empty()) return type;
   return with_parameters_replaced(type, names.type_parameters);
 }

@@ -53,6 +53,7 @@ class Extractor {
   void enter_function(TSNode node, std::uint32_t depth);
   void enter_literal(TSNode node, std::uint32_t depth);
   void enter_type(TSNode node, std::uint32_t depth);
+  void enter_struct(TSNode node);
   void enter_method_element(TSNode node, std::uint32_t depth);
   void enter_variables(TSNode node, std::uint32_t depth, std::string_view keyword);
   void repeat_constant(TSNode& value, std::string& type);
@@ -76,18 +77,20 @@ class Extractor {
   bool may_be_instantiated(TSNode callee) const;
   bool is_type_parameter(std::string_view name) const;
 
-  Names names() const { return {builder_.text(), locals_, type_parameters_}; }
+  Names names() { return {builder_.text(), locals_, type_parameters_, structs_}; }
   std::string_view text(TSNode node) const { return text_of(node, builder_.text()); }
 
   const Syntax& go_ = syntax();
   support::FactsBuilder builder_;
   Locals locals_;
   TypeParameters type_parameters_;
+  AnonymousStructs structs_;
   std::vector<Pending> pending_;
   std::vector<Closure> closures_;
   std::unordered_map<std::string, std::size_t> bound_;           // locals of the function
   std::unordered_map<std::uint32_t, DefinitionIndex> literals_;  // named ones, by first byte
   std::vector<std::pair<std::uint32_t, TSNode>> switches_;       // depth and node of type switches
+  std::uint32_t named_struct_ = UINT32_MAX;  // first byte of a struct whose fields are bound
   std::uint32_t handled_ = UINT32_MAX;  // first byte of a type name that was referred to already
   TSNode constant_value_ = {};          // of the constant before
   std::string constant_type_;
@@ -131,6 +134,9 @@ bool Extractor::enter(TSNode node, std::uint32_t depth) {
       return true;
     case Node::COMPOSITE_LITERAL:
       refer_to_type(child(node, go_.field.type), Role::CONSTRUCT);
+      return true;
+    case Node::STRUCT_TYPE:
+      enter_struct(node);
       return true;
     case Node::TYPE_IDENTIFIER:
     case Node::QUALIFIED_TYPE:
@@ -291,11 +297,26 @@ void Extractor::enter_type(TSNode node, std::uint32_t depth) {
   if (builder_.definition(index).kind == Kind::INTERFACE) frame.state = IN_INTERFACE;
   for (Binding& each : parameter_bindings(generic, index, names())) builder_.bind(std::move(each));
   if (builder_.definition(index).kind == Kind::STRUCT) {
-    for (Binding& each : field_bindings(type, index, names())) builder_.bind(std::move(each));
+    named_struct_ = ts_node_start_byte(type);
+    for (Binding& each : field_bindings(type, index, {}, names())) builder_.bind(std::move(each));
   }
   handled_ = ts_node_start_byte(child(node, go_.field.name));
   for (const TSNode base : embedded_types(type)) refer_to_type(base, Role::INHERIT);
   handled_ = ts_node_start_byte(child(node, go_.field.name));
+}
+
+/// The fields of a struct without a name belong to the function or file around it.
+void Extractor::enter_struct(TSNode node) {
+  if (ts_node_start_byte(node) == named_struct_) return;
+  DefinitionIndex scope = builder_.frame().definition;
+  while (scope != NOWHERE && !support::is_function_kind(builder_.definition(scope).kind)) {
+    scope = builder_.definition(scope).parent;
+  }
+  const std::string prefix = structs_.name(ts_node_start_byte(node)) + ".";
+  for (Binding& each : field_bindings(node, scope, prefix, names())) {
+    if (scope != NOWHERE) each.kind = Binding::Kind::LOCAL;
+    builder_.bind(std::move(each));
+  }
 }
 
 void Extractor::enter_method_element(TSNode node, std::uint32_t depth) {

@@ -43,6 +43,19 @@ class Locals {
   bool in_function_ = false;
 };
 
+/// Numbers of the struct types of a file that have no name, by their first byte.
+class AnonymousStructs {
+ public:
+  /// What stands for the type in types: `struct'2`.
+  std::string name(std::uint32_t first_byte) {
+    const std::size_t number = numbers_.try_emplace(first_byte, numbers_.size() + 1).first->second;
+    return "struct'" + std::to_string(number);
+  }
+
+ private:
+  std::unordered_map<std::uint32_t, std::size_t> numbers_;
+};
+
 /// The type parameters in scope, each with what stands for it in types.
 using TypeParameters = std::vector<std::pair<std::string_view, std::string>>;
 

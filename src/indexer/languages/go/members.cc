@@ -126,6 +126,21 @@ Type Evaluator::underlying(const Type& type, int depth) {
   return {};
 }
 
+/// The field of a struct without a name, whose fields are bound in the scope around it.
+Value Evaluator::anonymous_member(const Type& type, std::string_view name) {
+  std::string field(without_pointers(type.text));
+  (field += '.') += name;
+  const Facts& known = facts(*type.file);
+  for (DefinitionIndex at = type.scope;; at = definition_at(known, at).parent) {
+    for (const Binder& binder : scopes(*type.file).find(at, field)) {
+      if (binder.kind != Binder::Kind::BINDING) continue;
+      const Binding& found = known.bindings[static_cast<std::size_t>(binder.index)];
+      return {.kind = Value::Kind::INSTANCE, .type = type.with(found.type), .rule = "field-type"};
+    }
+    if (at == NOWHERE) return {};
+  }
+}
+
 Value Evaluator::member(const Value& owner, std::string_view name, int depth) {
   if (depth > DEEPEST) return {};
   switch (owner.kind) {
@@ -139,6 +154,8 @@ Value Evaluator::member(const Value& owner, std::string_view name, int depth) {
     }
     case Value::Kind::TYPE:
     case Value::Kind::INSTANCE: {
+      const Type whole = underlying(owner.type, depth + 1);
+      if (without_pointers(whole.text).starts_with("struct'")) return anonymous_member(whole, name);
       const Value type = named_type(owner.type, depth + 1);
       if (type.kind != Value::Kind::TYPE) return type;
       Value made = field_or_method(type, name, depth + 1);
@@ -256,12 +273,6 @@ std::vector<std::string> Evaluator::method_names(const Value& interface) {
     for (Value& below : embedded(each, 0)) pending.push_back(std::move(below));
   }
   return names;
-}
-
-bool Evaluator::implements(const Value& type, const std::vector<std::string>& methods) {
-  return std::all_of(methods.begin(), methods.end(), [&](const std::string& name) {
-    return field_or_method(type, name, 0).kind == Value::Kind::FUNCTION;
-  });
 }
 
 }  // namespace context_delta::indexer::go

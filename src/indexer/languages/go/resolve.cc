@@ -1,6 +1,9 @@
 #include <algorithm>
+#include <map>
 #include <optional>
+#include <set>
 #include <string>
+#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -16,6 +19,14 @@ namespace {
 
 using support::definition_at;
 
+/// Most definitions listed for a call through an interface, its own method included.
+constexpr std::size_t MOST_IMPLEMENTATIONS = 4;
+
+/// The type that has a method, wherever in its package the method stands.
+std::string type_key(const Candidate& method) {
+  return std::string(support::folder_of(method.file->path)) + ":" + method.container;
+}
+
 class Resolver {
  public:
   Resolver(const File& file, const Facts& facts, World& world);
@@ -28,7 +39,15 @@ class Resolver {
   void resolve_call(std::int32_t index, const Value& value, const Value& owner);
   void prove(std::int32_t index, const Value& value);
   void guess_meaning(std::int32_t index, const Value& value, std::string_view why);
-  void guess_implementation(std::int32_t index, const Value& value, const Value& owner);
+  void guess_implementation(std::int32_t index, const Value& value);
+  /// How many methods an interface has, and how many of them each type declares.
+  struct Implementers {
+    std::size_t of = 0;
+    std::unordered_map<std::string, std::size_t> methods;
+  };
+  const Implementers& implementers_of(const Value& method);
+  bool is_method_with_body(const Candidate& candidate) const;
+  bool embeds(const Candidate& method);
   void guess_namesakes(std::int32_t index, std::string_view why);
   void add_guess(std::int32_t index, std::string_view rule, std::string_view why,
                  const std::optional<Candidate>& favourite, std::vector<Candidate> fitting);
@@ -42,6 +61,7 @@ class Resolver {
   World& world_;
   Evaluator values_;
   support::Neighbourhood neighbourhood_;
+  std::map<std::pair<std::int64_t, DefinitionIndex>, Implementers> implementers_;
   Resolution made_;
 };
 
@@ -90,7 +110,7 @@ void Resolver::resolve(std::int32_t index) {
     value = values_.member(owner, use.name);
   }
   if (is_call(use.role)) return resolve_call(index, value, owner);
-  if (value.is_definition() && value.sure && !value.promoted) prove(index, value);
+  if (value.is_definition() && value.sure && value.kind == Value::Kind::TYPE) prove(index, value);
 }
 
 /// A local may hold a function that has a name elsewhere; only a closure is sure to be meant.
@@ -98,7 +118,7 @@ void Resolver::resolve_local_call(std::int32_t index) {
   const Reference& use = reference(index);
   const Value value = values_.local_value(use.enclosing, use.name + use.receiver);
   if (value.kind == Value::Kind::FUNCTION) {
-    const bool closure = value.rule == "local" && value.sure && (use.traits & BROKEN) == 0;
+    const bool closure = !value.variable && value.sure && (use.traits & BROKEN) == 0;
     return closure ? prove(index, value) : guess_meaning(index, value, "the name is a variable");
   }
   const Value shadowed = values_.name_value(file_, use.enclosing, use.name);
@@ -116,14 +136,15 @@ void Resolver::resolve_call(std::int32_t index, const Value& value, const Value&
     if (open) guess_namesakes(index, "the receiver's type is not known");
     return;
   }
-  if (value.abstract) return guess_implementation(index, value, owner);
+  if (value.abstract) return guess_implementation(index, value);
   if (value.promoted) {
     return guess_meaning(index, value, "the method is promoted from an embedded type");
   }
   if ((use.traits & BROKEN) != 0) {
     return guess_meaning(index, value, "the text around the call does not parse");
   }
-  value.sure ? prove(index, value) : guess_meaning(index, value, "the name is a variable");
+  const bool proven = value.sure && !value.variable;
+  return proven ? prove(index, value) : guess_meaning(index, value, "the name is a variable");
 }
 
 Candidate Resolver::candidate_of(const File& file, DefinitionIndex definition) {
@@ -157,18 +178,56 @@ void Resolver::guess_meaning(std::int32_t index, const Value& value, std::string
             std::move(fitting));
 }
 
-/// The interface's method and those of the types that have all its methods.
-void Resolver::guess_implementation(std::int32_t index, const Value& value, const Value& owner) {
+/// The interface's method and those of the types that may implement it.
+void Resolver::guess_implementation(std::int32_t index, const Value& value) {
   const Reference& use = reference(index);
   const Candidate favourite = candidate_of(*value.file, value.definition);
+  const Implementers& known = implementers_of(value);
   std::vector<Candidate> fitting = {favourite};
   for (const Candidate& each : world_.definitions(use.name)) {
-    const bool method = each.kind == Kind::METHOD && each.file->language == file_.language;
-    if (!method || (each.traits & VIRTUAL) != 0 || each.container.empty()) continue;
-    if (support::accepts_arguments(each, use.arguments)) fitting.push_back(each);
+    if (!is_method_with_body(each)) continue;
+    if (!support::accepts_arguments(each, use.arguments)) continue;
+    const auto listed = known.methods.find(type_key(each));
+    const std::size_t methods = listed == known.methods.end() ? 0 : listed->second;
+    if (2 * methods >= known.of || embeds(each)) fitting.push_back(each);
   }
-  (void)owner;
+  const std::size_t before = made_.edges.size();
   add_guess(index, "dispatch", "the receiver is an interface", favourite, std::move(fitting));
+  if (made_.edges.size() > before + MOST_IMPLEMENTATIONS) {
+    made_.edges.resize(before + MOST_IMPLEMENTATIONS);
+  }
+}
+
+bool Resolver::is_method_with_body(const Candidate& candidate) const {
+  return candidate.kind == Kind::METHOD && candidate.file->language == file_.language &&
+         (candidate.traits & VIRTUAL) == 0 && !candidate.container.empty();
+}
+
+/// Counts, for each type of the repository, the methods that it shares with the interface.
+const Resolver::Implementers& Resolver::implementers_of(const Value& method) {
+  const DefinitionIndex owner =
+      definition_at(values_.facts(*method.file), method.definition).parent;
+  const auto [place, added] = implementers_.try_emplace({method.file->id, owner});
+  if (!added) return place->second;
+  Implementers& made = place->second;
+  const Value interface = {.kind = Value::Kind::TYPE, .file = method.file, .definition = owner};
+  for (const std::string& name : values_.method_names(interface)) {
+    ++made.of;
+    std::set<std::string> having;
+    for (const Candidate& each : world_.definitions(name)) {
+      if (is_method_with_body(each)) having.insert(type_key(each));
+    }
+    for (const std::string& type : having) ++made.methods[type];
+  }
+  return made;
+}
+
+/// Whether the type of a method embeds others, which may bring it the methods that it lacks.
+bool Resolver::embeds(const Candidate& method) {
+  const Facts& there = values_.facts(*method.file);
+  return std::any_of(there.definitions.begin(), there.definitions.end(), [&](const auto& each) {
+    return each.parent == NOWHERE && each.name == method.container && !each.bases.empty();
+  });
 }
 
 void Resolver::guess_namesakes(std::int32_t index, std::string_view why) {

@@ -99,6 +99,7 @@ Syntax make_syntax() {
           .field = {.alias = field("alias"),
                     .arguments = field("arguments"),
                     .body = field("body"),
+                    .element = field("element"),
                     .field = field("field"),
                     .function = field("function"),
                     .initializer = field("initializer"),

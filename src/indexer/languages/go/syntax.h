@@ -86,9 +86,9 @@ enum class Node : std::uint8_t {
 };
 
 struct Fields {
-  TSFieldId alias, arguments, body, field, function, initializer, left, name, operand, operation,
-      package, parameters, path, receiver, result, right, type, type_arguments, type_parameters,
-      value;
+  TSFieldId alias, arguments, body, element, field, function, initializer, left, name, operand,
+      operation, package, parameters, path, receiver, result, right, type, type_arguments,
+      type_parameters, value;
 };
 
 struct Syntax {

@@ -85,7 +85,7 @@ Value Evaluator::definition_value(const Place& place, int depth) {
   made.definition = place.definition;
   if (support::is_function_kind(found.kind)) {
     made.kind = Value::Kind::FUNCTION;
-    made.type = {&file, place.definition, found.type};
+    made.type = {&file, found.parent, found.type};
   } else {
     made.kind = Value::Kind::TYPE;
     made.type = {&file, found.parent, found.name};
@@ -136,9 +136,7 @@ Value Evaluator::variable_value(const File& file, std::string_view name, int dep
               .rule = "declared-type"};
     }
     Value made = expression_value(file, NOWHERE, binding.value, depth + 1);
-    if (made.kind != Value::Kind::FUNCTION) return made;
-    made.sure = false;
-    made.doubt = "the name is a variable";
+    made.variable = made.kind == Value::Kind::FUNCTION;
     return made;
   }
   return {};
@@ -233,9 +231,12 @@ Value Evaluator::local_value(DefinitionIndex scope, std::string_view name, int d
     const std::string_view type = go::named_type_of(binding->type).name;
     if (of_method && definition_at(facts_, binding->scope).scope == type) made.rule = "receiver";
   }
-  if (made.kind == Value::Kind::FUNCTION && (binding->traits & REASSIGNED) != 0) {
-    made.sure = false;
-    made.doubt = "the name is bound more than once";
+  if (made.kind == Value::Kind::FUNCTION) {
+    made.variable = made.variable || !binding->value.starts_with('@');
+    if ((binding->traits & REASSIGNED) != 0) {
+      made.variable = true;
+      made.doubt = "the name is bound more than once";
+    }
   }
   // A place in the list stays where it is: the list has its final size.
   return *(known = std::move(made));
@@ -254,7 +255,7 @@ Value Evaluator::root_value(const File& file, DefinitionIndex scope, std::string
     if (closure < 0 || static_cast<std::size_t>(closure) >= facts(file).definitions.size())
       return {};
     return {.kind = Value::Kind::FUNCTION,
-            .type = {&file, closure, definition_at(facts(file), closure).type},
+            .type = {&file, scope, definition_at(facts(file), closure).type},
             .file = &file,
             .definition = closure,
             .rule = "local"};

@@ -30,11 +30,12 @@ struct Value {
   const Package* package = nullptr;  ///< of PACKAGE
   const File* file = nullptr;        ///< where the definition stands
   DefinitionIndex definition = NOWHERE;
-  bool sure = true;                 ///< nothing seen can give the name another meaning
-  bool abstract = false;            ///< a method that an interface lists
-  bool promoted = false;            ///< a method that an embedded type brings
-  std::string_view rule = {};       ///< by which the value was reached
-  std::string_view doubt = {};      ///< why not sure
+  bool sure = true;             ///< nothing seen can give the name another meaning
+  bool abstract = false;        ///< a method that an interface lists
+  bool promoted = false;        ///< a method that an embedded type brings
+  bool variable = false;        ///< a function that a variable holds, as long as nothing changes it
+  std::string_view rule = {};   ///< by which the value was reached
+  std::string_view doubt = {};  ///< why not sure
   std::vector<Place> choices = {};  ///< what else a build may choose, and the definition itself
   bool is_definition() const { return definition != NOWHERE; }
 };
@@ -64,8 +65,6 @@ class Evaluator {
   /// The definition that a type leads to, through pointers and aliases: a TYPE, EXTERNAL or
   /// UNKNOWN.
   Value named_type(const Type& type, int depth = 0);
-  /// Whether the methods of a type, promoted ones included, have all these names.
-  bool implements(const Value& type, const std::vector<std::string>& methods);
   /// The methods that an interface lists or embeds.
   std::vector<std::string> method_names(const Value& interface);
 
@@ -86,6 +85,7 @@ class Evaluator {
   Value without_element(const Value& value, int depth);
   bool has_import_from_outside(const File& file);
   Value ranged(const Value& value, bool key, int depth);
+  Value anonymous_member(const Type& type, std::string_view name);
   Value field_or_method(const Value& type, std::string_view name, int depth);
   Value own_member(const Value& type, std::string_view name, int depth);
   std::vector<Value> embedded(const Value& type, int depth);
