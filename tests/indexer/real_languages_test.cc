@@ -59,22 +59,47 @@ const std::vector<Variants> FILES = {
       "from pkg import Base, make\n\nclass Child(Base):\n    pass\n\nchild = "
       "Child()\nchild.run()\n",
       ""}},
+    {"go.mod", {"module example.org/m\n", "module example.org/other\n", ""}},
+    {"queue/queue.go",
+     {"package queue\n\nimport \"example.org/m/queue/item\"\n\ntype Queue struct{ Base }\n\n"
+      "func New() *Queue { return &Queue{} }\n\nfunc (q *Queue) Next() item.Item { return "
+      "open(q) }\n",
+      "package queue\n\ntype Queue interface{ Next() int }\n\nfunc New() Queue { return nil }\n",
+      "package other\n\nfunc New() {}\n"}},
+    {"queue/queue_linux.go",
+     {"package queue\n\ntype Base struct{}\n\nfunc (b Base) Stop() {}\n\n"
+      "func open(q *Queue) (i item.Item) { q.Stop(); return }\n",
+      "package queue\n\nfunc open(q *Queue) { New() }\n", ""}},
+    {"queue/queue_windows.go", {"", "package queue\n\nfunc open(q *Queue) {}\n"}},
+    {"queue/item/item.go",
+     {"package item\n\ntype Item struct{}\n\nfunc (i Item) Run() {}\n",
+      "package item\n\nimport . \"example.org/m/queue\"\n\ntype Item = Queue\n"}},
+    {"cmd/main.go",
+     {"package main\n\nimport \"example.org/m/queue\"\n\nvar all = queue.New()\n\n"
+      "func main() {\n\tall.Next().Run()\n\tall.Stop()\n}\n",
+      "package main\n\nimport q \"example.org/other/queue\"\n\nfunc main() { q.New().Next() }\n"}},
     {"use.py",
      {"import pkg\n\ndef use():\n    pkg.make().run()\n",
       "from pkg.child import Child\n\ndef use(make):\n    make()\n    Child().run()\n"}},
 };
+
+void write_first_texts(const test::GitRepository& repository) {
+  for (const Variants& file : FILES) {
+    if (!file.texts.front().empty()) repository.write(file.path, file.texts.front());
+  }
+}
 
 class RealLanguages : public testing::TestWithParam<unsigned> {};
 
 TEST_P(RealLanguages, AnUpdateEqualsAColdBuild) {
   std::mt19937 random(GetParam());
   test::GitRepository repository;
-  for (const Variants& file : FILES) repository.write(file.path, file.texts.front());
+  write_first_texts(repository);
   repository.commit();
   const git_utils::Git git(repository.root());
   storage::Repository updated(repository.beside() / "updated.sqlite");
-  for (int step = 0; step < 10; ++step) {
-    for (std::size_t edits = 1 + random() % 3; edits > 0; --edits) {
+  for (int step = 0; step < 15; ++step) {
+    for (std::size_t edits = 1 + random() % 4; edits > 0; --edits) {
       const Variants& file = FILES[random() % FILES.size()];
       const std::string_view text = file.texts[random() % file.texts.size()];
       repository.remove(file.path);
@@ -93,7 +118,7 @@ INSTANTIATE_TEST_SUITE_P(Seeds, RealLanguages, testing::Range(0u, 6u));
 
 TEST(RealLanguagesGraph, CallsAcrossFilesAreProven) {
   test::GitRepository repository;
-  for (const Variants& file : FILES) repository.write(file.path, file.texts.front());
+  write_first_texts(repository);
   const std::string commit = repository.commit();
   const git_utils::Git git(repository.root());
   storage::Repository index(repository.beside() / "index.sqlite");
@@ -112,6 +137,8 @@ TEST(RealLanguagesGraph, CallsAcrossFilesAreProven) {
   EXPECT_TRUE(has(R"("caller_file": "util.c")", R"("callee_name": "twice")"));
   EXPECT_TRUE(
       has(R"("caller_file": "use.py")", R"("callee_file": "pkg/base.py", "callee_name": "make")"));
+  EXPECT_TRUE(has(R"("caller_file": "cmd/main.go")",
+                  R"("callee_file": "queue/item/item.go", "callee_name": "Run")"));
   EXPECT_FALSE(has(R"("caller_name": "run")", R"("callee_name": "step")")) << "Child overrides it";
 }
 
