@@ -73,19 +73,22 @@ const std::vector<Case> CASES = {
      {{"a.go", "//go:build linux\n\n" + RUN},
       {"c.go", "//go:build !linux\n\n" + TWIN},
       {"b.go", CALL}},
-     "guessed namesake: build constraints choose between definitions (of 2)"},
+     "guessed namesake: the build chooses between definitions (of 2)"},
     {"FileNameTwin",
      {{"a_linux.go", RUN}, {"a_windows_amd64.go", TWIN}, {"b.go", CALL}},
-     "guessed namesake: build constraints choose between definitions (of 2)"},
+     "guessed namesake: the build chooses between definitions (of 2)"},
     {"TwinsOfTheSameBuild",
      {{"a_linux.go", RUN}, {"a_windows.go", TWIN}, {"b_linux.go", CALL}},
      "proven same-package"},
     {"TwinInTheSameFile",
      {{"a_linux.go", RUN + CALL.substr(10)}, {"a_windows.go", TWIN}},
      "proven same-file"},
-    {"TestsDoNotShowInTheProgram",
+    {"TwinOfAFileThatIsAlwaysBuilt",
+     {{"a.go", RUN + CALL.substr(10)}, {"a_windows.go", TWIN}},
+     "guessed namesake: the build chooses between definitions (of 2)"},
+    {"TwinInATest",
      {{"a.go", RUN}, {"a_test.go", TWIN}, {"b.go", CALL}},
-     "proven same-package"},
+     "guessed namesake: the build chooses between definitions (of 2)"},
     {"TestHelperOfTheTests", {{"a_test.go", RUN}, {"b_test.go", CALL}}, "proven same-package"},
     {"ProgramDoesNotSeeTests", {{"a_test.go", RUN}, {"b.go", CALL}}, "no edge"},
     {"BrokenAroundTheCall",
@@ -170,12 +173,6 @@ const std::vector<Case> CASES = {
       {"fork/p/a.go", RUN},
       {"main.go", importing("\"example.org/other/p\"", "p.$call^Run(1)")}},
      "no edge"},
-    {"ImportedTestsDoNotShow",
-     {{"go.mod", MODULE},
-      {"p/a.go", RUN},
-      {"p/a_test.go", TWIN},
-      {"main.go", importing("\"example.org/m/p\"", "p.$call^Run(1)")}},
-     "proven import"},
     {"ExternalTests",
      {{"go.mod", MODULE},
       {"p/export_test.go", RUN},
@@ -277,7 +274,7 @@ const std::vector<Case> CASES = {
      {{"a_linux.go", TYPE},
       {"a_windows.go", "package p\ntype T struct{}\nfunc (t *T) Work() {}\n"},
       {"b.go", "package p\nfunc f(t T) { t.$call^Work() }\n"}},
-     "guessed namesake: build constraints choose between definitions (of 2)"},
+     "guessed namesake: the build chooses between definitions (of 2)"},
     {"FieldOfAStructWithoutAName",
      {{"a.go", in_function("for _, each := range []struct{\n in struct{ t *T }\n}{} {\n"
                            "each.in.t.$call^Work()\n}")}},
@@ -366,6 +363,16 @@ const std::vector<Case> CASES = {
 
 INSTANTIATE_TEST_SUITE_P(Rules, GoResolution, testing::ValuesIn(CASES),
                          [](const auto& each) { return std::string(each.param.name); });
+
+TEST(GoGuesses, PutTheDefaultBuildFirst) {
+  AnnotatedRepository repository;
+  repository.add("a.go", CALL);
+  repository.add("b_arm64.go", TWIN);
+  repository.add("c.go", "//go:build !(linux && amd64) || special\n" + TWIN);
+  repository.add("d.go", "// +build ignore linux,!special\n\n" + TWIN);
+  EXPECT_EQ(repository.edges("call"),
+            (std::vector<std::string>{"guessed d.go:4", "guessed b_arm64.go:2", "guessed c.go:3"}));
+}
 
 }  // namespace
 }  // namespace context_delta::tests

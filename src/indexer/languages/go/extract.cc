@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "indexer/languages/go/builtins.h"
+#include "indexer/languages/go/constraints.h"
 #include "indexer/languages/go/definitions.h"
 #include "indexer/languages/go/expressions.h"
 #include "indexer/languages/go/go.h"
@@ -204,8 +205,11 @@ void Extractor::leave(std::uint32_t depth) {
 void Extractor::enter_comment(TSNode node) {
   if (in_package_) return;
   const std::string_view comment = support::trimmed(text(node));
-  for (const std::string_view start : {"//go:build ", "// +build "}) {
-    if (comment.starts_with(start)) bind_clause(BUILD_CONSTRAINT, comment.substr(start.size()));
+  const std::string_view modern = "//go:build ";
+  const std::string_view old = "// +build ";
+  if (comment.starts_with(modern)) bind_clause(BUILD_CONSTRAINT, comment.substr(modern.size()));
+  if (comment.starts_with(old)) {
+    bind_clause(BUILD_CONSTRAINT, modern_constraint(comment.substr(old.size())));
   }
 }
 

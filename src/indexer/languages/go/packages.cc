@@ -1,9 +1,9 @@
 #include "indexer/languages/go/packages.h"
 
 #include <algorithm>
-#include <array>
 #include <tuple>
 
+#include "indexer/languages/go/constraints.h"
 #include "indexer/languages/go/go.h"
 #include "indexer/languages/go/modules.h"
 #include "indexer/languages/support/facts_builder.h"
@@ -14,18 +14,6 @@ namespace {
 
 using support::base_name;
 using support::folder_of;
-
-constexpr auto SYSTEMS = std::to_array<std::string_view>(
-    {"aix", "android", "darwin", "dragonfly", "freebsd", "hurd", "illumos", "ios", "js", "linux",
-     "nacl", "netbsd", "openbsd", "plan9", "solaris", "wasip1", "windows", "zos"});
-constexpr auto PROCESSORS = std::to_array<std::string_view>(
-    {"386", "amd64", "arm", "arm64", "loong64", "mips", "mips64", "mips64le", "mipsle", "ppc64",
-     "ppc64le", "riscv64", "s390x", "sparc64", "wasm"});
-
-template <class Names>
-bool contains(const Names& names, std::string_view name) {
-  return std::find(names.begin(), names.end(), name) != names.end();
-}
 
 /// The packages of one folder by name.
 using Folder = std::map<std::string, Package, std::less<>>;
@@ -129,32 +117,6 @@ Imported read_import(const File& file, const Import& written, World& world) {
 
 }  // namespace
 
-bool is_test_file(std::string_view path) { return path.ends_with("_test.go"); }
-
-std::string constraint_of(std::string_view path, const Facts& facts) {
-  std::string made;
-  for (const Binding& binding : facts.bindings) {
-    if (binding.name == BUILD_CONSTRAINT && binding.kind == Binding::Kind::GLOBAL) {
-      made += binding.value + ";";
-    }
-  }
-  std::string_view stem = base_name(path);
-  stem = stem.substr(0, stem.find('.'));
-  if (stem.ends_with("_test")) stem.remove_suffix(5);
-  const std::size_t first = stem.find('_');
-  if (first == std::string_view::npos) return made;
-  std::vector<std::string_view> words = support::split(stem.substr(first + 1), '_');
-  if (words.size() > 2) words.erase(words.begin(), words.end() - 2);
-  if (contains(PROCESSORS, words.back())) {
-    const bool both = words.size() == 2 && contains(SYSTEMS, words.front());
-    made += both ? std::string(words.front()) + "," + std::string(words.back())
-                 : std::string(words.back());
-  } else if (contains(SYSTEMS, words.back())) {
-    made += words.back();
-  }
-  return made;
-}
-
 const Package* package_of(const File& file, const Facts& facts, World& world) {
   const Folder* folder = folder_at(folder_of(file.path), world);
   if (folder == nullptr) return nullptr;
@@ -183,15 +145,25 @@ const std::vector<Imported>& imports_of(const File& file, World& world) {
 Choice choose(const std::vector<Place>& places, const File& from, std::string_view constraint,
               bool own_package) {
   Choice made;
+  std::vector<Place> hidden;
   std::vector<Place> alike;
+  const bool sees_tests = own_package && is_test_file(from.path);
   for (const Place& place : places) {
-    if (place.in->file->id == from.id) return {{place}, true};
-    if (place.in->is_test && !(own_package && is_test_file(from.path))) continue;
-    made.places.push_back(place);
-    if (!constraint.empty() && place.in->constraint == constraint) alike.push_back(place);
+    const bool visible = sees_tests || !place.in->is_test;
+    (visible ? made.places : hidden).push_back(place);
+    if (visible && place.in->constraint == constraint) alike.push_back(place);
   }
-  if (alike.size() == 1 && own_package) return {alike, true};
-  made.sure = made.places.size() == 1;
+  if (made.places.empty() || places.size() == 1) {
+    made.sure = places.size() == 1;
+    return made;
+  }
+  if (own_package && !constraint.empty() && alike.size() == 1) return {alike, true};
+  const auto rank = [&](const Place& place) {
+    return place.in->file->id == from.id ? 0 : is_built_by_default(place.in->constraint) ? 1 : 2;
+  };
+  std::stable_sort(made.places.begin(), made.places.end(),
+                   [&](const Place& a, const Place& b) { return rank(a) < rank(b); });
+  made.places.insert(made.places.end(), hidden.begin(), hidden.end());
   return made;
 }
 

@@ -49,18 +49,14 @@ struct Imported {
 };
 const std::vector<Imported>& imports_of(const File& file, World& world);
 
-bool is_test_file(std::string_view path);
-
-/// The definitions among `places` that a file sees.
+/// The definitions among namesakes that a file may mean, the likeliest first.
 struct Choice {
-  std::vector<Place> places;  ///< the one chosen, or all among which builds choose
-  bool sure = false;          ///< there is one, whatever is built together with `from`
+  std::vector<Place> places;
+  bool sure = false;  ///< there is one, whatever is built together with the file
 };
-/// `from` is the file that asks, `own_package` says whether it belongs to the package asked.
+/// `from` is the file that asks, built under `constraint`; `own_package` says whether the places
+/// are in its own folder, so that its tests see theirs.
 Choice choose(const std::vector<Place>& places, const File& from, std::string_view constraint,
               bool own_package);
-
-/// When a file is built; empty: always.
-std::string constraint_of(std::string_view path, const Facts& facts);
 
 }  // namespace context_delta::indexer::go

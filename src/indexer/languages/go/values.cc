@@ -4,6 +4,7 @@
 #include <charconv>
 
 #include "indexer/languages/go/builtins.h"
+#include "indexer/languages/go/constraints.h"
 #include "indexer/languages/support/facts_builder.h"
 #include "indexer/languages/support/text.h"
 
@@ -107,7 +108,7 @@ Value Evaluator::chosen(const std::vector<Place>& places, const File& from, int 
   Value made = definition_value(choice.places.front(), depth);
   if (!choice.sure) {
     made.sure = false;
-    made.doubt = "build constraints choose between definitions";
+    made.doubt = "the build chooses between definitions";
     made.choices = std::move(choice.places);
   }
   return made;
