@@ -152,6 +152,8 @@ Choice choose(const std::vector<Place>& places, const File& from, std::string_vi
     const bool visible = sees_tests || !place.in->is_test;
     (visible ? made.places : hidden).push_back(place);
     if (visible && place.in->constraint == constraint) alike.push_back(place);
+    // Two files that define the same are never built together.
+    if (!constraint.empty() && place.in->file->id == from.id) return {{place}, true};
   }
   if (made.places.empty() || places.size() == 1) {
     made.sure = places.size() == 1;

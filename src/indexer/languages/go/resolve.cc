@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "indexer/languages/go/builtins.h"
+#include "indexer/languages/go/constraints.h"
 #include "indexer/languages/go/go.h"
 #include "indexer/languages/go/values.h"
 #include "indexer/languages/support/facts_builder.h"
@@ -48,6 +49,7 @@ class Resolver {
   const Implementers& implementers_of(const Value& method);
   bool is_method_with_body(const Candidate& candidate) const;
   bool embeds(const Candidate& method);
+  bool is_hidden_test(const Candidate& candidate) const;
   void guess_namesakes(std::int32_t index, std::string_view why);
   void add_guess(std::int32_t index, std::string_view rule, std::string_view why,
                  const std::optional<Candidate>& favourite, std::vector<Candidate> fitting);
@@ -185,7 +187,7 @@ void Resolver::guess_implementation(std::int32_t index, const Value& value) {
   const Implementers& known = implementers_of(value);
   std::vector<Candidate> fitting = {favourite};
   for (const Candidate& each : world_.definitions(use.name)) {
-    if (!is_method_with_body(each)) continue;
+    if (!is_method_with_body(each) || is_hidden_test(each)) continue;
     if (!support::accepts_arguments(each, use.arguments)) continue;
     const auto listed = known.methods.find(type_key(each));
     const std::size_t methods = listed == known.methods.end() ? 0 : listed->second;
@@ -201,6 +203,11 @@ void Resolver::guess_implementation(std::int32_t index, const Value& value) {
 bool Resolver::is_method_with_body(const Candidate& candidate) const {
   return candidate.kind == Kind::METHOD && candidate.file->language == file_.language &&
          (candidate.traits & VIRTUAL) == 0 && !candidate.container.empty();
+}
+
+/// Programs are built without tests.
+bool Resolver::is_hidden_test(const Candidate& candidate) const {
+  return is_test_file(candidate.file->path) && !is_test_file(file_.path);
 }
 
 /// Counts, for each type of the repository, the methods that it shares with the interface.
@@ -236,7 +243,7 @@ void Resolver::guess_namesakes(std::int32_t index, std::string_view why) {
   std::vector<Candidate> fitting;
   for (const Candidate& each : world_.definitions(use.name)) {
     if (each.kind != Kind::METHOD || each.file->language != file_.language) continue;
-    if (!support::accepts_arguments(each, use.arguments)) continue;
+    if (is_hidden_test(each) || !support::accepts_arguments(each, use.arguments)) continue;
     if (common && support::nearness(each, neighbourhood_) == 3) continue;
     fitting.push_back(each);
   }
