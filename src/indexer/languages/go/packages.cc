@@ -111,6 +111,7 @@ Imported read_import(const File& file, const Import& written, World& world) {
     made.name = made.package->name;
   } else {
     made.name = name_of_path(written.module);
+    made.path = written.module;
   }
   return made;
 }

@@ -46,6 +46,7 @@ struct Imported {
   std::string name;                  ///< by which the file refers to it; `*`: no name is needed
   const Package* package = nullptr;  ///< null: outside the repository
   bool sure = true;                  ///< false: no module file says that it is this package
+  std::string path;                  ///< as written, when the name was only guessed from it
 };
 const std::vector<Imported>& imports_of(const File& file, World& world);
 

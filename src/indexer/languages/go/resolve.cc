@@ -108,7 +108,7 @@ void Resolver::resolve(std::int32_t index) {
   if (use.receiver.empty()) {
     value = values_.name_value(file_, use.enclosing, use.name);
   } else {
-    owner = values_.expression_value(file_, use.enclosing, use.receiver);
+    owner = values_.receiver_value(use.enclosing, use.receiver);
     value = values_.member(owner, use.name);
   }
   if (is_call(use.role)) return resolve_call(index, value, owner);

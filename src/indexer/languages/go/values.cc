@@ -273,9 +273,9 @@ Value Evaluator::expression_value(const File& file, DefinitionIndex scope, std::
   const std::string_view root = text.substr(0, size);
   Value value = root_value(file, scope, root, depth);
   text.remove_prefix(size);
-  // A name that nothing declares here is that of a package whose own name is not known.
+  // What nothing declares may be a package from outside that is not named like its path's end.
   if (value.kind == Value::Kind::UNKNOWN && text.starts_with('.') && is_plain_name(root) &&
-      has_import_from_outside(file)) {
+      may_be_imported(file, root)) {
     return external();
   }
   while (!text.empty() && value.kind != Value::Kind::UNKNOWN) {
@@ -286,10 +286,18 @@ Value Evaluator::expression_value(const File& file, DefinitionIndex scope, std::
   return value;
 }
 
-bool Evaluator::has_import_from_outside(const File& file) {
+Value Evaluator::receiver_value(DefinitionIndex scope, std::string_view text) {
+  Value value = expression_value(file_, scope, text);
+  const bool outside =
+      value.kind == Value::Kind::UNKNOWN && is_plain_name(text) && may_be_imported(file_, text);
+  return outside ? external() : value;
+}
+
+bool Evaluator::may_be_imported(const File& file, std::string_view name) {
   const std::vector<Imported>& imports = imports_of(file, world_);
-  return std::any_of(imports.begin(), imports.end(),
-                     [](const Imported& each) { return each.package == nullptr; });
+  return std::any_of(imports.begin(), imports.end(), [&](const Imported& each) {
+    return each.path.find(name) != std::string::npos;
+  });
 }
 
 Value Evaluator::apply(const Value& value, std::string_view operation, int depth) {

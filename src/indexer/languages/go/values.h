@@ -56,6 +56,8 @@ class Evaluator {
   /// What an expression means; `text` is as Reference::receiver.
   Value expression_value(const File& file, DefinitionIndex scope, std::string_view text,
                          int depth = 0);
+  /// As expression_value, of what stands before a dot, which may also be a package.
+  Value receiver_value(DefinitionIndex scope, std::string_view text);
   /// What a local of the file being resolved holds; `name` has its number.
   Value local_value(DefinitionIndex scope, std::string_view name, int depth = 0);
   const Binding* local_binding(DefinitionIndex scope, std::string_view name);
@@ -83,7 +85,7 @@ class Evaluator {
   Value apply(const Value& value, std::string_view operation, int depth);
   Value called(const Value& value, int depth);
   Value without_element(const Value& value, int depth);
-  bool has_import_from_outside(const File& file);
+  bool may_be_imported(const File& file, std::string_view name);
   Value ranged(const Value& value, bool key, int depth);
   Value anonymous_member(const Type& type, std::string_view name);
   Value field_or_method(const Value& type, std::string_view name, int depth);
