@@ -77,17 +77,25 @@ std::optional<std::string> folder_in_module(const File& module, std::string_view
   return folder;
 }
 
-std::optional<std::string> replaced_import(const File& module, std::string_view path,
-                                           World& world) {
+/// What the replacements of a module file make of an import path.
+struct Replacement {
+  std::optional<std::string> folder;
+  bool outside = false;  ///< it is replaced by what the repository does not hold
+};
+
+Replacement replaced_import(const File& module, std::string_view path, World& world) {
+  Replacement made;
   for (const Import& each : world.facts(module).imports) {
     const auto below = path_below(path, each.module);
-    if (!below || !each.alias.starts_with('.')) continue;
+    if (!below) continue;
+    made.outside = true;
+    if (!each.alias.starts_with('.')) continue;
     const auto root = relative_folder(folder_of(module.path), each.alias);
     if (!root) continue;
     const std::string folder = join(*root, *below);
-    if (has_go_files(folder, world)) return folder;
+    if (has_go_files(folder, world)) return {folder, false};
   }
-  return std::nullopt;
+  return made;
 }
 
 /// The folder that another module of the repository gives to the path: the one with the longest
@@ -139,16 +147,16 @@ ImportedFolder find_import(const File& importer, std::string_view path, World& w
     return {};
   }
   const File* own = module_file(here, world);
+  Replacement replaced;
   if (own != nullptr) {
+    replaced = replaced_import(*own, path, world);
+    if (replaced.folder) return {*replaced.folder, true, true};
     const auto below = path_below(path, module_path(world.facts(*own)));
-    if (below) {
-      const auto folder = folder_in_module(*own, *below, world);
-      if (folder) return {*folder, true, true};
-    }
-    const auto replaced = replaced_import(*own, path, world);
-    if (replaced) return {*replaced, true, true};
+    const auto folder = below ? folder_in_module(*own, *below, world) : std::nullopt;
+    if (folder) return {*folder, true, !replaced.outside};
   }
-  const ImportedFolder other = import_of_other_module(own, path, world);
+  ImportedFolder other = import_of_other_module(own, path, world);
+  other.sure = other.sure && !replaced.outside;
   if (other.found) return other;
   const std::string vendored =
       join(own == nullptr ? std::string_view() : folder_of(own->path), join("vendor", path));

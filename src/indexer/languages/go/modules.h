@@ -12,7 +12,7 @@ namespace context_delta::indexer::go {
 struct ImportedFolder {
   std::string path;
   bool found = false;  ///< false: outside the repository
-  bool sure = true;    ///< false: no module file says so, or several do
+  bool sure = true;    ///< false: no module file says so, several do, or one replaces it
 };
 ImportedFolder find_import(const File& importer, std::string_view path, World& world);
 

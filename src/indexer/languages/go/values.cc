@@ -168,7 +168,7 @@ Value Evaluator::import_value(const File& file, std::string_view name) {
     made.kind = Value::Kind::PACKAGE;
     made.package = each.package;
     made.sure = each.sure;
-    if (!each.sure) made.doubt = "no module file tells which package is imported";
+    if (!each.sure) made.doubt = "the module files do not settle which package is imported";
     return made;
   }
   return {};
