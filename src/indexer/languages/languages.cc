@@ -6,6 +6,7 @@
 #include "indexer/languages/cpp/cpp.h"
 #include "indexer/languages/go/go.h"
 #include "indexer/languages/python/python.h"
+#include "indexer/languages/rust/rust.h"
 
 namespace context_delta::indexer {
 namespace {
@@ -17,6 +18,8 @@ constexpr std::array LANGUAGES = {
     &c::LANGUAGE,
     &go::LANGUAGE,
     &go::MODULE_LANGUAGE,
+    &rust::LANGUAGE,
+    &rust::MANIFEST_LANGUAGE,
 };
 
 bool claims(const Language& language, std::string_view path) {

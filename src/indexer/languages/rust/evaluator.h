@@ -1,0 +1,131 @@
+#pragma once
+
+#include <map>
+#include <optional>
+#include <set>
+#include <span>
+#include <string>
+#include <string_view>
+#include <tuple>
+#include <vector>
+
+#include "indexer/languages/rust/modules.h"
+#include "indexer/languages/rust/type_text.h"
+#include "indexer/languages/rust/types.h"
+#include "indexer/languages/support/scopes.h"
+
+/// Reads names, types and expressions in the light of the repository, for the file being resolved.
+namespace context_delta::indexer::rust {
+
+/// An impl block: for which type, of which trait.
+struct Impl {
+  Type self;
+  Type trait;               ///< UNKNOWN: inherent, or a trait that is not known
+  bool is_blanket = false;  ///< for every type of some kind: `impl<T: A> B for T`
+};
+
+class Evaluator {
+ public:
+  Evaluator(const File& file, const Facts& facts, World& world);
+
+  World& world() { return world_; }
+  const Facts& facts(const File& file);
+  const support::ScopeIndex& scopes(const File& file);
+  const Definition& definition(const File& file, DefinitionIndex index);
+
+  // names.cc
+  /// What the first name of a path means in a scope of `file`. `except` is the import that asks.
+  Meaning name_meaning(const File& file, DefinitionIndex scope, std::string_view name, Space space,
+                       int depth = 0, const Import* except = nullptr);
+  /// The meaning of the longest part of a path that is no member of a type; `used` segments long.
+  Meaning path_meaning(const File& file, DefinitionIndex scope, const std::vector<Segment>& path,
+                       Space space, std::size_t& used, int depth = 0,
+                       const Import* except = nullptr);
+  Meaning import_meaning(const File& file, const Import& import, Space space, int depth = 0);
+  Meaning module_member(const Module& module, std::string_view name, Space space, int depth = 0);
+
+  // types.cc
+  Type type_of_text(const File& file, DefinitionIndex scope, const TypeText& text,
+                    const Environment* environment = nullptr, int depth = 0);
+  Type type_of_text(const File& file, DefinitionIndex scope, std::string_view text,
+                    const Environment* environment = nullptr, int depth = 0);
+  /// `Self` in a scope of `file`.
+  Type self_type(const File& file, DefinitionIndex scope);
+  /// The associated type `name` of a type.
+  Type associated(const Type& base, std::string_view name, int depth = 0);
+  /// The traits that a PARAMETER or BOUNDED type has, those that they require included.
+  std::vector<Type> traits_of(const Type& type, int depth = 0);
+  /// The parameters of `definition`, or of the impl that it stands in, as what `self` says.
+  Environment environment_of(const File& file, DefinitionIndex definition, const Type& self);
+
+  // methods.cc
+  const std::vector<Impl>& impls(const File& file);
+  Callee method(const Type& type, std::string_view name);
+  /// The callee of a path: `a::f`, `Foo::new`, `<T as A>::f`, `Variant`.
+  Callee path_callee(const File& file, DefinitionIndex scope, const TypeText& path, int depth = 0);
+  /// The type behind a smart pointer or an impl of Deref; UNKNOWN when there is none.
+  Type dereferenced(const Type& type, int depth = 0);
+  Type field(const Type& type, std::string_view name, int depth = 0);
+
+  // values.cc
+  Type value_type(DefinitionIndex scope, std::string_view text, int depth = 0);
+  Type returned_type(const Callee& callee, int depth = 0);
+
+ private:
+  using Binders = std::span<const support::Binder>;
+  Meaning combined(const File& file, Binders binders, Space space, int depth, const Import* except);
+  Meaning glob_member(const Module& module, DefinitionIndex scope, std::string_view name,
+                      Space space, int depth);
+  Meaning asked_globs(const Module& module, DefinitionIndex scope, std::string_view name,
+                      Space space, int depth);
+  Meaning found_name(const File& file, DefinitionIndex scope, std::string_view name, Space space,
+                     int depth, const Import* except);
+  Meaning outer_name(const File& file, std::string_view name, Space space);
+  Meaning variant_of(const File& file, DefinitionIndex definition, std::string_view name);
+  bool is_visible(const Meaning& meaning, const Module& owner, const Module& from);
+
+  /// The names of the parameters that a definition binds, in order.
+  const std::vector<std::string>& generics(const File& file, DefinitionIndex definition);
+  std::optional<Type> parameter(const File& file, DefinitionIndex scope, std::string_view name,
+                                const Environment* environment);
+  Type path_type(const File& file, DefinitionIndex scope, const TypeText& text,
+                 const Environment* environment, int depth);
+  Type named_type(const Meaning& meaning, const std::vector<Type>& arguments, int depth);
+  std::vector<Type> direct_traits(const Type& type, int depth);
+  void unify(const Type& pattern, const Type& actual, Environment& environment, int depth);
+
+  Callee find_method(const Type& type, std::string_view name);
+  Callee method_of_named(const Type& type, std::string_view name);
+  Callee method_of_traits(const Type& type, std::string_view name);
+  Callee method_of_external(const Type& type, std::string_view name);
+  Callee chosen(const std::vector<Candidate>& candidates, const Type& self, std::string_view rule);
+  bool has_trait(const Type& type, const Type& trait);
+  Callee callee_of(const Meaning& meaning, const std::vector<Type>& arguments);
+  Callee qualified_callee(const File& file, DefinitionIndex scope, const TypeText& path, int depth);
+  Callee member_callee(const Type& type, const std::vector<Segment>& path, std::size_t first);
+
+  Type head_type(DefinitionIndex scope, std::string_view& text, int depth);
+  Type stepped(DefinitionIndex scope, const Type& type, std::string_view& text, int depth);
+  Type binding_type(DefinitionIndex scope, std::string_view name, int depth);
+  Type matched(DefinitionIndex scope, const Type& type, std::string_view path,
+               std::string_view field, int depth);
+  Type element(const Type& type, int depth);
+
+  const File& file_;
+  const Facts& facts_;
+  World& world_;
+  support::ScopeIndex scopes_;
+  using Place = std::tuple<std::int64_t, DefinitionIndex, std::string>;
+  std::map<Place, Type> values_;                    // of variables of this file
+  std::map<Place, std::optional<Callee>> methods_;  // of NAMED types without arguments
+  std::map<std::int64_t, std::map<DefinitionIndex, std::vector<std::string>>> generics_;  // by file
+  std::map<std::tuple<std::int64_t, DefinitionIndex, std::string, Space>, Meaning> names_;
+  std::map<Place, std::vector<Type>> traits_;  // of parameters; empty while they are being read
+  // What wildcard imports were asked since the outermost question: modules may import each other.
+  std::set<std::tuple<std::int64_t, DefinitionIndex, std::string, Space>> asked_;
+  int asking_ = 0;
+  // While impls are read: what types have in them is not known yet.
+  bool without_impls_ = false;
+};
+
+}  // namespace context_delta::indexer::rust

@@ -1,0 +1,32 @@
+#include "indexer/languages/rust/rust.h"
+
+#include <array>
+
+#include "indexer/languages/rust/manifest.h"
+
+namespace context_delta::indexer::rust {
+namespace {
+
+constexpr std::array<std::string_view, 1> SUFFIXES = {".rs"};
+constexpr std::array<std::string_view, 1> MANIFESTS = {"Cargo.toml"};
+
+}  // namespace
+
+const Language LANGUAGE = {.name = "rust",
+                           .version = 1,
+                           .suffixes = SUFFIXES,
+                           .accepts = nullptr,
+                           .grammar = tree_sitter_rust,
+                           .extract = extract,
+                           .resolve = resolve};
+
+const Language MANIFEST_LANGUAGE = {.name = "cargo",
+                                    .version = 1,
+                                    .suffixes = MANIFESTS,
+                                    .accepts = nullptr,
+                                    .grammar = tree_sitter_rust,
+                                    .prepare = blank_manifest,
+                                    .extract = extract_manifest,
+                                    .resolve = resolve_manifest};
+
+}  // namespace context_delta::indexer::rust
