@@ -42,7 +42,8 @@ class Evaluator {
                        Space space, std::size_t& used, int depth = 0,
                        const Import* except = nullptr);
   Meaning import_meaning(const File& file, const Import& import, Space space, int depth = 0);
-  Meaning module_member(const Module& module, std::string_view name, Space space, int depth = 0);
+  Meaning module_member(const Module& module, std::string_view name, Space space, int depth = 0,
+                        bool public_only = false);
 
   // types.cc
   Type type_of_text(const File& file, DefinitionIndex scope, const TypeText& text,
@@ -69,11 +70,12 @@ class Evaluator {
 
   // values.cc
   Type value_type(DefinitionIndex scope, std::string_view text, int depth = 0);
-  Type returned_type(const Callee& callee, int depth = 0);
+  Type returned_type(const Callee& callee);
 
  private:
   using Binders = std::span<const support::Binder>;
-  Meaning combined(const File& file, Binders binders, Space space, int depth, const Import* except);
+  Meaning combined(const File& file, Binders binders, Space space, int depth, const Import* except,
+                   bool public_only = false);
   Meaning glob_member(const Module& module, DefinitionIndex scope, std::string_view name,
                       Space space, int depth);
   Meaning asked_globs(const Module& module, DefinitionIndex scope, std::string_view name,
@@ -82,7 +84,7 @@ class Evaluator {
                      int depth, const Import* except);
   Meaning outer_name(const File& file, std::string_view name, Space space);
   Meaning variant_of(const File& file, DefinitionIndex definition, std::string_view name);
-  bool is_visible(const Meaning& meaning, const Module& owner, const Module& from);
+  bool is_inside(const Module& inner, const Module& outer);
 
   /// The names of the parameters that a definition binds, in order.
   const std::vector<std::string>& generics(const File& file, DefinitionIndex definition);
@@ -108,8 +110,9 @@ class Evaluator {
   Type stepped(DefinitionIndex scope, const Type& type, std::string_view& text, int depth);
   Type binding_type(DefinitionIndex scope, std::string_view name, int depth);
   Type matched(DefinitionIndex scope, const Type& type, std::string_view path,
-               std::string_view field, int depth);
-  Type element(const Type& type, int depth);
+               std::string_view field);
+  Type element(const Type& type);
+  Type indexed(const Type& type);
 
   const File& file_;
   const Facts& facts_;
@@ -124,6 +127,7 @@ class Evaluator {
   // What wildcard imports were asked since the outermost question: modules may import each other.
   std::set<std::tuple<std::int64_t, DefinitionIndex, std::string, Space>> asked_;
   int asking_ = 0;
+  int following_ = 0;  // aliases, in search of variants
   // While impls are read: what types have in them is not known yet.
   bool without_impls_ = false;
 };

@@ -68,9 +68,12 @@ TSNode Extractor::next_step(TSNode node, std::string& step, int depth) const {
       return ts_node_named_child(node, 0);
     case Node::REFERENCE:
       return child(node, rust_.field.value);
+    case Node::UNARY:
+      // The first star takes a reference away, the second what only Deref can.
+      if (text_of(node).starts_with("**")) return {};
+      return ts_node_named_child(node, 0);
     case Node::AWAIT:
     case Node::PARENTHESIZED:
-    case Node::UNARY:
       return ts_node_named_child(node, 0);
     case Node::INDEX:
       if (rust_.kind(ts_node_named_child(node, 1)) != Node::RANGE) step = "[]";

@@ -58,15 +58,17 @@ bool Extractor::enter(TSNode node, std::uint32_t depth) {
     case Node::ATTRIBUTE:
       read_attribute(node, depth);
       return false;
-    case Node::INNER_ATTRIBUTE:
     case Node::COMMENT:
+      pass_comment(node, depth);
+      return false;
+    case Node::INNER_ATTRIBUTE:
     case Node::VISIBILITY:
     case Node::LIFETIME:
       return false;
     default:
       break;
   }
-  const Attributes attributes = take_attributes(kind, depth);
+  const Attributes attributes = take_attributes(depth);
   switch (kind) {
     case Node::STRUCT:
     case Node::UNION:

@@ -87,9 +87,9 @@ bool Extractor::enter_item(TSNode node, Node kind, std::uint32_t depth,
 }
 
 void Extractor::read_attribute(TSNode node, std::uint32_t depth) {
-  if (attributes_.line == 0 || attributes_.depth != depth) {
-    attributes_ = {.depth = depth, .line = first_line(node), .path = {}};
-  }
+  if (attributes_.depth != depth) attributes_ = {.depth = depth, .path = {}};
+  if (attributes_.line == 0) attributes_.line = first_line(node);
+  attributes_.last_line = support::last_line(node);
   const TSNode attribute = ts_node_named_child(node, 0);
   if (support::is_null(attribute)) return;
   const std::string_view name = text_of(ts_node_named_child(attribute, 0));
@@ -97,12 +97,16 @@ void Extractor::read_attribute(TSNode node, std::uint32_t depth) {
   if (name == "path") attributes_.path = quoted(text_of(attribute));
 }
 
+/// Definitions start behind the comments about them.
+void Extractor::pass_comment(TSNode comment, std::uint32_t depth) {
+  if (attributes_.depth != depth || first_line(comment) == attributes_.last_line) return;
+  attributes_.line = 0;
+}
+
 /// Attributes belong to the next node beside them, comments aside.
-Attributes Extractor::take_attributes(Node kind, std::uint32_t depth) {
-  if (attributes_.line == 0 || kind == Node::COMMENT) return {};
-  const bool ours = attributes_.depth == depth;
-  if (!ours && attributes_.depth < depth) return {};
-  Attributes taken = ours ? std::move(attributes_) : Attributes{};
+Attributes Extractor::take_attributes(std::uint32_t depth) {
+  if (attributes_.depth < depth) return {};
+  Attributes taken = attributes_.depth == depth ? std::move(attributes_) : Attributes{};
   attributes_ = {};
   return taken;
 }

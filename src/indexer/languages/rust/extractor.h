@@ -16,7 +16,8 @@ namespace context_delta::indexer::rust {
 /// What the attributes before an item say.
 struct Attributes {
   std::uint32_t depth = 0;
-  std::int32_t line = 0;        ///< of the first; 0: there are none
+  std::int32_t line = 0;  ///< of the first behind which no comment stands; 0: there is none
+  std::int32_t last_line = 0;
   bool is_conditional = false;  ///< `#[cfg(...)]`
   std::string path;             ///< of `#[path = "..."]`
 };
@@ -45,7 +46,8 @@ class Extractor {
   // extract_items.cc: what is defined
   bool enter_item(TSNode node, Node kind, std::uint32_t depth, const Attributes& attributes);
   void read_attribute(TSNode node, std::uint32_t depth);
-  Attributes take_attributes(Node kind, std::uint32_t depth);
+  void pass_comment(TSNode comment, std::uint32_t depth);
+  Attributes take_attributes(std::uint32_t depth);
   void define_function(TSNode node, std::uint32_t depth);
   void define_type(TSNode node, Kind kind, std::uint32_t depth);
   void define_impl(TSNode node, std::uint32_t depth);

@@ -324,7 +324,7 @@ Callee Evaluator::path_callee(const File& file, DefinitionIndex scope, const Typ
     }
   }
   std::size_t used = 0;
-  const Meaning meaning = path_meaning(file, scope, path, Space::VALUE, used, depth + 1);
+  const Meaning meaning = path_meaning(file, scope, path, Space::VALUE, used);
   if (meaning.kind == Meaning::Kind::UNKNOWN && path.size() == 2 &&
       is_primitive(path.front().name)) {
     Type primitive;

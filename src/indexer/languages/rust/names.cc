@@ -65,7 +65,7 @@ const Definition& Evaluator::definition(const File& file, DefinitionIndex index)
 
 /// The items of a scope that have a name; several only when their attributes or macros choose.
 Meaning Evaluator::combined(const File& file, Binders binders, Space space, int depth,
-                            const Import* except) {
+                            const Import* except, bool public_only) {
   const Facts& known = facts(file);
   Meaning external;
   std::vector<Meaning> found;
@@ -75,6 +75,7 @@ Meaning Evaluator::combined(const File& file, Binders binders, Space space, int 
     if (binder.kind == Binder::Kind::DEFINITION) {
       const Definition& each = known.definitions[index];
       if (!is_in_space(each, space)) continue;
+      if (public_only && (each.traits & LOCAL_LINKAGE) != 0) continue;
       meaning.kind = is_module(each) ? Meaning::Kind::MODULE : Meaning::Kind::DEFINITION;
       meaning.file = &file;
       meaning.definition = binder.index;
@@ -85,6 +86,7 @@ Meaning Evaluator::combined(const File& file, Binders binders, Space space, int 
     } else if (binder.kind == Binder::Kind::IMPORT) {
       const Import& import = known.imports[index];
       if (&import == except || import.name == "*") continue;
+      if (public_only && (import.traits & LOCAL_LINKAGE) != 0) continue;
       meaning = import_meaning(file, import, space, depth + 1);
       if ((import.traits & CONDITIONAL) != 0 && meaning.kind == Meaning::Kind::EXTERNAL) {
         external.doubt = "the import stands under a condition";
@@ -231,7 +233,11 @@ Meaning Evaluator::path_meaning(const File& file, DefinitionIndex scope,
 
 Meaning Evaluator::variant_of(const File& file, DefinitionIndex index, std::string_view name) {
   if (definition(file, index).kind == Kind::TYPE) {
+    constexpr int MOST_ALIASES = 4;
+    if (following_ == MOST_ALIASES) return {};
+    ++following_;
     const Type type = type_of_text(file, index, definition(file, index).type);
+    --following_;
     if (type.kind != Type::Kind::NAMED ||
         definition(*type.file, type.definition).kind == Kind::TYPE)
       return {};
@@ -251,10 +257,10 @@ Meaning Evaluator::variant_of(const File& file, DefinitionIndex index, std::stri
 }
 
 Meaning Evaluator::module_member(const Module& module, std::string_view name, Space space,
-                                 int depth) {
+                                 int depth, bool public_only) {
   if (depth > DEEPEST) return {};
-  const Meaning found = combined(*module.file, scopes(*module.file).find(module.definition, name),
-                                 space, depth + 1, nullptr);
+  const Binders binders = scopes(*module.file).find(module.definition, name);
+  const Meaning found = combined(*module.file, binders, space, depth + 1, nullptr, public_only);
   if (found.kind != Meaning::Kind::UNKNOWN) return found;
   return glob_member(module, module.definition, name, space, depth + 1);
 }
@@ -280,8 +286,7 @@ Meaning Evaluator::asked_globs(const Module& module, DefinitionIndex scope, std:
     if (from.kind == Meaning::Kind::MODULE) {
       const Module owner = {from.file, from.definition};
       if (owner.is(module)) continue;
-      member = module_member(owner, name, space, depth + 1);
-      if (!is_visible(member, owner, module)) continue;
+      member = module_member(owner, name, space, depth + 1, !is_inside(module, owner));
     } else if (from.kind == Meaning::Kind::DEFINITION) {
       member = variant_of(*from.file, from.definition, name);
     }
@@ -297,13 +302,10 @@ Meaning Evaluator::asked_globs(const Module& module, DefinitionIndex scope, std:
 }
 
 /// Private items are visible in their module and those below.
-bool Evaluator::is_visible(const Meaning& meaning, const Module& owner, const Module& from) {
-  if (meaning.kind != Meaning::Kind::DEFINITION) return true;
-  const Definition& found = definition(*meaning.file, meaning.definition);
-  if ((found.traits & LOCAL_LINKAGE) == 0) return true;
-  std::optional<Module> at = from;
+bool Evaluator::is_inside(const Module& inner, const Module& outer) {
+  std::optional<Module> at = inner;
   for (int step = 0; at && step < DEEPEST * 2; ++step) {
-    if (at->is(owner)) return true;
+    if (at->is(outer)) return true;
     at = parent_module(*at, facts(*at->file), world_);
   }
   return false;

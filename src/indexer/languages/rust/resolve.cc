@@ -40,6 +40,7 @@ class Resolver {
   void prove(std::int32_t index, const File& file, DefinitionIndex target, std::string_view rule);
   void guess_doubted(std::int32_t index, const Callee& callee, std::string_view why);
   void guess_namesakes(std::int32_t index, const Callee& callee);
+  bool is_of_trait(const Candidate& candidate);
   bool fits(const Candidate& candidate, const Reference& reference, bool is_method_call,
             bool type_is_known);
   std::optional<Candidate> candidate_of(const File& file, DefinitionIndex index);
@@ -125,7 +126,12 @@ bool Resolver::accepts(const Reference& reference, const Callee& callee) {
 void Resolver::resolve_call(std::int32_t index) {
   const Reference& reference = reference_at(index);
   const Callee callee = callee_of(reference);
-  if (callee.kind == Callee::Kind::EXTERNAL) return;
+  // A type of another crate may still have a trait of the repository.
+  std::string_view receiver = reference.receiver;
+  const bool is_path = receiver.empty() || receiver.ends_with("::");
+  receiver.remove_suffix(receiver.empty() || !is_path ? 0 : 2);
+  const bool is_on_type = callee.self.known() && (!is_path || is_primitive(receiver));
+  if (callee.kind == Callee::Kind::EXTERNAL && !is_on_type) return;
   if (callee.kind != Callee::Kind::FOUND) return guess_namesakes(index, callee);
   if (!callee.sure) return guess_doubted(index, callee, callee.doubt);
   if ((reference.traits & FROM_MACRO) != 0) {
@@ -239,6 +245,12 @@ void Resolver::guess_doubted(std::int32_t index, const Callee& callee, std::stri
                      std::move(fitting), neighbourhood_);
 }
 
+/// Traits may be given to types in ways that are not seen.
+bool Resolver::is_of_trait(const Candidate& candidate) {
+  const DefinitionIndex parent = values_.definition(*candidate.file, candidate.definition).parent;
+  return parent != NOWHERE && values_.definition(*candidate.file, parent).kind == Kind::TRAIT;
+}
+
 bool Resolver::fits(const Candidate& candidate, const Reference& reference, bool is_method_call,
                     bool type_is_known) {
   if (candidate.file->language != file_.language) return false;
@@ -246,11 +258,9 @@ bool Resolver::fits(const Candidate& candidate, const Reference& reference, bool
   if (is_method_call) {
     if (candidate.kind != Kind::METHOD || is_static) return false;
     if (!support::accepts_arguments(candidate, reference.arguments)) return false;
-    if (!type_is_known) return true;
-    // Traits may be given to types in ways that are not seen.
-    const DefinitionIndex parent = values_.definition(*candidate.file, candidate.definition).parent;
-    return values_.definition(*candidate.file, parent).kind == Kind::TRAIT;
+    return !type_is_known || is_of_trait(candidate);
   }
+  if (type_is_known) return candidate.kind == Kind::METHOD && is_of_trait(candidate);
   if (reference.receiver.empty()) {
     return candidate.kind == Kind::FUNCTION &&
            support::accepts_arguments(candidate, reference.arguments);
@@ -270,8 +280,8 @@ bool Resolver::fits(const Candidate& candidate, const Reference& reference, bool
 void Resolver::guess_namesakes(std::int32_t index, const Callee& callee) {
   const Reference& reference = reference_at(index);
   const bool is_method_call = !reference.receiver.empty() && !reference.receiver.ends_with("::");
-  const bool type_is_known = callee.kind == Callee::Kind::MISSING;
-  if (is_method_call && is_common_method(reference.name)) return;
+  const bool type_is_known = callee.kind != Callee::Kind::UNKNOWN;
+  if ((is_method_call || type_is_known) && is_common_method(reference.name)) return;
   std::vector<Candidate> fitting;
   std::optional<Candidate> declared;
   for (const Candidate& candidate : world_.definitions(reference.name)) {

@@ -119,7 +119,7 @@ Type Evaluator::path_type(const File& file, DefinitionIndex scope, const TypeTex
   std::vector<Type> arguments;
   std::vector<std::pair<std::string, Type>> bindings;
   if (!base) {
-    const Meaning meaning = path_meaning(file, scope, path, Space::TYPE, used, depth + 1);
+    const Meaning meaning = path_meaning(file, scope, path, Space::TYPE, used);
     for (const Segment& segment : path) {
       for (const TypeText& each : segment.arguments) {
         arguments.push_back(type_of_text(file, scope, each, environment, depth + 1));
@@ -250,8 +250,7 @@ std::vector<Type> Evaluator::traits_of(const Type& type, int depth) {
 Type Evaluator::associated(const Type& base, std::string_view name, int depth) {
   if (depth > DEEPEST) return {};
   if (base.kind == Type::Kind::EXTERNAL) {
-    return name == "Item" || name == "Output" || name == "Target" ? element(base, depth + 1)
-                                                                  : Type{};
+    return name == "Item" || name == "Output" || name == "Target" ? element(base) : Type{};
   }
   if (base.kind == Type::Kind::NAMED) {
     if (without_impls_) return {};

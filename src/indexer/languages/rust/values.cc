@@ -12,7 +12,8 @@ namespace {
 using support::Binder;
 using support::definition_at;
 
-constexpr int DEEPEST = 24;
+constexpr int DEEPEST = 60;
+constexpr int MOST_DEREFERENCES = 4;
 
 /// The end of what the bracket at the start of `text` opens, behind the bracket that closes it.
 std::size_t bracket_end(std::string_view text) {
@@ -133,8 +134,8 @@ Type Evaluator::head_type(DefinitionIndex scope, std::string_view& text, int dep
     if (arguments != "()") {
       given = value_type(scope, arguments.substr(1, arguments.size() - 2), depth + 1);
     }
-    const Callee callee = path_callee(file_, scope, path, depth + 1);
-    if (callee.kind != Callee::Kind::EXTERNAL) return returned_type(callee, depth + 1);
+    const Callee callee = path_callee(file_, scope, path);
+    if (callee.kind != Callee::Kind::EXTERNAL) return returned_type(callee);
     const std::string_view name = path.path.empty() ? std::string_view() : path.path.back().name;
     if (name == "Some") return external("Option", {given});
     if (name == "Ok") return external("Result", {given, Type{}});
@@ -149,14 +150,14 @@ Type Evaluator::head_type(DefinitionIndex scope, std::string_view& text, int dep
   // A constant, a static variable or a unit struct.
   std::size_t used = 0;
   if (path.kind != TypeText::Kind::PATH) return {};
-  const Meaning meaning = path_meaning(file_, scope, path.path, Space::VALUE, used, depth + 1);
+  const Meaning meaning = path_meaning(file_, scope, path.path, Space::VALUE, used);
   if (used != path.path.size()) return {};
-  if (meaning.kind == Meaning::Kind::VARIANT) return named_type(meaning, {}, depth + 1);
+  if (meaning.kind == Meaning::Kind::VARIANT) return named_type(meaning, {}, 0);
   if (meaning.kind != Meaning::Kind::DEFINITION) return {};
   const Definition& found = definition(*meaning.file, meaning.definition);
-  if (found.kind == Kind::STRUCT) return named_type(meaning, {}, depth + 1);
+  if (found.kind == Kind::STRUCT) return named_type(meaning, {}, 0);
   if (found.kind != Kind::VARIABLE) return {};
-  return type_of_text(*meaning.file, found.parent, found.type, nullptr, depth + 1);
+  return type_of_text(*meaning.file, found.parent, found.type);
 }
 
 /// The type after one step of an expression; `text` goes on behind it.
@@ -165,22 +166,17 @@ Type Evaluator::stepped(DefinitionIndex scope, const Type& type, std::string_vie
   const char operation = text.front();
   text.remove_prefix(1);
   if (operation == '?') return unwrapped(type, "Ok");
-  if (operation == '%') return element(type, depth + 1);
+  if (operation == '%') return element(type);
   if (operation == '[') {
     text.remove_prefix(std::min<std::size_t>(1, text.size()));
-    const Type found = element(type, depth + 1);
-    if (type.kind == Type::Kind::EXTERNAL && !type.arguments.empty() &&
-        found.kind == Type::Kind::TUPLE) {
-      return type.arguments.back();
-    }
-    return found.known() ? found : associated(type, "Output", depth + 1);
+    return indexed(type);
   }
   if (operation == '@') {
     const std::size_t end = name_end(text);
     const std::string_view name = text.substr(0, end);
     text.remove_prefix(end);
     const Type found = closure_argument(type, name);
-    return found.known() || type.kind == Type::Kind::EXTERNAL ? found : element(type, depth + 1);
+    return found.known() || type.kind == Type::Kind::EXTERNAL ? found : element(type);
   }
   if (operation == '~') {
     const std::size_t end = path_end(text);
@@ -189,7 +185,7 @@ Type Evaluator::stepped(DefinitionIndex scope, const Type& type, std::string_vie
     const std::size_t field_end = name_end(text);
     const std::string_view name = text.substr(0, field_end);
     text.remove_prefix(field_end);
-    return matched(scope, type, path, name, depth + 1);
+    return matched(scope, type, path, name);
   }
   if (operation != '.') return {};
   const std::size_t end = name_end(text);
@@ -212,29 +208,42 @@ Type Evaluator::stepped(DefinitionIndex scope, const Type& type, std::string_vie
     given = value_type(scope, arguments.substr(1, arguments.size() - 2), depth + 1);
   }
   const Callee callee = method(type, name);
-  if (callee.kind == Callee::Kind::FOUND) return returned_type(callee, depth + 1);
+  if (callee.kind == Callee::Kind::FOUND) return returned_type(callee);
   if (name == "parse" && asked.known()) return external("Result", {asked, Type{}});
-  if (type.kind == Type::Kind::EXTERNAL || type.kind == Type::Kind::BOUNDED) {
-    const Type found = result_of(type, name, given);
+  Type behind = type;
+  for (int step = 0; behind.known() && step < MOST_DEREFERENCES; ++step) {
+    const Type found = result_of(behind, name, given);
     if (found.known()) return found;
-    const Type inner = dereferenced(type);
-    if (inner.known()) return result_of(inner, name, given);
-    return {};
+    behind = dereferenced(behind);
   }
+  if (type.kind == Type::Kind::EXTERNAL) return {};
   // What derive makes, and what every iterator has.
   if (name == "clone" || name == "to_owned" || name == "borrow" || name == "by_ref" ||
       name == "into_iter" || name == "as_ref") {
     return type;
   }
-  const Type item = element(type, depth + 1);
+  const Type item = element(type);
   return item.known() ? result_of(external("Iterator", {item}), name, given) : Type{};
 }
 
-Type Evaluator::element(const Type& type, int depth) {
-  if (depth > DEEPEST) return {};
+Type Evaluator::indexed(const Type& type) {
+  Type at = type;
+  for (int step = 0; at.known() && step < MOST_DEREFERENCES; ++step) {
+    const Type found = element_of(at);
+    // The elements of maps are pairs; their values are what an index finds.
+    if (found.kind == Type::Kind::TUPLE && !at.arguments.empty()) return at.arguments.back();
+    if (found.known()) return found;
+    const Type output = associated(at, "Output");
+    if (output.known()) return output;
+    at = dereferenced(at);
+  }
+  return {};
+}
+
+Type Evaluator::element(const Type& type) {
   const Type found = element_of(type);
   if (found.known() || type.kind == Type::Kind::EXTERNAL) return found;
-  return associated(type, "Item", depth + 1);
+  return associated(type, "Item");
 }
 
 Type Evaluator::binding_type(DefinitionIndex scope, std::string_view name, int depth) {
@@ -255,7 +264,7 @@ Type Evaluator::binding_type(DefinitionIndex scope, std::string_view name, int d
 
 /// The field of what a pattern takes apart.
 Type Evaluator::matched(DefinitionIndex scope, const Type& type, std::string_view path,
-                        std::string_view name, int depth) {
+                        std::string_view name) {
   if (path == "Some" || path == "Ok" || path == "Err") return unwrapped(type, path);
   const TypeText text = parse_type(path);
   if (text.kind != TypeText::Kind::PATH) return {};
@@ -264,17 +273,17 @@ Type Evaluator::matched(DefinitionIndex scope, const Type& type, std::string_vie
   std::int32_t variant = -1;
   if (text.path.front().name == "Self") {
     owner = self_type(file_, scope);
-    if (owner.kind != Type::Kind::NAMED) return {};
+    if (owner.kind != Type::Kind::NAMED || text.path.size() != 2) return {};
     variant = variant_of(*owner.file, owner.definition, text.path[1].name).variant;
   } else {
     std::size_t used = 0;
-    Meaning meaning = path_meaning(file_, scope, text.path, Space::VALUE, used, depth + 1);
+    Meaning meaning = path_meaning(file_, scope, text.path, Space::VALUE, used);
     if (meaning.kind == Meaning::Kind::UNKNOWN) {
-      meaning = path_meaning(file_, scope, text.path, Space::TYPE, used, depth + 1);
+      meaning = path_meaning(file_, scope, text.path, Space::TYPE, used);
     }
     if (used != text.path.size()) return {};
     variant = meaning.variant;
-    owner = named_type(meaning, {}, depth + 1);
+    owner = named_type(meaning, {}, 0);
   }
   if (owner.kind != Type::Kind::NAMED) return {};
   Type whole = same_definition(type, owner) ? type : owner;
@@ -299,8 +308,8 @@ Type Evaluator::matched(DefinitionIndex scope, const Type& type, std::string_vie
   return {};
 }
 
-Type Evaluator::returned_type(const Callee& callee, int depth) {
-  if (callee.kind != Callee::Kind::FOUND || depth > DEEPEST) return {};
+Type Evaluator::returned_type(const Callee& callee) {
+  if (callee.kind != Callee::Kind::FOUND) return {};
   const Definition& found = definition(*callee.file, callee.definition);
   if (!support::is_function_kind(found.kind)) return callee.self;
   if (found.type.empty()) return external("()");
@@ -311,7 +320,7 @@ Type Evaluator::returned_type(const Callee& callee, int depth) {
   for (const std::string& name : generics(*callee.file, callee.definition)) {
     environment.parameters.emplace_back(name, Type{});
   }
-  return type_of_text(*callee.file, callee.definition, found.type, &environment, depth + 1);
+  return type_of_text(*callee.file, callee.definition, found.type, &environment);
 }
 
 }  // namespace context_delta::indexer::rust
