@@ -81,6 +81,27 @@ const std::vector<Variants> FILES = {
     {"use.py",
      {"import pkg\n\ndef use():\n    pkg.make().run()\n",
       "from pkg.child import Child\n\ndef use(make):\n    make()\n    Child().run()\n"}},
+    {"Cargo.toml",
+     {"[package]\nname = \"shop\"\n", "[package]\nname = \"shop\"\n[lib]\nname = \"stall\"\n", ""}},
+    {"src/lib.rs",
+     {"pub mod item;\npub use item::*;\npub trait Priced {\n    fn price(&self) -> u8;\n}\n",
+      "pub mod item;\npub use crate::item::Item;\npub struct Offer(Item);\n",
+      "#[path = \"other.rs\"]\npub mod item;\npub use item::Item;\n"}},
+    {"src/item.rs",
+     {"pub struct Item { pub cost: Cost }\npub struct Cost;\nimpl Cost {\n    pub fn net(&self) "
+      "{}\n"
+      "}\nimpl Item {\n    pub fn new() -> Item { todo!() }\n}\n",
+      "use crate::Priced;\npub struct Item { pub cost: u8 }\nimpl Item {\n"
+      "    pub fn new() -> Option<Item> { None }\n}\nimpl Priced for Item {\n"
+      "    fn price(&self) -> u8 { self.cost }\n}\n",
+      ""}},
+    {"src/other.rs",
+     {"",
+      "pub struct Item;\nimpl Item { pub fn new() -> Self { Item } pub fn price(&self) {} }\n"}},
+    {"tests/buy.rs",
+     {"use shop::Item;\nfn buy() { Item::new().cost.net(); }\n",
+      "use stall::{Item, Priced};\nfn buy() { Item::new().price(); }\n",
+      "fn buy() { shop::Item::new().unwrap().price(); }\n"}},
 };
 
 void write_first_texts(const test::GitRepository& repository) {
@@ -139,6 +160,8 @@ TEST(RealLanguagesGraph, CallsAcrossFilesAreProven) {
       has(R"("caller_file": "use.py")", R"("callee_file": "pkg/base.py", "callee_name": "make")"));
   EXPECT_TRUE(has(R"("caller_file": "cmd/main.go")",
                   R"("callee_file": "queue/item/item.go", "callee_name": "Run")"));
+  EXPECT_TRUE(has(R"("caller_file": "tests/buy.rs")",
+                  R"("callee_file": "src/item.rs", "callee_name": "net")"));
   EXPECT_FALSE(has(R"("caller_name": "run")", R"("callee_name": "step")")) << "Child overrides it";
 }
 

@@ -20,6 +20,10 @@ const std::string SAMPLES[] = {
     "//go:build a\npackage p\nimport . \"x\"\ntype G[T any] struct { *b.C; f func(x, y T) (z chan "
     "[]T) }\nfunc (g *G[K]) m(a ...K) (n int, e error) { x, ok := <-g.f()[1:], func() { for i := "
     "range a[0] {} }; switch y := x.(type) { case *K, I: y.z(G[int]{1}, a...) } }\n",
+    "#[cfg(a)]\npub mod m { use super::{a::*, b as c}; impl<'a, T: A<B = C>> D<T> for E<'a> where "
+    "T: F { type G = T; fn h(&self, (i, j): (u8, T)) -> Result<T, u8> { let k = match self.l.m(|n| "
+    "n.o())? { Some(P { q, .. }) | Some(P { q }) => q, _ => return r!(s.t(1)), }; for u in &k[..] "
+    "{ <T as A>::v::<u8>(u as u8); } } } }\n[dependencies]\nw = { path = \"../x\" }\n",
 };
 
 /// Facts must hold together whatever they were made from.
@@ -39,7 +43,7 @@ void expect_sound(const indexer::Facts& facts) {
 }
 
 void try_everywhere(const std::string& text) {
-  for (const std::string path : {"a.py", "a.c", "a.cc", "a.go", "go.mod"}) {
+  for (const std::string path : {"a.py", "a.c", "a.cc", "a.go", "go.mod", "src/lib.rs", "Cargo.toml"}) {
     MemorySource source;
     source.add(path, text);
     expect_sound(*source.files().at(path).facts);

@@ -13,6 +13,7 @@ namespace {
 using support::child;
 
 constexpr int DEEPEST = 3;
+constexpr int LONGEST_CHAIN = 100;
 constexpr std::string_view UNKNOWN = "?";
 constexpr std::string_view NEVER = "!";
 
@@ -41,7 +42,8 @@ std::string Extractor::expression_text(TSNode node, int depth) const {
   if (support::is_null(node) || depth > DEEPEST) return std::string(UNKNOWN);
   std::vector<std::string> steps;
   std::size_t size = 0;
-  while (true) {
+  for (int link = 0;; ++link) {
+    if (link > LONGEST_CHAIN) return std::string(UNKNOWN);
     std::string step;
     const TSNode next = next_step(node, step, depth);
     size += step.size();

@@ -131,6 +131,9 @@ void Extractor::define_function(TSNode node, std::uint32_t depth) {
   const bool in_trait = is_member && builder_.definition(outer).kind == Kind::TRAIT;
   if (rust_.kind(node) == Node::FUNCTION_SIGNATURE) made.traits |= DECLARATION;
   if (in_trait) made.traits |= VIRTUAL;
+  // What traits ask for is as visible as they are.
+  const bool of_trait = in_trait || (is_member && !builder_.definition(outer).bases.empty());
+  if (of_trait) made.traits &= static_cast<std::uint16_t>(~LOCAL_LINKAGE);
   const DefinitionIndex index = open_definition(std::move(made), depth);
   for (Binding& each : generic_parameters(node, builder_.text(), index)) {
     builder_.bind(std::move(each));
@@ -224,9 +227,10 @@ void Extractor::define_alias(TSNode node) {
 }
 
 void Extractor::define_macro(TSNode node) {
-  builder_.define(item_definition(node, builder_.text(), Kind::MACRO));
-  builder_.definition(static_cast<DefinitionIndex>(builder_.facts().definitions.size() - 1))
-      .signature = "macro_rules! " + support::one_line(text_of(child(node, rust_.field.name)));
+  Definition made = item_definition(node, builder_.text(), Kind::MACRO);
+  made.signature = "macro_rules! " + made.name;
+  made.traits &= static_cast<std::uint16_t>(~LOCAL_LINKAGE);
+  builder_.define(std::move(made));
 }
 
 void Extractor::add_member(TSNode node, std::string type, std::string_view value) {
