@@ -93,6 +93,7 @@ class Evaluator {
   Type path_type(const File& file, DefinitionIndex scope, const TypeText& text,
                  const Environment* environment, int depth);
   Type named_type(const Meaning& meaning, const std::vector<Type>& arguments, int depth);
+  Type impl_member(const Type& base, std::string_view name, std::string_view value, int depth);
   std::vector<Type> direct_traits(const Type& type, int depth);
   void unify(const Type& pattern, const Type& actual, Environment& environment, int depth);
 
@@ -107,6 +108,9 @@ class Evaluator {
   Callee member_callee(const Type& type, const std::vector<Segment>& path, std::size_t first);
 
   Type head_type(DefinitionIndex scope, std::string_view& text, int depth);
+  Type called_type(DefinitionIndex scope, const TypeText& path, const Type& given);
+  Type constant_type(DefinitionIndex scope, const TypeText& path);
+  Type method_result(const Type& type, std::string_view name, const Type& given, const Type& asked);
   Type stepped(DefinitionIndex scope, const Type& type, std::string_view& text, int depth);
   Type binding_type(DefinitionIndex scope, std::string_view name, int depth);
   Type matched(DefinitionIndex scope, const Type& type, std::string_view path,

@@ -28,9 +28,10 @@ bool is_one_of(std::string_view name, const std::array<std::string_view, SIZE>& 
 constexpr std::array<std::string_view, 5> PANICS = {"panic", "unreachable", "todo", "unimplemented",
                                                     "bail"};
 /// Calls whose result has the type of what they are given.
-constexpr std::array<std::string_view, 12> WRAPPERS = {
-    "Some",      "Ok",         "Err",      "Box::new",    "Rc::new",      "Arc::new",
-    "Cell::new", "Mutex::new", "Pin::new", "RwLock::new", "RefCell::new", "Vec::from"};
+constexpr std::array<std::string_view, 14> WRAPPERS = {
+    "Some",         "Ok",        "Err",        "Box::new",      "Rc::new",
+    "Arc::new",     "Cell::new", "Mutex::new", "Pin::new",      "RwLock::new",
+    "RefCell::new", "Vec::from", "mem::take",  "std::mem::take"};
 
 }  // namespace
 

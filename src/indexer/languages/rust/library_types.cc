@@ -203,6 +203,8 @@ Type result_of(const Type& type, std::string_view method, const Type& given) {
     return text ? type : Type{};
   }
   if (is_pointer(type.name)) {
+    const Type inner = argument(type, 0);
+    if (inner.name == "RefCell" && method.starts_with("borrow")) return argument(inner, 0);
     return method == "clone" ? type : is_method_of_pointers(method) ? argument(type, 0) : Type{};
   }
   if (is_one_of(type.name, SEQUENCES)) return result_of_sequence(type, method, given);

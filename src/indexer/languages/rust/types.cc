@@ -247,31 +247,34 @@ std::vector<Type> Evaluator::traits_of(const Type& type, int depth) {
   return found;
 }
 
+/// What the impls of a type say of an associated type or, as `value` says, constant.
+Type Evaluator::impl_member(const Type& base, std::string_view name, std::string_view value,
+                            int depth) {
+  if (without_impls_ || base.kind != Type::Kind::NAMED) return {};
+  for (const Candidate& candidate :
+       world_.definitions(definition(*base.file, base.definition).name)) {
+    if (candidate.kind != Kind::NAMESPACE || candidate.file->language != file_.language) continue;
+    if (!is_impl(definition(*candidate.file, candidate.definition))) continue;
+    const Impl& impl = impls(*candidate.file)[static_cast<std::size_t>(candidate.definition)];
+    if (!same_definition(impl.self, base)) continue;
+    for (const Binder& binder : scopes(*candidate.file).find(candidate.definition, name)) {
+      if (binder.kind != Binder::Kind::BINDING) continue;
+      const Binding& each = facts(*candidate.file).bindings[static_cast<std::size_t>(binder.index)];
+      if (each.value != value) continue;
+      const Environment environment = environment_of(*candidate.file, candidate.definition, base);
+      return type_of_text(*candidate.file, candidate.definition, each.type, &environment,
+                          depth + 1);
+    }
+  }
+  return {};
+}
+
 Type Evaluator::associated(const Type& base, std::string_view name, int depth) {
   if (depth > DEEPEST) return {};
   if (base.kind == Type::Kind::EXTERNAL) {
     return name == "Item" || name == "Output" || name == "Target" ? element(base) : Type{};
   }
-  if (base.kind == Type::Kind::NAMED) {
-    if (without_impls_) return {};
-    for (const Candidate& candidate :
-         world_.definitions(definition(*base.file, base.definition).name)) {
-      if (candidate.kind != Kind::NAMESPACE || candidate.file->language != file_.language) continue;
-      if (!is_impl(definition(*candidate.file, candidate.definition))) continue;
-      const Impl& impl = impls(*candidate.file)[static_cast<std::size_t>(candidate.definition)];
-      if (!same_definition(impl.self, base)) continue;
-      for (const Binder& binder : scopes(*candidate.file).find(candidate.definition, name)) {
-        if (binder.kind != Binder::Kind::BINDING) continue;
-        const Binding& each =
-            facts(*candidate.file).bindings[static_cast<std::size_t>(binder.index)];
-        if (each.value != "type") continue;
-        const Environment environment = environment_of(*candidate.file, candidate.definition, base);
-        return type_of_text(*candidate.file, candidate.definition, each.type, &environment,
-                            depth + 1);
-      }
-    }
-    return {};
-  }
+  if (base.kind == Type::Kind::NAMED) return impl_member(base, name, "type", depth + 1);
   const std::vector<Type> traits = traits_of(base, depth + 1);
   for (const Type& trait : traits) {
     for (const auto& [bound, type] : trait.bindings) {

@@ -127,30 +127,44 @@ Type Evaluator::head_type(DefinitionIndex scope, std::string_view& text, int dep
   const std::size_t end = path_end(text);
   if (end == 0) return {};
   const TypeText path = parse_type(take(end));
-  Type given;
   const bool called = text.starts_with("()") || text.starts_with('{');
-  if (called) {
-    const std::string_view arguments = take(bracket_end(text));
-    if (arguments != "()") {
-      given = value_type(scope, arguments.substr(1, arguments.size() - 2), depth + 1);
-    }
-    const Callee callee = path_callee(file_, scope, path);
-    if (callee.kind != Callee::Kind::EXTERNAL) return returned_type(callee);
-    const std::string_view name = path.path.empty() ? std::string_view() : path.path.back().name;
-    if (name == "Some") return external("Option", {given});
-    if (name == "Ok") return external("Result", {given, Type{}});
-    if (name == "Err") return external("Result", {Type{}, given});
-    const bool makes_itself = name == "new" || name == "from" || name == "default" ||
-                              name == "with_capacity" || name == "pin";
-    if (!makes_itself || callee.self.kind != Type::Kind::EXTERNAL) return {};
-    Type made = callee.self;
-    if (made.arguments.empty() && given.known()) made.arguments.push_back(given);
-    return made;
+  if (!called) return constant_type(scope, path);
+  const std::string_view arguments = take(bracket_end(text));
+  Type given;
+  if (arguments != "()") {
+    given = value_type(scope, arguments.substr(1, arguments.size() - 2), depth + 1);
   }
-  // A constant, a static variable or a unit struct.
-  std::size_t used = 0;
+  return called_type(scope, path, given);
+}
+
+/// What a call of a path returns.
+Type Evaluator::called_type(DefinitionIndex scope, const TypeText& path, const Type& given) {
+  const Callee callee = path_callee(file_, scope, path);
+  if (callee.kind != Callee::Kind::EXTERNAL) return returned_type(callee);
+  const std::string_view name = path.path.empty() ? std::string_view() : path.path.back().name;
+  if (name == "Some") return external("Option", {given});
+  if (name == "Ok") return external("Result", {given, Type{}});
+  if (name == "Err") return external("Result", {Type{}, given});
+  if (name == "take") return given;
+  const bool makes_itself = name == "new" || name == "from" || name == "default" ||
+                            name == "with_capacity" || name == "pin";
+  if (!makes_itself || callee.self.kind != Type::Kind::EXTERNAL) return {};
+  Type made = callee.self;
+  if (made.arguments.empty() && given.known()) made.arguments.push_back(given);
+  return made;
+}
+
+/// The type of a constant, a static variable or a unit struct.
+Type Evaluator::constant_type(DefinitionIndex scope, const TypeText& path) {
   if (path.kind != TypeText::Kind::PATH) return {};
+  if (path.path.front().name == "Self" && path.path.size() == 2) {
+    return impl_member(self_type(file_, scope), path.path.back().name, "const", 0);
+  }
+  std::size_t used = 0;
   const Meaning meaning = path_meaning(file_, scope, path.path, Space::VALUE, used);
+  if (used + 1 == path.path.size()) {
+    return impl_member(named_type(meaning, {}, 0), path.path.back().name, "const", 0);
+  }
   if (used != path.path.size()) return {};
   if (meaning.kind == Meaning::Kind::VARIANT) return named_type(meaning, {}, 0);
   if (meaning.kind != Meaning::Kind::DEFINITION) return {};
@@ -207,6 +221,13 @@ Type Evaluator::stepped(DefinitionIndex scope, const Type& type, std::string_vie
   if (arguments != "()") {
     given = value_type(scope, arguments.substr(1, arguments.size() - 2), depth + 1);
   }
+  return method_result(type, name, given, asked);
+}
+
+/// What a call of the method `name` returns; `given` is what its closure returns, `asked` what its
+/// type arguments say.
+Type Evaluator::method_result(const Type& type, std::string_view name, const Type& given,
+                              const Type& asked) {
   const Callee callee = method(type, name);
   if (callee.kind == Callee::Kind::FOUND) return returned_type(callee);
   if (name == "parse" && asked.known()) return external("Result", {asked, Type{}});
