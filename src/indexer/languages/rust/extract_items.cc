@@ -167,7 +167,8 @@ void Extractor::define_impl(TSNode node, std::uint32_t depth) {
   Definition made = item_definition(node, builder_.text(), Kind::NAMESPACE);
   const TSNode type = child(node, rust_.field.type);
   made.type = support::one_line(text_of(type));
-  made.name = last_name(made.type);
+  // As such types are named among the types of other crates.
+  made.name = made.type.starts_with('[') ? "[]" : last_name(made.type);
   if (made.name.empty()) made.name = support::one_line(made.type, support::LONGEST_EXPRESSION);
   if (made.type.empty()) made.type = "?";
   made.traits &= static_cast<std::uint16_t>(~LOCAL_LINKAGE);

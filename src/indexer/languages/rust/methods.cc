@@ -107,16 +107,19 @@ Callee Evaluator::method_of_named(const Type& type, std::string_view name) {
   std::vector<Candidate> defaults;
   for (const Candidate& candidate : world_.definitions(name)) {
     if (candidate.kind != Kind::METHOD || candidate.file->language != file_.language) continue;
+    // Files are opened only where their method may fit.
+    const bool of_trait = (candidate.traits & VIRTUAL) != 0;
+    if (!of_trait && owner_name(candidate) != type_name) continue;
     const DefinitionIndex parent = definition(*candidate.file, candidate.definition).parent;
     if (parent == NOWHERE) continue;
     const Definition& owner = definition(*candidate.file, parent);
-    if (owner.kind == Kind::TRAIT) {
+    if (of_trait) {
       Type trait;
       trait.kind = Type::Kind::NAMED;
       trait.file = candidate.file;
       trait.definition = parent;
       if (has_trait(type, trait)) defaults.push_back(candidate);
-    } else if (is_impl(owner) && owner_name(candidate) == type_name) {
+    } else if (is_impl(owner)) {
       const Impl& impl = impls(*candidate.file)[static_cast<std::size_t>(parent)];
       if (!same_definition(impl.self, type)) continue;
       (owner.bases.empty() ? inherent : of_traits).push_back(candidate);
@@ -139,9 +142,8 @@ Callee Evaluator::method_of_traits(const Type& type, std::string_view name) {
   bool complete = true;
   for (const Type& trait : traits) complete = complete && trait.known();
   for (const Candidate& candidate : world_.definitions(name)) {
-    if (candidate.kind != Kind::METHOD || candidate.file->language != file_.language) continue;
+    if ((candidate.traits & VIRTUAL) == 0 || candidate.file->language != file_.language) continue;
     const DefinitionIndex parent = definition(*candidate.file, candidate.definition).parent;
-    if (parent == NOWHERE || definition(*candidate.file, parent).kind != Kind::TRAIT) continue;
     const bool has = std::any_of(traits.begin(), traits.end(), [&](const Type& trait) {
       return trait.kind == Type::Kind::NAMED && trait.file->id == candidate.file->id &&
              trait.definition == parent;
@@ -159,6 +161,7 @@ Callee Evaluator::method_of_external(const Type& type, std::string_view name) {
   if (!is_common_method(name)) {
     for (const Candidate& candidate : world_.definitions(name)) {
       if (candidate.kind != Kind::METHOD || candidate.file->language != file_.language) continue;
+      if (owner_name(candidate) != type.name) continue;
       const DefinitionIndex parent = definition(*candidate.file, candidate.definition).parent;
       if (parent == NOWHERE || !is_impl(definition(*candidate.file, parent))) continue;
       const Impl& impl = impls(*candidate.file)[static_cast<std::size_t>(parent)];

@@ -1,6 +1,8 @@
 #include <algorithm>
+#include <map>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "indexer/languages/rust/evaluator.h"
@@ -40,7 +42,6 @@ class Resolver {
   void prove(std::int32_t index, const File& file, DefinitionIndex target, std::string_view rule);
   void guess_doubted(std::int32_t index, const Callee& callee, std::string_view why);
   void guess_namesakes(std::int32_t index, const Callee& callee);
-  bool is_of_trait(const Candidate& candidate);
   bool fits(const Candidate& candidate, const Reference& reference, bool is_method_call,
             bool type_is_known);
   std::optional<Candidate> candidate_of(const File& file, DefinitionIndex index);
@@ -53,6 +54,7 @@ class Resolver {
   World& world_;
   Evaluator values_;
   support::Neighbourhood neighbourhood_;
+  std::map<std::pair<std::int64_t, DefinitionIndex>, std::optional<Candidate>> candidates_;
   Resolution made_;
 };
 
@@ -221,10 +223,12 @@ void Resolver::prove(std::int32_t index, const File& file, DefinitionIndex targe
 }
 
 std::optional<Candidate> Resolver::candidate_of(const File& file, DefinitionIndex index) {
+  const auto [place, added] = candidates_.try_emplace({file.id, index});
+  if (!added) return place->second;
   for (const Candidate& candidate : world_.definitions(values_.definition(file, index).name)) {
-    if (candidate.file->id == file.id && candidate.definition == index) return candidate;
+    if (candidate.file->id == file.id && candidate.definition == index) place->second = candidate;
   }
-  return std::nullopt;
+  return place->second;
 }
 
 /// The callee first, and what else its doubt leaves open: the same name in the same type.
@@ -245,22 +249,18 @@ void Resolver::guess_doubted(std::int32_t index, const Callee& callee, std::stri
                      std::move(fitting), neighbourhood_);
 }
 
-/// Traits may be given to types in ways that are not seen.
-bool Resolver::is_of_trait(const Candidate& candidate) {
-  const DefinitionIndex parent = values_.definition(*candidate.file, candidate.definition).parent;
-  return parent != NOWHERE && values_.definition(*candidate.file, parent).kind == Kind::TRAIT;
-}
-
 bool Resolver::fits(const Candidate& candidate, const Reference& reference, bool is_method_call,
                     bool type_is_known) {
   if (candidate.file->language != file_.language) return false;
   const bool is_static = (candidate.traits & STATIC_MEMBER) != 0;
+  // Traits may be given to types in ways that are not seen.
+  const bool is_of_trait = (candidate.traits & VIRTUAL) != 0;
   if (is_method_call) {
     if (candidate.kind != Kind::METHOD || is_static) return false;
     if (!support::accepts_arguments(candidate, reference.arguments)) return false;
-    return !type_is_known || is_of_trait(candidate);
+    return !type_is_known || is_of_trait;
   }
-  if (type_is_known) return candidate.kind == Kind::METHOD && is_of_trait(candidate);
+  if (type_is_known) return candidate.kind == Kind::METHOD && is_of_trait;
   if (reference.receiver.empty()) {
     return candidate.kind == Kind::FUNCTION &&
            support::accepts_arguments(candidate, reference.arguments);
