@@ -23,7 +23,8 @@ const std::string SAMPLES[] = {
     "#[cfg(a)]\npub mod m { use super::{a::*, b as c}; impl<'a, T: A<B = C>> D<T> for E<'a> where "
     "T: F { type G = T; fn h(&self, (i, j): (u8, T)) -> Result<T, u8> { let k = match self.l.m(|n| "
     "n.o())? { Some(P { q, .. }) | Some(P { q }) => q, _ => return r!(s.t(1)), }; for u in &k[..] "
-    "{ <T as A>::v::<u8>(u as u8); } } } }\n[dependencies]\nw = { path = \"../x\" }\n",
+    "{ <T as A>::v::<u8>(u as u8); } } } }\ncfg_if! { if #[cfg(x)] { fn y() {} } else { 'z' } }\n"
+    "[dependencies]\nw = { path = \"../x\" }\n",
 };
 
 /// Facts must hold together whatever they were made from.

@@ -69,6 +69,29 @@ function crate::go 29-32 @29 [2 2] `pub async unsafe fn go<'a>( a: &'a str, #[cf
 )");
 }
 
+TEST(RustExtraction, MacrosAroundItems) {
+  MemorySource source = source_of(R"(cfg_if::cfg_if! {
+    if #[cfg(unix)] { // '{'
+        pub fn a() { x!{ fn no() {} } }
+    } else {
+        pub fn a() {}
+    }
+}
+mod m { cfg_io! { #[derive(X)] struct S { a: u8 } } }
+fn f() { cfg_io! { fn no() {} } }
+other! { fn no() {} }
+const C: &str = r#"cfg_x! { fn no() {} "#;
+)");
+  EXPECT_EQ(describe_definitions(entry_of(source), source.resolve("src/lib.rs").qualified_names),
+            R"(function crate::a 3-3 @3 [0 0] {conditional,from-macro} `pub fn a()`
+function crate::a 5-5 @5 [0 0] {conditional,from-macro} `pub fn a()`
+namespace crate::m 8-8 @8 {local} `mod m`
+struct crate::m::S 8-8 @8 {local,conditional,from-macro} `struct S`
+function crate::f 9-9 @9 [0 0] {local} `fn f()`
+variable crate::C 11-11 @11 {local} `const C: &str`
+)");
+}
+
 TEST(RustExtraction, References) {
   MemorySource source = source_of(R"(use std::fmt::{self, Write as W, *};
 fn f(a: Foo<Bar>, b: &dyn m::Trait) -> T {

@@ -260,6 +260,26 @@ const std::vector<Case> CASES = {
     {"WithoutSuchAMethod",
      {{"src/lib.rs", STORE + in_function("s.$call^put(1);", "s: Store")}},
      "no edge"},
+    {"TypeOfConditionalImports",
+     {{"src/lib.rs", "mod a;\nmod b;\n#[cfg(unix)]\nuse a::T;\n#[cfg(windows)]\nuse b::T;\n" +
+                         in_function("t.$call^put();", "t: &T")},
+      {"src/a.rs", "pub struct T;\nimpl T { pub fn $target^put(&self) {} }\n"},
+      {"src/b.rs", "pub struct T;\nimpl T { pub fn put(&self) {} }\n"}},
+     "guessed namesake: the name is defined more than once (of 2)"},
+    {"ModuleInsideAConditionMacro",
+     {{"src/lib.rs", "cfg_rt! {\n    mod a;\n}\n" + in_function("a::$call^run(1);")},
+      {"src/a.rs", RUN}},
+     "proven path"},
+    {"CallInsideAConditionMacro",
+     {{"src/lib.rs", RUN + "cfg_if::cfg_if! {\n    if #[cfg(feature = \"}\")] {\n" +
+                         in_function("$call^run(1);") + "    } else {}\n}\n"}},
+     "guessed namesake: the call is written inside a macro's arguments (of 1)"},
+    {"TwinsInsideAConditionMacro",
+     {{"src/lib.rs", "cfg_if! {\n    if #[cfg(unix)] { " + RUN +
+                         " } else if #[cfg(windows)] "
+                         "{ pub fn run(a: u8) {} } else { pub fn run(a: u8) {} }\n}\n" +
+                         in_function("$call^run(1);")}},
+     "guessed namesake: the name is defined more than once (of 3)"},
     {"ThroughDeref",
      {{"src/lib.rs", STORE + "impl std::ops::Deref for Store { type Target = Inner; }\n" +
                          in_function("s.$call^put(1);", "s: Store")}},

@@ -30,10 +30,12 @@ std::string joined(const std::string& prefix, std::string_view path) {
 
 bool Extractor::enter_item(TSNode node, Node kind, std::uint32_t depth,
                            const Attributes& attributes) {
-  if (attributes.line != 0 || attributes.is_conditional) {
+  const bool wrapped = is_wrapped(node);
+  if (attributes.line != 0 || attributes.is_conditional || wrapped) {
     support::Frame& frame = builder_.open(depth);
     frame.start = attributes.line;
-    if (attributes.is_conditional) frame.traits |= CONDITIONAL;
+    if (attributes.is_conditional || wrapped) frame.traits |= CONDITIONAL;
+    if (wrapped) frame.traits |= FROM_MACRO;
   }
   switch (kind) {
     case Node::FUNCTION:
@@ -84,6 +86,15 @@ bool Extractor::enter_item(TSNode node, Node kind, std::uint32_t depth,
       return false;
     }
   }
+}
+
+/// Whether an item stands in a macro that prepare() took away.
+bool Extractor::is_wrapped(TSNode node) const {
+  const std::size_t start = ts_node_start_byte(node);
+  const auto after = std::upper_bound(
+      wrapped_.begin(), wrapped_.end(), start,
+      [](std::size_t byte, const WrappedItems& each) { return byte < each.start; });
+  return after != wrapped_.begin() && start < (after - 1)->end;
 }
 
 void Extractor::read_attribute(TSNode node, std::uint32_t depth) {

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "indexer/languages/rust/locals.h"
+#include "indexer/languages/rust/prepare.h"
 #include "indexer/languages/rust/syntax.h"
 #include "indexer/languages/support/facts_builder.h"
 
@@ -24,7 +25,7 @@ struct Attributes {
 
 class Extractor {
  public:
-  explicit Extractor(std::string_view text) : builder_(text) {}
+  explicit Extractor(std::string_view text) : wrapped_(wrapped_items(text)), builder_(text) {}
 
   bool enter(TSNode node, std::uint32_t depth);
   void leave(std::uint32_t depth);
@@ -87,7 +88,10 @@ class Extractor {
 
   std::string_view text_of(TSNode node) const { return support::text_of(node, builder_.text()); }
 
+  bool is_wrapped(TSNode node) const;
+
   const Syntax& rust_ = syntax();
+  std::vector<WrappedItems> wrapped_;
   support::FactsBuilder builder_;
   Locals locals_;
   Attributes attributes_;

@@ -204,6 +204,10 @@ Callee Evaluator::method(const Type& type, std::string_view name) {
   Callee first;
   for (int step = 0; step < MOST_DEREFERENCES; ++step) {
     Callee found = find_method(at, name);
+    if (found.kind == Callee::Kind::FOUND && found.sure && !at.doubt.empty()) {
+      found.sure = false;
+      found.doubt = at.doubt;
+    }
     if (found.kind == Callee::Kind::FOUND && by_deref) {
       found.sure = false;
       if (found.doubt.empty()) found.doubt = "the method is reached through Deref";
@@ -242,7 +246,9 @@ Type Evaluator::field(const Type& type, std::string_view name, int depth) {
       const Binding& each = facts(*type.file).bindings[static_cast<std::size_t>(binder.index)];
       if (each.value != "field") continue;
       const Environment environment = environment_of(*type.file, type.definition, type);
-      return type_of_text(*type.file, type.definition, each.type, &environment, depth + 1);
+      Type made = type_of_text(*type.file, type.definition, each.type, &environment, depth + 1);
+      if (made.doubt.empty()) made.doubt = type.doubt;
+      return made;
     }
   }
   const Type inner = dereferenced(type, depth + 1);

@@ -3,6 +3,7 @@
 #include <array>
 
 #include "indexer/languages/rust/manifest.h"
+#include "indexer/languages/rust/prepare.h"
 
 namespace context_delta::indexer::rust {
 namespace {
@@ -17,6 +18,7 @@ const Language LANGUAGE = {.name = "rust",
                            .suffixes = SUFFIXES,
                            .accepts = nullptr,
                            .grammar = tree_sitter_rust,
+                           .prepare = prepare,
                            .extract = extract,
                            .resolve = resolve};
 

@@ -110,7 +110,7 @@ class Parser {
         const std::string_view word = name();
         if (peek("=") && !peek("==")) {
           skip("=");
-          segment.bindings.emplace_back(word, type(depth + 1));
+          segment.bindings.push_back({word, type(depth + 1)});
           skip(",");
           continue;
         }

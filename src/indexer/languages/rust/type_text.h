@@ -1,19 +1,19 @@
 #pragma once
 
 #include <string_view>
-#include <utility>
 #include <vector>
 
 /// Types and paths as they are written, taken apart.
 namespace context_delta::indexer::rust {
 
 struct TypeText;
+struct NamedTypeText;
 
 /// A part of a path: `Reader<T, Offset = usize>`.
 struct Segment {
   std::string_view name;
   std::vector<TypeText> arguments;
-  std::vector<std::pair<std::string_view, TypeText>> bindings;
+  std::vector<NamedTypeText> bindings;
 };
 
 /// References, lifetimes and `mut` are left out: `&'a mut T` is `T`. Views point into the text.
@@ -30,6 +30,11 @@ struct TypeText {
   Kind kind = Kind::UNKNOWN;
   std::vector<Segment> path;
   std::vector<TypeText> parts;
+};
+
+struct NamedTypeText {
+  std::string_view name;
+  TypeText type;
 };
 
 /// UNKNOWN for what is no type.

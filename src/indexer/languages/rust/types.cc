@@ -117,7 +117,7 @@ Type Evaluator::path_type(const File& file, DefinitionIndex scope, const TypeTex
   }
   std::size_t used = 1;
   std::vector<Type> arguments;
-  std::vector<std::pair<std::string, Type>> bindings;
+  std::vector<NamedType> bindings;
   if (!base) {
     const Meaning meaning = path_meaning(file, scope, path, Space::TYPE, used);
     for (const Segment& segment : path) {
@@ -125,7 +125,8 @@ Type Evaluator::path_type(const File& file, DefinitionIndex scope, const TypeTex
         arguments.push_back(type_of_text(file, scope, each, environment, depth + 1));
       }
       for (const auto& [name, each] : segment.bindings) {
-        bindings.emplace_back(name, type_of_text(file, scope, each, environment, depth + 1));
+        bindings.push_back(
+            {std::string(name), type_of_text(file, scope, each, environment, depth + 1)});
       }
     }
     if (meaning.kind == Meaning::Kind::EXTERNAL) {
@@ -138,6 +139,7 @@ Type Evaluator::path_type(const File& file, DefinitionIndex scope, const TypeTex
       return external(path.front().name);
     }
     base = named_type(meaning, arguments, depth + 1);
+    if (!meaning.sure) base->doubt = meaning.doubt;
     if (base->kind == Type::Kind::BOUNDED && !base->arguments.empty()) {
       base->arguments.front().bindings = std::move(bindings);
     }
@@ -157,8 +159,8 @@ Type Evaluator::named_type(const Meaning& meaning, const std::vector<Type>& argu
     Environment environment;
     std::size_t index = 0;
     for (const std::string& name : generics(*meaning.file, meaning.definition)) {
-      environment.parameters.emplace_back(name,
-                                          index < arguments.size() ? arguments[index] : Type{});
+      environment.parameters.push_back(
+          {name, index < arguments.size() ? arguments[index] : Type{}});
       ++index;
     }
     return type_of_text(*meaning.file, meaning.definition, found.type, &environment, depth + 1);
@@ -300,7 +302,7 @@ void Evaluator::unify(const Type& pattern, const Type& actual, Environment& envi
                       int depth) {
   if (depth > DEEPEST || !actual.known()) return;
   if (pattern.kind == Type::Kind::PARAMETER) {
-    environment.parameters.emplace_back(pattern.name, actual);
+    environment.parameters.push_back({pattern.name, actual});
     return;
   }
   if (pattern.kind != actual.kind) return;
@@ -337,11 +339,11 @@ Environment Evaluator::environment_of(const File& file, DefinitionIndex index, c
   } else {
     const std::size_t shared = std::min(names.size(), self.arguments.size());
     for (std::size_t i = 0; i < shared; ++i) {
-      made.parameters.emplace_back(names[i], self.arguments[i]);
+      made.parameters.push_back({names[i], self.arguments[i]});
     }
   }
   // What is not said stays open: another place's parameters mean nothing here.
-  for (const std::string& name : names) made.parameters.emplace_back(name, Type{});
+  for (const std::string& name : names) made.parameters.push_back({name, Type{}});
   return made;
 }
 

@@ -11,6 +11,8 @@
 /// What types, paths and calls mean.
 namespace context_delta::indexer::rust {
 
+struct NamedType;
+
 /// A type, references to it aside.
 struct Type {
   enum class Kind {
@@ -26,8 +28,14 @@ struct Type {
   DefinitionIndex definition = NOWHERE;  ///< PARAMETER: the definition that binds it
   std::string name;                      ///< of PARAMETER and EXTERNAL
   std::vector<Type> arguments;
-  std::vector<std::pair<std::string, Type>> bindings;  ///< of a trait: `Item = T`
+  std::vector<NamedType> bindings;  ///< of a trait: `Item = T`
+  std::string_view doubt = {};      ///< why it may be another type; empty when nothing says so
   bool known() const { return kind != Kind::UNKNOWN; }
+};
+
+struct NamedType {
+  std::string name;
+  Type type;
 };
 
 bool same_definition(const Type& a, const Type& b);
@@ -35,7 +43,7 @@ bool same_definition(const Type& a, const Type& b);
 /// What the parameters of an item stand for where it is used.
 struct Environment {
   const Type* self = nullptr;
-  std::vector<std::pair<std::string, Type>> parameters;
+  std::vector<NamedType> parameters;
 };
 
 /// The names that a path may end with.

@@ -339,9 +339,11 @@ Type Evaluator::returned_type(const Callee& callee) {
     environment = environment_of(*callee.file, callee.definition, callee.self);
   }
   for (const std::string& name : generics(*callee.file, callee.definition)) {
-    environment.parameters.emplace_back(name, Type{});
+    environment.parameters.push_back({name, Type{}});
   }
-  return type_of_text(*callee.file, callee.definition, found.type, &environment);
+  Type made = type_of_text(*callee.file, callee.definition, found.type, &environment);
+  if (!callee.sure && made.doubt.empty()) made.doubt = callee.doubt;
+  return made;
 }
 
 }  // namespace context_delta::indexer::rust
