@@ -37,6 +37,8 @@ void add_definition(Hash& hash, const Definition& definition) {
   for (const std::string& base : definition.bases) hash.add(base);
   hash.add(static_cast<std::int64_t>(definition.bases.size()));
   hash.add(definition.type);
+  for (const std::string& parameter : definition.parameters) hash.add(parameter);
+  hash.add(static_cast<std::int64_t>(definition.parameters.size()));
   hash.add(definition.least_arguments);
   hash.add(definition.most_arguments);
   hash.add(definition.traits);

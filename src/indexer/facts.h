@@ -69,6 +69,8 @@ struct Definition {
   std::int16_t least_arguments = 0;
   std::int16_t most_arguments = ANY_NUMBER;  ///< the receiver (self, this) is not counted
   std::uint16_t traits = 0;
+  /// Types of a function's parameters, as written, in a language whose overloads they tell apart.
+  std::vector<std::string> parameters;
   friend bool operator==(const Definition&, const Definition&) = default;
 };
 
@@ -89,6 +91,9 @@ struct Reference {
   DefinitionIndex enclosing = NOWHERE;  ///< innermost definition around it
   std::int16_t arguments = ANY_NUMBER;  ///< of a call
   std::uint16_t traits = 0;
+  /// The arguments of a call, each normalised like a receiver, joined by ','; empty in a language
+  /// that does not choose by their types.
+  std::string values;
   friend bool operator==(const Reference&, const Reference&) = default;
 };
 

@@ -134,6 +134,8 @@ void write(Writer& writer, const Definition& definition) {
   writer.unsigned_number(definition.bases.size());
   for (const std::string& base : definition.bases) writer.string(base);
   writer.string(definition.type);
+  writer.unsigned_number(definition.parameters.size());
+  for (const std::string& parameter : definition.parameters) writer.string(parameter);
   writer.arguments(definition.least_arguments);
   writer.arguments(definition.most_arguments);
   writer.unsigned_number(definition.traits);
@@ -154,6 +156,8 @@ void read(Reader& reader, Definition& definition, DefinitionIndex index) {
   definition.bases.resize(reader.count());
   for (std::string& base : definition.bases) base = reader.string();
   definition.type = reader.string();
+  definition.parameters.resize(reader.count());
+  for (std::string& parameter : definition.parameters) parameter = reader.string();
   definition.least_arguments = reader.arguments();
   definition.most_arguments = reader.arguments();
   definition.traits = reader.traits();
@@ -166,6 +170,7 @@ void write(Writer& writer, const Reference& reference) {
   writer.line(reference.line);
   writer.number(reference.enclosing);
   writer.arguments(reference.arguments);
+  writer.string(reference.values);
   writer.unsigned_number(reference.traits);
 }
 
@@ -176,6 +181,7 @@ void read(Reader& reader, Reference& reference, DefinitionIndex last) {
   reference.line = reader.line();
   reference.enclosing = reader.number<DefinitionIndex>(NOWHERE, last);
   reference.arguments = reader.arguments();
+  reference.values = reader.string();
   reference.traits = reader.traits();
 }
 

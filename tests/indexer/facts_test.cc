@@ -52,6 +52,7 @@ class Generator {
     made.scope = text();
     for (std::uint32_t i = below(3); i > 0; --i) made.bases.push_back(text());
     made.type = text();
+    for (std::uint32_t i = below(3); i > 0; --i) made.parameters.push_back(text());
     made.least_arguments = arguments();
     made.most_arguments = arguments();
     made.traits = traits();
@@ -59,7 +60,8 @@ class Generator {
     return made;
   }
   Reference reference() {
-    return {text(), text(), static_cast<Role>(below(7)), line(), scope(), arguments(), traits()};
+    return {text(), text(), static_cast<Role>(below(7)), line(), scope(), arguments(), traits(),
+            text()};
   }
   Binding binding() {
     return {text(),  static_cast<Binding::Kind>(below(4)), scope(), text(), text(), line(),
@@ -144,6 +146,7 @@ TEST(Facts, InterfaceHashCoversWhatOthersMaySeeAndNothingElse) {
   EXPECT_TRUE(changed([](Facts& f) { f.definitions[1].traits = VIRTUAL; }));
   EXPECT_TRUE(changed([](Facts& f) { f.definitions[1].parent = NOWHERE; }));
   EXPECT_TRUE(changed([](Facts& f) { f.definitions[0].bases = {"Base"}; }));
+  EXPECT_TRUE(changed([](Facts& f) { f.definitions[1].parameters = {"int"}; }));
   EXPECT_TRUE(changed([](Facts& f) { std::swap(f.definitions[0], f.definitions[2]); }));
   EXPECT_TRUE(changed([](Facts& f) { f.imports.push_back({"m", "", "", NOWHERE, 1, 0}); }));
   EXPECT_TRUE(changed([](Facts& f) { f.exports = {"Box"}; }));
