@@ -5,6 +5,7 @@
 #include "indexer/languages/c/c.h"
 #include "indexer/languages/cpp/cpp.h"
 #include "indexer/languages/go/go.h"
+#include "indexer/languages/java/java.h"
 #include "indexer/languages/python/python.h"
 #include "indexer/languages/rust/rust.h"
 
@@ -20,6 +21,7 @@ constexpr std::array LANGUAGES = {
     &go::MODULE_LANGUAGE,
     &rust::LANGUAGE,
     &rust::MANIFEST_LANGUAGE,
+    &java::LANGUAGE,
 };
 
 bool claims(const Language& language, std::string_view path) {

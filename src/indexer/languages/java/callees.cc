@@ -1,0 +1,108 @@
+#include <algorithm>
+
+#include "indexer/languages/java/library.h"
+#include "indexer/languages/java/values.h"
+#include "indexer/languages/support/facts_builder.h"
+
+namespace context_delta::indexer::java {
+namespace {
+
+using support::definition_at;
+
+/// Picks among the methods of a class; a class with supertypes out of sight may inherit another.
+Callee picked(TypeNames& names, const Type& receiver, Methods methods, const Arguments& arguments) {
+  Callee made;
+  made.receiver = receiver;
+  made.choice = choose(names, methods.all, arguments, methods.open || !methods.known);
+  if (!made.choice.fitting.empty() || methods.all.empty()) return made;
+  made.outside = methods.open;
+  if (!methods.open) made.choice.fitting = std::move(methods.all);
+  made.doubt = "no method of the name takes these arguments";
+  return made;
+}
+
+}  // namespace
+
+Callee Values::on(const Type& receiver, std::string_view name, const Arguments& arguments) {
+  Callee made;
+  made.receiver = receiver;
+  if (receiver.kind == Type::Kind::VARIABLE && receiver.dimensions == 0) {
+    return on(names_.bound(receiver), name, arguments);
+  }
+  if (!receiver.is_class()) {
+    const bool unknown = receiver.kind == Type::Kind::UNKNOWN ||
+                         receiver.kind == Type::Kind::CHOICE ||
+                         receiver.kind == Type::Kind::PACKAGE;
+    made.outside = !unknown || receiver.dimensions > 0 || receiver.outside;
+    return made;
+  }
+  Methods methods = methods_of(names_, receiver, name);
+  if (!methods.all.empty()) {
+    made = picked(names_, receiver, std::move(methods), arguments);
+    if (!receiver.sure) made.doubt = "several classes have the receiver's name";
+    return made;
+  }
+  // Inherited from outside, or made by the compiler: of a record, an enum, java.lang.Object.
+  made.outside = methods.known;
+  return made;
+}
+
+Callee Values::bare(DefinitionIndex scope, std::string_view name, const Arguments& arguments) {
+  bool open = false;
+  bool known = true;
+  Type owner = names_.enclosing_class(file_, scope);
+  while (owner.kind == Type::Kind::CLASS) {
+    owner.is_this = true;
+    Methods methods = methods_of(names_, owner, name);
+    if (!methods.all.empty()) {
+      Callee made = picked(names_, owner, std::move(methods), arguments);
+      if (!known || (open && is_common_method(name))) {
+        made.doubt = "a class in between may inherit a method of the name";
+      }
+      return made;
+    }
+    open = open || methods.open;
+    known = known && methods.known;
+    owner = names_.enclosing_class(file_, definition_at(facts_, owner.definition).parent);
+  }
+  Callee made = statically_imported(name, arguments);
+  if (!made.choice.fitting.empty() || made.outside) return made;
+  made.outside = known;
+  made.receiver = names_.enclosing_class(file_, scope);
+  return made;
+}
+
+Callee Values::statically_imported(std::string_view name, const Arguments& arguments) {
+  Methods methods;
+  Type owner;
+  bool outside = false;
+  bool single = false;  // by name, which goes before imports on demand
+  for (const Import& import : facts_.imports) {
+    if ((import.traits & STATIC_MEMBER) == 0) continue;
+    const bool named = import.name == name;
+    if (!named && (import.name != "*" || single)) continue;
+    const Type each = names_.imported(file_, import.module);
+    if (each.kind != Type::Kind::CLASS) {
+      outside = outside || named;
+      methods.open = true;
+      continue;
+    }
+    Methods found = methods_of(names_, each, name);
+    if (found.all.empty()) continue;
+    if (named && !single) methods.all.clear();
+    single = single || named;
+    owner = each;
+    methods.known = methods.known && each.sure;
+    for (Method& method : found.all) methods.all.push_back(std::move(method));
+  }
+  Callee made;
+  if (methods.all.empty()) {
+    made.outside = outside;
+    return made;
+  }
+  made = picked(names_, owner, std::move(methods), arguments);
+  made.imported = true;
+  return made;
+}
+
+}  // namespace context_delta::indexer::java

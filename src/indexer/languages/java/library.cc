@@ -1,0 +1,173 @@
+#include "indexer/languages/java/library.h"
+
+#include <algorithm>
+#include <array>
+#include <vector>
+
+#include "indexer/languages/support/text.h"
+
+namespace context_delta::indexer::java {
+namespace {
+
+constexpr auto COMMON_METHODS = std::to_array<std::string_view>({
+    "accept",
+    "add",
+    "addAll",
+    "apply",
+    "append",
+    "asList",
+    "call",
+    "cancel",
+    "charAt",
+    "clear",
+    "clone",
+    "close",
+    "collect",
+    "compare",
+    "compareTo",
+    "contains",
+    "containsKey",
+    "count",
+    "currentTimeMillis",
+    "entrySet",
+    "equals",
+    "exists",
+    "exit",
+    "filter",
+    "find",
+    "finalize",
+    "findFirst",
+    "flush",
+    "forEach",
+    "format",
+    "get",
+    "getBytes",
+    "getClass",
+    "getId",
+    "getKey",
+    "getMessage",
+    "getName",
+    "getOrDefault",
+    "getSimpleName",
+    "getTime",
+    "getType",
+    "getValue",
+    "hasNext",
+    "hashCode",
+    "indexOf",
+    "insert",
+    "intValue",
+    "isEmpty",
+    "isPresent",
+    "iterator",
+    "join",
+    "keySet",
+    "length",
+    "limit",
+    "lock",
+    "longValue",
+    "map",
+    "matcher",
+    "matches",
+    "name",
+    "next",
+    "notify",
+    "notifyAll",
+    "of",
+    "offer",
+    "ordinal",
+    "orElse",
+    "parallel",
+    "parseInt",
+    "peek",
+    "poll",
+    "pop",
+    "print",
+    "printf",
+    "println",
+    "push",
+    "put",
+    "putAll",
+    "putIfAbsent",
+    "read",
+    "readLine",
+    "remove",
+    "removeAll",
+    "replace",
+    "replaceAll",
+    "reset",
+    "run",
+    "set",
+    "size",
+    "skip",
+    "sort",
+    "sorted",
+    "split",
+    "start",
+    "startsWith",
+    "stop",
+    "stream",
+    "submit",
+    "substring",
+    "sum",
+    "test",
+    "toArray",
+    "toList",
+    "toLowerCase",
+    "toString",
+    "toUpperCase",
+    "trim",
+    "unlock",
+    "update",
+    "valueOf",
+    "values",
+    "wait",
+    "write",
+});
+
+}  // namespace
+
+const LibraryType* library_type(std::string_view name) {
+  const std::span<const LibraryType> all = library_types();
+  const auto found = std::lower_bound(
+      all.begin(), all.end(), name,
+      [](const LibraryType& each, std::string_view wanted) { return each.name < wanted; });
+  return found == all.end() || found->name != name ? nullptr : &*found;
+}
+
+bool is_library_subtype(const LibraryType& type, const LibraryType& supertype) {
+  if (supertype.name == "Object") return true;
+  std::vector<const LibraryType*> pending = {&type};
+  while (!pending.empty()) {
+    const LibraryType* each = pending.back();
+    pending.pop_back();
+    if (each == &supertype) return true;
+    for (const std::string_view name : support::split(each->supertypes, ' ')) {
+      const LibraryType* above = library_type(name);
+      if (above != nullptr) pending.push_back(above);
+    }
+  }
+  return false;
+}
+
+std::string_view library_member(const LibraryType& type, std::string_view member) {
+  for (const LibraryType* each = &type; each != nullptr;) {
+    for (const std::string_view entry : support::split(each->members, ' ')) {
+      const std::size_t colon = entry.find(':');
+      if (entry.substr(0, colon) == member) return entry.substr(colon + 1);
+    }
+    // Only superclasses without type arguments of their own can hand theirs down unchanged.
+    const std::string_view above = each->supertypes.substr(0, each->supertypes.find(' '));
+    const LibraryType* next = library_type(above);
+    const bool generic = next != nullptr && next->members.find(":0") != std::string_view::npos;
+    if (next == nullptr && each->name != "Object") next = library_type("Object");
+    each = generic ? library_type("Object") : next;
+  }
+  return {};
+}
+
+bool is_common_method(std::string_view name) {
+  return std::find(COMMON_METHODS.begin(), COMMON_METHODS.end(), name) != COMMON_METHODS.end();
+}
+
+}  // namespace context_delta::indexer::java
