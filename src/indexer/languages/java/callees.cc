@@ -15,8 +15,12 @@ Callee picked(TypeNames& names, const Type& receiver, Methods methods, const Arg
   made.receiver = receiver;
   made.choice = choose(names, methods.all, arguments, methods.open || !methods.known);
   if (!made.choice.fitting.empty() || methods.all.empty()) return made;
-  made.outside = methods.open;
-  if (!methods.open) made.choice.fitting = std::move(methods.all);
+  const std::size_t count = arguments.types.size();
+  const bool counted = std::any_of(methods.all.begin(), methods.all.end(), [&](const Method& each) {
+    return each.variadic || each.parameters.size() == count;
+  });
+  made.outside = methods.open && !counted;
+  if (!made.outside) made.choice.fitting = std::move(methods.all);
   made.doubt = "no method of the name takes these arguments";
   return made;
 }

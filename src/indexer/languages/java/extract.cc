@@ -366,12 +366,12 @@ void Extractor::enter_creation(TSNode node) {
                          java_.kind(outer) != Node::ANNOTATION &&
                          java_.kind(outer) != Node::TYPE_ARGUMENTS;
   if (qualified) receiver = expressions_.of(outer) + ".new";
-  builder_
-      .refer(name, std::move(receiver), Role::CONSTRUCT, first_line(type),
-             argument_count(arguments))
-      .values = expressions_.arguments(arguments);
-  constructed_ = java_.kind(type) == Node::GENERIC_TYPE ? first_child(type).id : type.id;
   const TSNode body = child_of_kind(node, Node::CLASS_BODY);
+  Reference& made = builder_.refer(name, std::move(receiver), Role::CONSTRUCT, first_line(type),
+                                   argument_count(arguments));
+  made.values = expressions_.arguments(arguments);
+  if (!is_null(body)) made.traits |= DECLARATION;
+  constructed_ = java_.kind(type) == Node::GENERIC_TYPE ? first_child(type).id : type.id;
   if (!is_null(body)) creations_[body.id] = {node, "<anonymous " + name + ">", written};
 }
 

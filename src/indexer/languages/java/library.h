@@ -15,7 +15,7 @@ struct LibraryType {
   /// nothing, "r" when it gives a value.
   std::string_view function;
   /// `method:type` separated by spaces; 0 and 1 stand for type arguments; `FIELD.:type` is a
-  /// constant.
+  /// constant, `*.:type` any constant.
   std::string_view members;
 };
 

@@ -16,12 +16,12 @@ constexpr auto TYPES = std::to_array<LibraryType>({
     {"ArrayDeque", "java.util", "Deque Cloneable Serializable", "", "size:int isEmpty:boolean contains:boolean add:boolean addAll:boolean containsAll:boolean "
      "removeAll:boolean retainAll:boolean toArray:Object[] iterator:Iterator<0> "
      "stream:Stream<0> poll:0 peek:0 pop:0 getFirst:0 getLast:0 pollFirst:0 pollLast:0 "
-     "peekFirst:0 peekLast:0 removeFirst:0 removeLast:0"},
+     "peekFirst:0 peekLast:0 removeFirst:0 removeLast:0 remove:?"},
     {"ArrayIndexOutOfBoundsException", "java.lang", "IndexOutOfBoundsException", "", ""},
     {"ArrayList", "java.util", "List RandomAccess Cloneable Serializable", "", "size:int isEmpty:boolean contains:boolean add:boolean addAll:boolean containsAll:boolean "
      "removeAll:boolean retainAll:boolean toArray:Object[] iterator:Iterator<0> "
      "stream:Stream<0> get:0 set:0 indexOf:int lastIndexOf:int subList:List<0> "
-     "listIterator:ListIterator<0>"},
+     "listIterator:ListIterator<0> remove:?"},
     {"ArrayStoreException", "java.lang", "RuntimeException", "", ""},
     {"Arrays", "java.util", "", "", "hashCode:int equals:boolean toString:String deepToString:String deepHashCode:int "
      "deepEquals:boolean binarySearch:int"},
@@ -57,12 +57,13 @@ constexpr auto TYPES = std::to_array<LibraryType>({
      "parseByte:byte"},
     {"ByteArrayInputStream", "java.io", "InputStream", "", ""},
     {"ByteArrayOutputStream", "java.io", "OutputStream", "", "toByteArray:byte[] size:int toString:String"},
+    {"ByteBuffer", "java.nio", "Comparable", "", "get:byte getInt:int getLong:long remaining:int position:int limit:int"},
     {"Calendar", "java.util", "Serializable Cloneable Comparable", "", "getTime:Date getTimeZone:TimeZone getTimeInMillis:long get:int getInstance:Calendar "
-     "getActualMaximum:int getFirstDayOfWeek:int"},
+     "getActualMaximum:int getFirstDayOfWeek:int *.:int"},
     {"Callable", "java.util.concurrent", "", "0r", "call:0"},
     {"CharArrayReader", "java.io", "Reader", "", ""},
     {"CharArrayWriter", "java.io", "Writer", "", ""},
-    {"CharBuffer", "java.nio", "CharSequence Appendable Readable Comparable", "", ""},
+    {"CharBuffer", "java.nio", "CharSequence Appendable Readable Comparable", "", "wrap:CharBuffer"},
     {"CharSequence", "java.lang", "", "", "length:int charAt:char subSequence:CharSequence isEmpty:boolean toString:String "
      "chars:IntStream"},
     {"Character", "java.lang", "Comparable Serializable", "", "charValue:char valueOf:Character isDigit:boolean isLetter:boolean "
@@ -86,7 +87,7 @@ constexpr auto TYPES = std::to_array<LibraryType>({
      "isAnnotation:boolean isMemberClass:boolean isAnonymousClass:boolean isLocalClass:boolean "
      "toString:String hashCode:int"},
     {"ClassCastException", "java.lang", "RuntimeException", "", ""},
-    {"ClassLoader", "java.lang", "", "", ""},
+    {"ClassLoader", "java.lang", "", "", "getResource:URL getResourceAsStream:InputStream loadClass:Class<?> getParent:ClassLoader"},
     {"ClassNotFoundException", "java.lang", "ReflectiveOperationException", "", ""},
     {"ClassValue", "java.lang", "", "", ""},
     {"CloneNotSupportedException", "java.lang", "Exception", "", ""},
@@ -105,6 +106,7 @@ constexpr auto TYPES = std::to_array<LibraryType>({
      "isEmpty:boolean containsKey:boolean containsValue:boolean keySet:Set<0> "
      "values:Collection<1> entrySet:Set<Map.Entry<0,1>>"},
     {"ConcurrentModificationException", "java.util", "RuntimeException", "", ""},
+    {"Condition", "java.util.concurrent.locks", "", "", ""},
     {"Constructor", "java.lang.reflect", "Executable", "", "newInstance:0 getParameterTypes:Class<?>[] getName:String getModifiers:int "
      "getDeclaringClass:Class<0> isVarArgs:boolean"},
     {"Consumer", "java.util.function", "", "1v", "accept:void andThen:Consumer<0>"},
@@ -117,19 +119,19 @@ constexpr auto TYPES = std::to_array<LibraryType>({
     {"DataInputStream", "java.io", "FilterInputStream", "", ""},
     {"DataOutputStream", "java.io", "FilterOutputStream", "", ""},
     {"Date", "java.util", "Serializable Cloneable Comparable", "", "getTime:long before:boolean after:boolean compareTo:int toInstant:Instant"},
-    {"DateFormat", "java.text", "Format", "", "format:String parse:Date"},
+    {"DateFormat", "java.text", "Format", "", "format:String parse:Date *.:int"},
     {"DecimalFormat", "java.text", "NumberFormat", "", "format:String parse:Number"},
     {"Deprecated", "java.lang", "", "", ""},
     {"Deque", "java.util", "Queue", "", "size:int isEmpty:boolean contains:boolean add:boolean addAll:boolean containsAll:boolean "
      "removeAll:boolean retainAll:boolean toArray:Object[] iterator:Iterator<0> "
      "stream:Stream<0> poll:0 peek:0 pop:0 getFirst:0 getLast:0 pollFirst:0 pollLast:0 "
-     "peekFirst:0 peekLast:0 removeFirst:0 removeLast:0"},
+     "peekFirst:0 peekLast:0 removeFirst:0 removeLast:0 remove:?"},
     {"Double", "java.lang", "Number Comparable Serializable", "", "intValue:int longValue:long doubleValue:double floatValue:float shortValue:short "
      "byteValue:byte valueOf:Double compare:int compareTo:int toString:String "
      "toHexString:String hashCode:int max:double min:double signum:int bitCount:int "
      "MAX_VALUE.:double MIN_VALUE.:double parseDouble:double sum:double isNaN:boolean "
      "isInfinite:boolean doubleToLongBits:long doubleToRawLongBits:long "
-     "longBitsToDouble:double"},
+     "longBitsToDouble:double *.:double"},
     {"DoubleBinaryOperator", "java.util.function", "", "2r", "applyAsDouble:double"},
     {"DoubleConsumer", "java.util.function", "", "1v", ""},
     {"DoubleFunction", "java.util.function", "", "1r", "apply:0"},
@@ -177,7 +179,7 @@ constexpr auto TYPES = std::to_array<LibraryType>({
      "byteValue:byte valueOf:Float compare:int compareTo:int toString:String "
      "toHexString:String hashCode:int max:float min:float signum:int bitCount:int "
      "MAX_VALUE.:float MIN_VALUE.:float parseFloat:float isNaN:boolean isInfinite:boolean "
-     "floatToIntBits:int floatToRawIntBits:int intBitsToFloat:float"},
+     "floatToIntBits:int floatToRawIntBits:int intBitsToFloat:float *.:float"},
     {"Flushable", "java.io", "", "0v", ""},
     {"Format", "java.text", "Serializable Cloneable", "", "format:String parseObject:Object"},
     {"Function", "java.util.function", "", "1r", "apply:1"},
@@ -185,7 +187,7 @@ constexpr auto TYPES = std::to_array<LibraryType>({
     {"Future", "java.util.concurrent", "", "", "get:0 isDone:boolean isCancelled:boolean cancel:boolean"},
     {"GenericArrayType", "java.lang.reflect", "Type", "", "getGenericComponentType:Type"},
     {"GenericDeclaration", "java.lang.reflect", "AnnotatedElement", "", "getTypeParameters:TypeVariable<?>[]"},
-    {"GregorianCalendar", "java.util", "Calendar", "", "getTime:Date getTimeZone:TimeZone getTimeInMillis:long get:int"},
+    {"GregorianCalendar", "java.util", "Calendar", "", "getTime:Date getTimeZone:TimeZone getTimeInMillis:long get:int *.:int"},
     {"HashMap", "java.util", "Map Cloneable Serializable", "", "get:1 put:1 remove:1 getOrDefault:1 putIfAbsent:1 computeIfAbsent:1 size:int "
      "isEmpty:boolean containsKey:boolean containsValue:boolean keySet:Set<0> "
      "values:Collection<1> entrySet:Set<Map.Entry<0,1>>"},
@@ -206,6 +208,7 @@ constexpr auto TYPES = std::to_array<LibraryType>({
     {"IllegalStateException", "java.lang", "RuntimeException", "", ""},
     {"IncompatibleClassChangeError", "java.lang", "LinkageError", "", ""},
     {"IndexOutOfBoundsException", "java.lang", "RuntimeException", "", ""},
+    {"InetAddress", "java.net", "Serializable", "", "getHostAddress:String getHostName:String"},
     {"InheritableThreadLocal", "java.lang", "", "", ""},
     {"InputMismatchException", "java.util", "NoSuchElementException", "", ""},
     {"InputStream", "java.io", "Closeable", "", "read:int available:int"},
@@ -241,18 +244,19 @@ constexpr auto TYPES = std::to_array<LibraryType>({
      "removeAll:boolean retainAll:boolean toArray:Object[] iterator:Iterator<0> "
      "stream:Stream<0> get:0 set:0 indexOf:int lastIndexOf:int subList:List<0> "
      "listIterator:ListIterator<0> getFirst:0 getLast:0 poll:0 peek:0 pop:0 removeFirst:0 "
-     "removeLast:0"},
+     "removeLast:0 remove:?"},
     {"List", "java.util", "Collection", "", "size:int isEmpty:boolean contains:boolean add:boolean addAll:boolean containsAll:boolean "
      "removeAll:boolean retainAll:boolean toArray:Object[] iterator:Iterator<0> "
      "stream:Stream<0> get:0 set:0 indexOf:int lastIndexOf:int subList:List<0> "
-     "listIterator:ListIterator<0> of:List<?>"},
+     "listIterator:ListIterator<0> of:List<?> remove:?"},
     {"ListIterator", "java.util", "Iterator", "", "next:0 previous:0 hasNext:boolean hasPrevious:boolean nextIndex:int"},
     {"LocalDate", "java.time", "Comparable Serializable Temporal TemporalAccessor", "", ""},
     {"LocalDateTime", "java.time", "Comparable Serializable Temporal TemporalAccessor", "", ""},
     {"LocalTime", "java.time", "Comparable Serializable Temporal TemporalAccessor", "", ""},
     {"Locale", "java.util", "Cloneable Serializable", "", "getLanguage:String getCountry:String getVariant:String toString:String getDefault:Locale "
      "forLanguageTag:Locale ROOT.:Locale US.:Locale ENGLISH.:Locale UK.:Locale FRANCE.:Locale "
-     "GERMANY.:Locale"},
+     "GERMANY.:Locale *.:Locale"},
+    {"Lock", "java.util.concurrent.locks", "", "", ""},
     {"Long", "java.lang", "Number Comparable Serializable", "", "intValue:int longValue:long doubleValue:double floatValue:float shortValue:short "
      "byteValue:byte valueOf:Long compare:int compareTo:int toString:String toHexString:String "
      "hashCode:int max:long min:long signum:int bitCount:int MAX_VALUE.:long MIN_VALUE.:long "
@@ -282,7 +286,7 @@ constexpr auto TYPES = std::to_array<LibraryType>({
      "isVarArgs:boolean isDefault:boolean isBridge:boolean isSynthetic:boolean"},
     {"MissingResourceException", "java.util", "RuntimeException", "", ""},
     {"Modifier", "java.lang.reflect", "", "", "isStatic:boolean isFinal:boolean isPublic:boolean isPrivate:boolean isProtected:boolean "
-     "isAbstract:boolean isTransient:boolean isInterface:boolean"},
+     "isAbstract:boolean isTransient:boolean isInterface:boolean *.:int"},
     {"Module", "java.lang", "", "", ""},
     {"ModuleLayer", "java.lang", "", "", ""},
     {"NavigableMap", "java.util", "SortedMap", "", "get:1 put:1 remove:1 getOrDefault:1 putIfAbsent:1 computeIfAbsent:1 size:int "
@@ -321,25 +325,28 @@ constexpr auto TYPES = std::to_array<LibraryType>({
     {"ParseException", "java.text", "Exception", "", ""},
     {"ParsePosition", "java.text", "", "", "getIndex:int getErrorIndex:int"},
     {"Path", "java.nio.file", "Comparable Iterable", "", "toFile:File getFileName:Path getParent:Path resolve:Path toString:String normalize:Path"},
-    {"Pattern", "java.util.regex", "Serializable", "", "matcher:Matcher compile:Pattern matches:boolean pattern:String split:String[]"},
+    {"Pattern", "java.util.regex", "Serializable", "", "matcher:Matcher compile:Pattern matches:boolean pattern:String split:String[] *.:int"},
     {"Predicate", "java.util.function", "", "1r", "test:boolean negate:Predicate<0> and:Predicate<0> or:Predicate<0>"},
     {"PrintStream", "java.io", "FilterOutputStream Appendable", "", ""},
     {"PrintWriter", "java.io", "Writer", "", ""},
     {"PriorityQueue", "java.util", "Queue Serializable", "", "size:int isEmpty:boolean contains:boolean add:boolean addAll:boolean containsAll:boolean "
      "removeAll:boolean retainAll:boolean toArray:Object[] iterator:Iterator<0> "
-     "stream:Stream<0> poll:0 peek:0"},
+     "stream:Stream<0> poll:0 peek:0 remove:?"},
     {"Process", "java.lang", "", "", ""},
     {"ProcessBuilder", "java.lang", "", "", ""},
     {"ProcessHandle", "java.lang", "", "", ""},
     {"Properties", "java.util", "Hashtable", "", "getProperty:String stringPropertyNames:Set<String>"},
     {"Queue", "java.util", "Collection", "", "size:int isEmpty:boolean contains:boolean add:boolean addAll:boolean containsAll:boolean "
      "removeAll:boolean retainAll:boolean toArray:Object[] iterator:Iterator<0> "
-     "stream:Stream<0> poll:0 peek:0 element:0"},
+     "stream:Stream<0> poll:0 peek:0 element:0 remove:?"},
     {"Random", "java.util", "Serializable", "", "nextInt:int nextLong:long nextDouble:double nextBoolean:boolean nextFloat:float"},
     {"RandomAccess", "java.util", "", "", ""},
+    {"ReadWriteLock", "java.util.concurrent.locks", "", "", "readLock:Lock writeLock:Lock"},
     {"Readable", "java.lang", "", "1r", ""},
     {"Reader", "java.io", "Closeable Readable", "", "read:int"},
     {"Record", "java.lang", "", "", ""},
+    {"ReentrantLock", "java.util.concurrent.locks", "Lock Serializable", "", ""},
+    {"ReentrantReadWriteLock", "java.util.concurrent.locks", "ReadWriteLock Serializable", "", ""},
     {"ReflectiveOperationException", "java.lang", "Exception", "", ""},
     {"Runnable", "java.lang", "", "0v", ""},
     {"Runtime", "java.lang", "", "", ""},
@@ -357,7 +364,7 @@ constexpr auto TYPES = std::to_array<LibraryType>({
      "byteValue:byte valueOf:Short compare:int compareTo:int toString:String "
      "toHexString:String hashCode:int max:short min:short signum:int bitCount:int "
      "MAX_VALUE.:short MIN_VALUE.:short parseShort:short"},
-    {"SimpleDateFormat", "java.text", "DateFormat", "", "format:String parse:Date toPattern:String"},
+    {"SimpleDateFormat", "java.text", "DateFormat", "", "format:String parse:Date toPattern:String *.:int"},
     {"SortedMap", "java.util", "Map", "", "get:1 put:1 remove:1 getOrDefault:1 putIfAbsent:1 computeIfAbsent:1 size:int "
      "isEmpty:boolean containsKey:boolean containsValue:boolean keySet:Set<0> "
      "values:Collection<1> entrySet:Set<Map.Entry<0,1>> firstKey:0 lastKey:0"},
@@ -368,11 +375,12 @@ constexpr auto TYPES = std::to_array<LibraryType>({
     {"Stack", "java.util", "Vector", "", "size:int isEmpty:boolean contains:boolean add:boolean addAll:boolean containsAll:boolean "
      "removeAll:boolean retainAll:boolean toArray:Object[] iterator:Iterator<0> "
      "stream:Stream<0> get:0 set:0 indexOf:int lastIndexOf:int subList:List<0> "
-     "listIterator:ListIterator<0> pop:0 peek:0 push:0"},
+     "listIterator:ListIterator<0> pop:0 peek:0 push:0 remove:?"},
     {"StackOverflowError", "java.lang", "VirtualMachineError", "", ""},
     {"StackTraceElement", "java.lang", "", "", ""},
     {"StackWalker", "java.lang", "", "", ""},
-    {"StandardCharsets", "java.nio.charset", "", "", "UTF_8.:Charset US_ASCII.:Charset ISO_8859_1.:Charset UTF_16.:Charset"},
+    {"StampedLock", "java.util.concurrent.locks", "Serializable", "", ""},
+    {"StandardCharsets", "java.nio.charset", "", "", "UTF_8.:Charset US_ASCII.:Charset ISO_8859_1.:Charset UTF_16.:Charset *.:Charset"},
     {"Stream", "java.util.stream", "BaseStream", "", "filter:Stream<0> sorted:Stream<0> distinct:Stream<0> limit:Stream<0> skip:Stream<0> "
      "peek:Stream<0> findFirst:Optional<0> findAny:Optional<0> anyMatch:boolean "
      "allMatch:boolean noneMatch:boolean count:long toList:List<0> iterator:Iterator<0> "
@@ -417,9 +425,9 @@ constexpr auto TYPES = std::to_array<LibraryType>({
     {"Throwable", "java.lang", "Serializable", "", "getMessage:String getCause:Throwable getLocalizedMessage:String "
      "getStackTrace:StackTraceElement[] getSuppressed:Throwable[] toString:String "
      "initCause:Throwable fillInStackTrace:Throwable"},
-    {"TimeUnit", "java.util.concurrent", "Enum", "", "toMillis:long toSeconds:long toNanos:long toMicros:long convert:long"},
+    {"TimeUnit", "java.util.concurrent", "Enum", "", "toMillis:long toSeconds:long toNanos:long toMicros:long convert:long *.:TimeUnit"},
     {"TimeZone", "java.util", "Serializable Cloneable", "", "getID:String getTimeZone:TimeZone getDefault:TimeZone getRawOffset:int "
-     "getDisplayName:String getOffset:int"},
+     "getDisplayName:String getOffset:int *.:int"},
     {"TimeoutException", "java.util.concurrent", "Exception", "", ""},
     {"ToDoubleBiFunction", "java.util.function", "", "2r", "applyAsDouble:double"},
     {"ToDoubleFunction", "java.util.function", "", "1r", "applyAsDouble:double"},
@@ -440,6 +448,7 @@ constexpr auto TYPES = std::to_array<LibraryType>({
     {"URI", "java.net", "Comparable Serializable", "", "toString:String getPath:String getHost:String getScheme:String toURL:URL create:URI"},
     {"URL", "java.net", "Serializable", "", "toString:String getPath:String getHost:String openStream:InputStream getProtocol:String "
      "getFile:String toExternalForm:String"},
+    {"URLClassLoader", "java.net", "ClassLoader Closeable", "", ""},
     {"UUID", "java.util", "Serializable Comparable", "", "toString:String getMostSignificantBits:long getLeastSignificantBits:long randomUUID:UUID "
      "fromString:UUID"},
     {"UnaryOperator", "java.util.function", "Function", "1r", "apply:0"},
@@ -450,7 +459,7 @@ constexpr auto TYPES = std::to_array<LibraryType>({
     {"Vector", "java.util", "List RandomAccess Cloneable Serializable", "", "size:int isEmpty:boolean contains:boolean add:boolean addAll:boolean containsAll:boolean "
      "removeAll:boolean retainAll:boolean toArray:Object[] iterator:Iterator<0> "
      "stream:Stream<0> get:0 set:0 indexOf:int lastIndexOf:int subList:List<0> "
-     "listIterator:ListIterator<0> elementAt:0"},
+     "listIterator:ListIterator<0> elementAt:0 remove:?"},
     {"VerifyError", "java.lang", "LinkageError", "", ""},
     {"VirtualMachineError", "java.lang", "Error", "", ""},
     {"Void", "java.lang", "", "", ""},

@@ -42,22 +42,24 @@ Verdict applies(TypeNames& names, const Method& method, const Arguments& argumen
   return worst;
 }
 
-/// Whether every argument of `a` could be passed on to `b`.
-bool is_more_specific(TypeNames& names, const Method& a, const Method& b, std::size_t count,
-                      Phase phase) {
-  for (std::size_t i = 0; i < count; ++i) {
+/// Whether every argument of `a` could be passed on to `b`, which takes the arguments too.
+bool is_more_specific(TypeNames& names, const Method& a, const Method& b,
+                      const Arguments& arguments, Phase phase) {
+  for (std::size_t i = 0; i < arguments.types.size(); ++i) {
     const Type from = names.erased(parameter_at(a, i, phase));
     const Type to = names.erased(parameter_at(b, i, phase));
+    // Whatever else takes the argument takes its very type.
+    if (same_type(from, arguments.types[i])) continue;
     if (!same_type(from, to) && is_subtype(names, from, to) != Verdict::YES) return false;
   }
   return true;
 }
 
 const Method* most_specific(TypeNames& names, const std::vector<const Method*>& methods,
-                            std::size_t count, Phase phase) {
+                            const Arguments& arguments, Phase phase) {
   for (const Method* each : methods) {
     const bool is_most = std::all_of(methods.begin(), methods.end(), [&](const Method* other) {
-      return other == each || is_more_specific(names, *each, *other, count, phase);
+      return other == each || is_more_specific(names, *each, *other, arguments, phase);
     });
     if (is_most) return each;
   }
@@ -116,13 +118,12 @@ Choice choose(TypeNames& names, const std::vector<Method>& methods, const Argume
   for (const Phase phase : {Phase::STRICT, Phase::LOOSE, Phase::VARIADIC}) {
     const Applicable found = applicable(names, methods, arguments, phase);
     if (found.empty()) continue;
-    const std::size_t count = arguments.types.size();
     std::vector<const Method*> all = found.certain;
     all.insert(all.end(), found.possible.begin(), found.possible.end());
-    const Method* best = most_specific(names, all, count, phase);
+    const Method* best = most_specific(names, all, arguments, phase);
     const bool is_certain =
         std::find(found.certain.begin(), found.certain.end(), best) != found.certain.end();
-    if (best == nullptr) best = most_specific(names, found.certain, count, phase);
+    if (best == nullptr) best = most_specific(names, found.certain, arguments, phase);
     if (best != nullptr && !doubtful && is_certain) {
       made.fitting = {*best};
       made.sure = true;

@@ -241,7 +241,10 @@ void Resolver::resolve_creation(std::int32_t index, const Reference& reference) 
   const Type type = created_type(reference);
   if (type.kind != Type::Kind::CLASS) return;
   const Definition& definition = names_.definition(type);
-  const std::vector<Method> constructors = constructors_of(names_, type);
+  // What `new T() { }` runs is the constructor of the class that it declares, a subclass of T.
+  const bool declares = (reference.traits & DECLARATION) != 0;
+  const std::vector<Method> constructors =
+      declares ? std::vector<Method>() : constructors_of(names_, type);
   const bool explicit_call = reference.name == "this" || reference.name == "super";
   const bool is_constant = definition.kind == Kind::ENUM;
   Callee callee;

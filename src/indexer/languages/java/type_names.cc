@@ -175,7 +175,7 @@ Type TypeNames::found_in_scope(const File& file, DefinitionIndex scope, std::str
     if (is_type(around) && around.name == simple && !is_anonymous(known, at)) {
       return class_type(file, at);
     }
-    if (is_type(around) && !own_members_only_ && !around.bases.empty()) {
+    if (is_type(around) && stage_ != Stage::DIRECT && !around.bases.empty()) {
       const Type inherited = member_class(class_type(file, at), simple);
       if (inherited.kind != Type::Kind::UNKNOWN) return inherited;
     }
@@ -259,7 +259,7 @@ Type TypeNames::own_member_class(const Type& owner, std::string_view name) {
 }
 
 Type TypeNames::member_class(const Type& owner, std::string_view name) {
-  if (own_members_only_) return own_member_class(owner, name);
+  if (stage_ == Stage::DIRECT) return own_member_class(owner, name);
   for (const Type& each : ancestry(owner).classes) {
     const Type found = own_member_class(each, name);
     if (found.kind != Type::Kind::UNKNOWN) return found;
@@ -275,23 +275,29 @@ Type TypeNames::enclosing_class(const File& file, DefinitionIndex scope) {
   return {};
 }
 
-const std::vector<std::vector<Type>>& TypeNames::supertypes(const File& file) {
-  using Answer = std::vector<std::vector<Type>>;
-  return world_.remember<Answer>("java:supertypes", file, [&] {
-    TypeNames there(file, world_.facts(file), world_);
-    there.own_members_only_ = true;
-    Answer answer(there.facts_.definitions.size());
-    for (std::size_t i = 0; i < answer.size(); ++i) {
-      const Definition& each = there.facts_.definitions[i];
-      if (!is_type(each) || each.bases.empty()) continue;
-      const auto index = static_cast<DefinitionIndex>(i);
-      // The type parameters of a class are seen in its own header, its members are not.
-      for (const std::string& written : written_supertypes(each)) {
-        answer[i].push_back(there.read(file, index, written));
-      }
+const TypeNames::Supertypes& TypeNames::supertypes(const File& file) {
+  if (stage_ == Stage::INHERITED) {
+    return world_.remember<Supertypes>("java:direct-supertypes", file,
+                                       [&] { return read_supertypes(file, Stage::DIRECT); });
+  }
+  return world_.remember<Supertypes>("java:supertypes", file,
+                                     [&] { return read_supertypes(file, Stage::INHERITED); });
+}
+
+TypeNames::Supertypes TypeNames::read_supertypes(const File& file, Stage stage) {
+  TypeNames there(file, world_.facts(file), world_);
+  there.stage_ = stage;
+  Supertypes answer(there.facts_.definitions.size());
+  for (std::size_t i = 0; i < answer.size(); ++i) {
+    const Definition& each = there.facts_.definitions[i];
+    if (!is_type(each) || each.bases.empty()) continue;
+    // The type parameters of a class are seen in its own header.
+    const auto index = static_cast<DefinitionIndex>(i);
+    for (const std::string& written : written_supertypes(each)) {
+      answer[i].push_back(there.read(file, index, written));
     }
-    return answer;
-  });
+  }
+  return answer;
 }
 
 const Ancestry& TypeNames::ancestry(const Type& of) {

@@ -73,7 +73,12 @@ class TypeNames {
   Type class_type(const File& file, DefinitionIndex index);
   Type variable(const File& file, DefinitionIndex scope, std::string_view name);
   Type own_member_class(const Type& owner, std::string_view name);
-  const std::vector<std::vector<Type>>& supertypes(const File& file);
+  /// Supertypes are read twice: first without, then with the classes that the classes around
+  /// inherit by the first reading.
+  enum class Stage : std::uint8_t { DIRECT, INHERITED, COMPLETE };
+  using Supertypes = std::vector<std::vector<Type>>;  // of each definition
+  const Supertypes& supertypes(const File& file);
+  Supertypes read_supertypes(const File& file, Stage stage);
   void add_ancestors(Ancestry& line, const Type& of, int depth);
 
   const File& file_;
@@ -83,8 +88,7 @@ class TypeNames {
   std::map<std::pair<std::int64_t, DefinitionIndex>, Ancestry> ancestries_;
   std::map<std::pair<std::int64_t, DefinitionIndex>, std::vector<TypeParameter>> parameters_;
   std::unordered_map<std::string, Type> names_;
-  // While supertypes are read: what classes inherit is not known yet.
-  bool own_members_only_ = false;
+  Stage stage_ = Stage::COMPLETE;
 };
 
 /// The parts of a text between separators that stand outside of brackets of any kind.

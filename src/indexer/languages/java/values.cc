@@ -47,6 +47,17 @@ std::string_view take_name(std::string_view& text) {
   return name;
 }
 
+bool is_upper(char byte) { return byte >= 'A' && byte <= 'Z'; }
+bool is_lower(char byte) { return byte >= 'a' && byte <= 'z'; }
+
+bool is_class_name(std::string_view name) {
+  return is_upper(name.front()) && std::any_of(name.begin(), name.end(), is_lower);
+}
+
+bool is_constant_name(std::string_view name) {
+  return is_upper(name.front()) && std::none_of(name.begin(), name.end(), is_lower);
+}
+
 std::int16_t count_of(std::string_view values) {
   if (values == "*") return ANY_NUMBER;
   return support::argument_count(split_outside(values, ',').size());
@@ -290,10 +301,11 @@ Type Values::member(DefinitionIndex scope, const Type& owner, std::string_view n
     case Type::Kind::EXTERNAL: {
       const LibraryType* library = library_type(simple_name(owner.name));
       if (library != nullptr) {
-        const std::string_view type = library_member(*library, std::string(name) + ".");
+        std::string_view type = library_member(*library, std::string(name) + ".");
+        if (type.empty() && is_constant_name(name)) type = library_member(*library, "*.");
         if (!type.empty()) return library_value(type, owner);
       }
-      const bool is_class = owner.names_type && name.front() >= 'A' && name.front() <= 'Z';
+      const bool is_class = owner.names_type && is_class_name(name);
       Type made = is_class ? external(owner.name + "." + std::string(name)) : Type{};
       made.names_type = is_class;
       made.outside = true;

@@ -52,7 +52,9 @@ Type TypeNames::read(const File& file, DefinitionIndex scope, std::string_view w
   const std::size_t angle = written.find('<');
   const std::string name(support::trimmed(written.substr(0, angle)));
   Type made;
-  if (name.empty() || name == "var" || name.starts_with('?')) return made;
+  if (name.empty() || name == "var") return made;
+  // Of `?` and `? super T` nothing is known but that it is an object.
+  if (name.starts_with('?')) return depth > 0 ? external("java.lang.Object") : made;
   if (name == "void") {
     made.kind = Type::Kind::VOID;
     return made;
