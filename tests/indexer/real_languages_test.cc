@@ -102,6 +102,23 @@ const std::vector<Variants> FILES = {
      {"use shop::Item;\nfn buy() { Item::new().cost.net(); }\n",
       "use stall::{Item, Priced};\nfn buy() { Item::new().price(); }\n",
       "fn buy() { shop::Item::new().unwrap().price(); }\n"}},
+    {"j/Base.java",
+     {"package j;\npublic class Base<T> {\n  public static class Part { public void go() { } }\n"
+      "  public T get() { return null; }\n  public void run() { }\n}\n",
+      "package j;\npublic class Base<T> {\n  public void run(int a) { }\n"
+      "  public final void run() { }\n  public String get() { return null; }\n}\n",
+      "package j;\npublic class Base { public void run(Object o) { } }\n", ""}},
+    {"j/Sub.java",
+     {"package j;\npublic class Sub extends Base<Sub> {\n  public static class Own extends Part {\n"
+      "    void f() { go(); }\n  }\n  public void run() { super.run(); get().run(); }\n}\n",
+      "package j;\npublic class Sub extends Base<String> {\n  class Part { void go() { } }\n"
+      "  class Own extends Part { void f() { go(); } }\n}\n",
+      "package k;\nclass Sub { void run() { } Sub get() { return this; } }\n", ""}},
+    {"k/Use.java",
+     {"package k;\nimport j.*;\nclass Use {\n  void f(Base<Sub> b, Sub s) {\n    b.run();\n"
+      "    s.get().run();\n    b.get().run(1);\n    new Sub.Own().go();\n  }\n}\n",
+      "package k;\nimport static j.Base.*;\nclass Use extends j.Sub {\n"
+      "  void f(Part p) { run(); run(1); p.go(); }\n}\n"}},
 };
 
 void write_first_texts(const test::GitRepository& repository) {
@@ -163,6 +180,9 @@ TEST(RealLanguagesGraph, CallsAcrossFilesAreProven) {
   EXPECT_TRUE(has(R"("caller_file": "tests/buy.rs")",
                   R"("callee_file": "src/item.rs", "callee_name": "net")"));
   EXPECT_FALSE(has(R"("caller_name": "run")", R"("callee_name": "step")")) << "Child overrides it";
+  EXPECT_TRUE(has(R"("caller_file": "k/Use.java")",
+                  R"("callee_file": "j/Sub.java", "callee_name": "run")"));
+  EXPECT_TRUE(has(R"("caller_file": "j/Sub.java")", R"("callee_name": "go")"));
 }
 
 }  // namespace

@@ -25,6 +25,12 @@ const std::string SAMPLES[] = {
     "n.o())? { Some(P { q, .. }) | Some(P { q }) => q, _ => return r!(s.t(1)), }; for u in &k[..] "
     "{ <T as A>::v::<u8>(u as u8); } } } }\ncfg_if! { if #[cfg(x)] { fn y() {} } else { 'z' } }\n"
     "[dependencies]\nw = { path = \"../x\" }\n",
+    "package a.b; import static c.D.*; @A(b = {1, 2}) class E<T extends F & G> extends H<T[]> { "
+    "enum "
+    "I { J(1) { int k; }, L; } E(int... m) { this(m, () -> { return n::o; }); } record P(int q) { "
+    "P "
+    "{ } } { for (var r : s) if (t instanceof U v && v.w(x ? 1L : 'y' + \"z\")) new A.B<>() { }; } "
+    "}\n",
 };
 
 /// Facts must hold together whatever they were made from.
@@ -44,7 +50,7 @@ void expect_sound(const indexer::Facts& facts) {
 }
 
 void try_everywhere(const std::string& text) {
-  for (const std::string path : {"a.py", "a.c", "a.cc", "a.go", "go.mod", "src/lib.rs", "Cargo.toml"}) {
+  for (const std::string path : {"a.py", "a.c", "a.cc", "a.go", "go.mod", "src/lib.rs", "Cargo.toml", "a.java"}) {
     MemorySource source;
     source.add(path, text);
     expect_sound(*source.files().at(path).facts);

@@ -12,8 +12,10 @@ namespace {
 using support::child;
 using support::text_of;
 
-constexpr int LONGEST_CHAIN = 40;
-constexpr std::size_t LONGEST_TEXT = 400;
+constexpr int LONGEST_CHAIN = 80;
+constexpr std::size_t LONGEST_TEXT = 1000;
+/// In what is longer, only the number of arguments is kept.
+constexpr std::size_t LONGEST_WITH_ARGUMENTS = 200;
 constexpr int DEEPEST_ARGUMENTS = 4;
 constexpr std::size_t MOST_ARGUMENTS = 12;
 
@@ -62,6 +64,14 @@ std::size_t lambda_parameters(TSNode parameters) {
   return count;
 }
 
+std::string unread_arguments(TSNode list) {
+  const std::int16_t count = argument_count(list);
+  if (count > static_cast<std::int16_t>(MOST_ARGUMENTS)) return "*";
+  std::string made;
+  for (std::int16_t i = 0; i < count; ++i) made += i == 0 ? "?" : ",?";
+  return made;
+}
+
 bool is_comparison(std::string_view operation) {
   for (const std::string_view each : {"==", "!=", "<", ">", "<=", ">=", "&&", "||"}) {
     if (operation == each) return true;
@@ -81,8 +91,8 @@ std::int16_t argument_count(TSNode list) {
 
 std::string type_text(TSNode type, TSNode dimensions, std::string_view text) {
   const std::string_view written = text_of(type, text);
-  if (written.size() > LONGEST_TEXT) return "?";
-  std::string made = support::one_line(written, LONGEST_TEXT);
+  if (written.size() > LONGEST_WITH_ARGUMENTS) return "?";
+  std::string made = support::one_line(written, LONGEST_WITH_ARGUMENTS);
   if (made.find_first_of("{}()\"") != std::string::npos) return "?";
   for (const char byte : text_of(dimensions, text)) {
     if (byte == '[') made += "[]";
@@ -129,8 +139,11 @@ std::string Expressions::written(TSNode node, int depth) const {
         break;
       case Node::CALL: {
         const TSNode object = child(node, java.field.object);
+        const TSNode list = child(node, java.field.arguments);
         suffix = name_of(java.field.name) + "(" +
-                 arguments_text(child(node, java.field.arguments), depth + 1) + ")" + suffix;
+                 (suffix.size() < LONGEST_WITH_ARGUMENTS ? arguments_text(list, depth + 1)
+                                                         : unread_arguments(list)) +
+                 ")" + suffix;
         if (support::is_null(object)) return suffix;
         const bool outer_super =
             !support::is_null(child_of_kind(node, Node::SUPER)) && java.kind(object) != Node::SUPER;
@@ -163,7 +176,7 @@ std::string Expressions::arguments_text(TSNode list, int depth) const {
     if (syntax().kind(each) == Node::COMMENT) continue;
     if (++count > MOST_ARGUMENTS) return "*";
     if (count > 1) made += ',';
-    const bool too_much = depth >= DEEPEST_ARGUMENTS || made.size() > LONGEST_TEXT;
+    const bool too_much = depth >= DEEPEST_ARGUMENTS || made.size() > LONGEST_WITH_ARGUMENTS;
     made += too_much ? "?" : written(each, depth + 1);
   }
   return made;
@@ -244,7 +257,7 @@ std::string Expressions::binary_text(TSNode node, int depth) const {
   std::string made = "+(" + written(node, depth + 1);
   for (auto each = operands.rbegin(); each != operands.rend(); ++each) made += "," + *each;
   made += ")";
-  return made.size() > LONGEST_TEXT ? "?" : made;
+  return made.size() > LONGEST_WITH_ARGUMENTS ? "?" : made;
 }
 
 std::string Expressions::conditional_text(TSNode node, int depth) const {
