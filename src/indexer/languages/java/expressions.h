@@ -15,6 +15,7 @@
 ///     +(a,b)       an operator that adds or concatenates, ~(a) one that only widens
 ///     ?(a,b)       one of two values                   ->2v      a lambda, see lambda_text
 ///     ::           a method reference                  ?         anything else
+///     ^i.j:m(a)e   parameter j of the lambda that is argument i of the call e.m(a)
 namespace context_delta::indexer::java {
 
 /// Reads expressions at the place where the walk stands.

@@ -1,84 +1,17 @@
-#include <string>
-#include <string_view>
-#include <unordered_map>
 #include <utility>
 #include <vector>
 
 #include "indexer/languages/java/definitions.h"
-#include "indexer/languages/java/expressions.h"
+#include "indexer/languages/java/extractor.h"
 #include "indexer/languages/java/java.h"
-#include "indexer/languages/java/locals.h"
-#include "indexer/languages/java/syntax.h"
-#include "indexer/languages/support/facts_builder.h"
 #include "indexer/languages/support/text.h"
 
 namespace context_delta::indexer::java {
-namespace {
 
 using support::child;
 using support::first_line;
 using support::is_null;
 using support::text_of;
-
-/// Bits of Frame::state.
-enum State : std::uint16_t {
-  IN_BASES = 1,        ///< inside `extends` or `implements`
-  IN_FINAL_CLASS = 2,  ///< nothing can extend the class around
-  IN_INTERFACE = 4,
-};
-
-class Extractor {
- public:
-  explicit Extractor(std::string_view text) : builder_(text), expressions_(text, locals_) {}
-
-  bool enter(TSNode node, std::uint32_t depth);
-  void leave(std::uint32_t depth) {
-    builder_.close(depth);
-    locals_.close(depth);
-  }
-  Facts finish() { return builder_.finish(); }
-
- private:
-  bool enter_declaration(Node kind, TSNode node, std::uint32_t depth);
-  bool enter_statement(Node kind, TSNode node, std::uint32_t depth);
-  bool enter_use(Node kind, TSNode node, std::uint32_t depth);
-  void enter_type(TSNode node, std::uint32_t depth);
-  void enter_function(TSNode node, std::uint32_t depth);
-  void enter_body(TSNode node, std::uint32_t depth);
-  void enter_fields(TSNode node);
-  void enter_enum_constant(TSNode node);
-  void enter_import(TSNode node);
-  void enter_call(TSNode node);
-  void enter_creation(TSNode node);
-  void enter_explicit_constructor(TSNode node);
-  void enter_method_reference(TSNode node);
-  void enter_named_type(TSNode node);
-  void enter_lambda(TSNode node, std::uint32_t depth);
-  void enter_loop(TSNode node, std::uint32_t depth);
-  void enter_local_variables(TSNode node);
-  void enter_pattern(TSNode node);
-  void enter_catch_parameter(TSNode node);
-  void enter_assignment(TSNode target);
-  void refer_to_type(std::string_view written, Role role, std::int32_t line);
-  void open_class(TSNode body, DefinitionIndex index, std::uint16_t state, std::uint32_t depth);
-  void bind_member(TSNode name, std::string type, std::string value, std::uint16_t traits);
-  void bind_local(TSNode name, std::string type, std::string value,
-                  Binding::Kind kind = Binding::Kind::LOCAL);
-
-  const Syntax& java_ = syntax();
-  support::FactsBuilder builder_;
-  Locals locals_;
-  Expressions expressions_;
-  std::string package_;
-  /// A class body that is still to come, by its node: what makes it.
-  struct Creation {
-    TSNode node = {};
-    std::string name, base;
-  };
-  std::unordered_map<const void*, Creation> creations_;
-  std::unordered_map<DefinitionIndex, TSNode> components_;  // of records
-  const void* constructed_ = nullptr;  // a type that is no reference of its own
-};
 
 bool Extractor::enter(TSNode node, std::uint32_t depth) {
   const Node kind = java_.kind(node);
@@ -164,49 +97,6 @@ bool Extractor::enter_statement(Node kind, TSNode node, std::uint32_t depth) {
       return true;
     default:
       return enter_use(kind, node, depth);
-  }
-}
-
-bool Extractor::enter_use(Node kind, TSNode node, std::uint32_t depth) {
-  switch (kind) {
-    case Node::CALL:
-      enter_call(node);
-      return true;
-    case Node::OBJECT_CREATION:
-      enter_creation(node);
-      return true;
-    case Node::EXPLICIT_CONSTRUCTOR:
-      enter_explicit_constructor(node);
-      return true;
-    case Node::METHOD_REFERENCE:
-      enter_method_reference(node);
-      return true;
-    case Node::BASES:
-      builder_.open(depth).state |= IN_BASES;
-      return true;
-    case Node::TYPE_ARGUMENTS:
-    case Node::TYPE_PARAMETERS:
-      builder_.open(depth).state &= static_cast<std::uint16_t>(~IN_BASES);
-      return true;
-    case Node::ANNOTATION:
-      refer_to_type(text_of(child(node, java_.field.name), builder_.text()), Role::TYPE,
-                    first_line(node));
-      return true;
-    case Node::MODULE_TYPES:
-      for (const TSNode each : support::named_children(node)) {
-        refer_to_type(text_of(each, builder_.text()), Role::TYPE, first_line(each));
-      }
-      return false;
-    case Node::TYPE_PARAMETER:
-      // Its name is no use of a type; its bounds are.
-      constructed_ = child_of_kind(node, Node::TYPE_IDENTIFIER).id;
-      return true;
-    case Node::TYPE_IDENTIFIER:
-    case Node::SCOPED_TYPE:
-      enter_named_type(node);
-      return kind == Node::SCOPED_TYPE ? false : true;
-    default:
-      return true;
   }
 }
 
@@ -309,130 +199,26 @@ void Extractor::enter_enum_constant(TSNode node) {
   creations_[body.id] = {node, support::one_line(text_of(name, builder_.text())), type};
 }
 
-void Extractor::enter_import(TSNode node) {
-  const std::string_view written = text_of(node, builder_.text());
-  const TSNode path = first_child(node);
-  std::string module = erased_text(text_of(path, builder_.text()));
-  Import made;
-  made.line = first_line(node);
-  made.traits = builder_.frame().traits & BROKEN;
-  const std::string_view after =
-      support::trimmed(written.substr(std::min<std::size_t>(6, written.size())));
-  const bool is_static = after.starts_with("static") && after.size() > 6 &&
-                         !support::is_identifier_byte(after[6]) && after[6] != '.';
-  if (is_static) made.traits |= STATIC_MEMBER;
-  if (!is_null(child_of_kind(node, Node::ASTERISK))) {
-    made.module = std::move(module);
-    made.name = "*";
-  } else {
-    const std::size_t dot = module.rfind('.');
-    if (dot == std::string::npos) return;
-    made.name = module.substr(dot + 1);
-    made.module = module.substr(0, dot);
-    builder_.refer(made.name, made.module, Role::IMPORT, made.line).traits |=
-        static_cast<std::uint16_t>(is_static ? STATIC_MEMBER : 0);
-  }
-  builder_.facts().imports.push_back(std::move(made));
-}
-
-void Extractor::enter_call(TSNode node) {
-  const TSNode object = child(node, java_.field.object);
-  const TSNode name = child(node, java_.field.name);
-  const TSNode arguments = child(node, java_.field.arguments);
-  std::string receiver;
-  if (!is_null(object)) {
-    receiver = expressions_.of(object);
-    const bool outer_super =
-        java_.kind(object) != Node::SUPER && !is_null(child_of_kind(node, Node::SUPER));
-    if (outer_super) receiver += ".super";
-  }
-  builder_
-      .refer(text_of(name, builder_.text()), std::move(receiver), Role::CALL, first_line(name),
-             argument_count(arguments))
-      .values = expressions_.arguments(arguments);
-}
-
-void Extractor::enter_creation(TSNode node) {
-  const TSNode type = child(node, java_.field.type);
-  const TSNode arguments = child(node, java_.field.arguments);
-  const std::string written = erased_text(text_of(type, builder_.text()));
-  const std::size_t dot = written.rfind('.');
-  const bool dotted = dot != std::string::npos;
-  const std::string name = dotted ? written.substr(dot + 1) : written;
-  const TSNode outer = first_child(node);
-  std::string receiver = dotted ? written.substr(0, dot) : "";
-  // `outer.new Inner()`: the class is looked for in the type of the expression.
-  const bool qualified = !is_null(outer) && outer.id != type.id &&
-                         java_.kind(outer) != Node::ANNOTATION &&
-                         java_.kind(outer) != Node::TYPE_ARGUMENTS;
-  if (qualified) receiver = expressions_.of(outer) + ".new";
-  const TSNode body = child_of_kind(node, Node::CLASS_BODY);
-  Reference& made = builder_.refer(name, std::move(receiver), Role::CONSTRUCT, first_line(type),
-                                   argument_count(arguments));
-  made.values = expressions_.arguments(arguments);
-  if (!is_null(body)) made.traits |= DECLARATION;
-  constructed_ = java_.kind(type) == Node::GENERIC_TYPE ? first_child(type).id : type.id;
-  if (!is_null(body)) creations_[body.id] = {node, "<anonymous " + name + ">", written};
-}
-
-void Extractor::enter_explicit_constructor(TSNode node) {
-  const TSNode which = child(node, java_.field.constructor);
-  const TSNode arguments = child(node, java_.field.arguments);
-  builder_
-      .refer(text_of(which, builder_.text()), {}, Role::CONSTRUCT, first_line(which),
-             argument_count(arguments))
-      .values = expressions_.arguments(arguments);
-}
-
-void Extractor::enter_method_reference(TSNode node) {
-  const std::uint32_t count = ts_node_child_count(node);
-  const TSNode target = first_child(node);
-  if (count < 3 || is_null(target)) return;
-  const TSNode last = ts_node_child(node, count - 1);
-  const Node kind = java_.kind(target);
-  const bool is_type =
-      kind == Node::GENERIC_TYPE || kind == Node::TYPE_IDENTIFIER || kind == Node::SCOPED_TYPE;
-  if (kind == Node::ARRAY_TYPE || kind == Node::PRIMITIVE_TYPE) return;
-  std::string receiver =
-      is_type ? erased_text(text_of(target, builder_.text())) : expressions_.of(target);
-  if (java_.kind(last) == Node::IDENTIFIER) {
-    builder_
-        .refer(text_of(last, builder_.text()), std::move(receiver), Role::CALL, first_line(last))
-        .values = "::";
-    return;
-  }
-  if (text_of(last, builder_.text()) != "new") return;
-  const std::size_t dot = receiver.rfind('.');
-  const bool dotted = dot != std::string::npos;
-  const std::string name = dotted ? receiver.substr(dot + 1) : receiver;
-  if (!support::is_identifier(name)) return;
-  builder_.refer(name, dotted ? receiver.substr(0, dot) : "", Role::CONSTRUCT, first_line(last))
-      .values = "::";
-}
-
-void Extractor::enter_named_type(TSNode node) {
-  if (node.id == constructed_) return;
-  const bool in_bases = (builder_.frame().state & IN_BASES) != 0;
-  refer_to_type(text_of(node, builder_.text()), in_bases ? Role::INHERIT : Role::TYPE,
-                first_line(node));
-}
-
-void Extractor::refer_to_type(std::string_view written, Role role, std::int32_t line) {
-  const std::string name = erased_text(written);
-  const std::size_t dot = name.rfind('.');
-  if (name.empty() || name == "var") return;
-  if (dot == std::string::npos) {
-    builder_.refer(name, {}, role, line);
-  } else {
-    builder_.refer(std::string_view(name).substr(dot + 1), name.substr(0, dot), role, line);
-  }
-}
-
+/// The parameters of a lambda get their types from the call that it is an argument of.
 void Extractor::enter_lambda(TSNode node, std::uint32_t depth) {
   locals_.open(depth);
+  std::string argument;
+  std::string call;
+  if (const auto found = lambdas_.find(node.id); found != lambdas_.end()) {
+    const std::size_t end = found->second.find('\n');
+    argument = found->second.substr(0, end);
+    call = found->second.substr(end + 1);
+    lambdas_.erase(found);
+  }
+  std::size_t position = 0;
   for (Parameter& parameter : parameters_of(child(node, java_.field.parameters), builder_.text())) {
     if (parameter.type == "var") parameter.type.clear();
-    bind_local(parameter.name, std::move(parameter.type), "?");
+    std::string value = "?";
+    if (!call.empty() && parameter.type.empty()) {
+      value = "^" + argument + "." + std::to_string(position) + ":" + call;
+    }
+    ++position;
+    bind_local(parameter.name, std::move(parameter.type), std::move(value));
   }
 }
 
@@ -511,8 +297,6 @@ void Extractor::bind_local(TSNode name, std::string type, std::string value, Bin
                static_cast<std::int32_t>(builder_.facts().bindings.size()));
   builder_.bind(std::move(made));
 }
-
-}  // namespace
 
 Facts extract(TSNode root, std::string_view text) {
   Extractor extractor(text);

@@ -23,8 +23,19 @@ Type of_kind(Type::Kind kind) {
   return made;
 }
 
-/// The text up to the bracket that closes the one it starts with, both left out; the text moves
-/// behind it.
+bool is_upper(char byte) { return byte >= 'A' && byte <= 'Z'; }
+bool is_lower(char byte) { return byte >= 'a' && byte <= 'z'; }
+
+bool is_class_name(std::string_view name) {
+  return is_upper(name.front()) && std::any_of(name.begin(), name.end(), is_lower);
+}
+
+bool is_constant_name(std::string_view name) {
+  return is_upper(name.front()) && std::none_of(name.begin(), name.end(), is_lower);
+}
+
+}  // namespace
+
 std::string_view take_brackets(std::string_view& text) {
   int depth = 0;
   for (std::size_t i = 0; i < text.size(); ++i) {
@@ -47,32 +58,10 @@ std::string_view take_name(std::string_view& text) {
   return name;
 }
 
-bool is_upper(char byte) { return byte >= 'A' && byte <= 'Z'; }
-bool is_lower(char byte) { return byte >= 'a' && byte <= 'z'; }
-
-bool is_class_name(std::string_view name) {
-  return is_upper(name.front()) && std::any_of(name.begin(), name.end(), is_lower);
-}
-
-bool is_constant_name(std::string_view name) {
-  return is_upper(name.front()) && std::none_of(name.begin(), name.end(), is_lower);
-}
-
 std::int16_t count_of(std::string_view values) {
   if (values == "*") return ANY_NUMBER;
   return support::argument_count(split_outside(values, ',').size());
 }
-
-/// Whether a value that goes in may come out of something that the repository does not define.
-bool may_pass_through(const Type& type) {
-  if (type.kind == Type::Kind::UNKNOWN) return !type.outside;
-  if (type.kind == Type::Kind::EXTERNAL) {
-    return std::any_of(type.arguments.begin(), type.arguments.end(), may_pass_through);
-  }
-  return type.kind != Type::Kind::PRIMITIVE && type.kind != Type::Kind::NONE;
-}
-
-}  // namespace
 
 Values::Values(TypeNames& names)
     : names_(names), file_(names.file()), facts_(names.facts(names.file())) {}
@@ -91,6 +80,7 @@ Arguments Values::arguments(DefinitionIndex scope, std::string_view values, std:
 
 Type Values::of(DefinitionIndex scope, std::string_view expression, int depth) {
   if (depth > DEEPEST || expression.empty() || expression == "?") return {};
+  if (expression.front() == '^') return lambda_parameter(scope, expression.substr(1), depth + 1);
   std::string key;
   if (expression.size() > 12) {
     key = std::to_string(scope) + ":" + std::string(expression);
@@ -387,61 +377,6 @@ Type Values::inferred(const Type& result, const Method& method, const Arguments&
     }
   }
   return {};
-}
-
-Type Values::library_result(const Type& receiver, std::string_view name,
-                            const Arguments& arguments) {
-  if (receiver.dimensions > 0) return name == "clone" ? receiver : Type{};
-  Type made;
-  const bool passes = may_pass_through(receiver) ||
-                      std::any_of(arguments.types.begin(), arguments.types.end(), may_pass_through);
-  made.outside = !passes || receiver.kind == Type::Kind::CLASS;
-  const Type* library = &receiver;
-  if (receiver.kind == Type::Kind::CLASS) {
-    const std::vector<Type>& externals = names_.ancestry(receiver).externals;
-    for (const Type& each : externals) {
-      const Type found = library_result(each, name, arguments);
-      if (found.kind != Type::Kind::UNKNOWN) return found;
-    }
-    library = nullptr;
-  }
-  const LibraryType* listed = library_type(
-      library == nullptr || library->kind != Type::Kind::EXTERNAL ? "Object"
-                                                                  : simple_name(library->name));
-  if (listed == nullptr) return made;
-  // Their results have the type of their arguments.
-  if (listed->name == "Math" && (name == "abs" || name == "max" || name == "min") &&
-      !arguments.types.empty()) {
-    return promoted(arguments.types.front(), arguments.types.back());
-  }
-  if (listed->name == "Objects" && name.starts_with("requireNonNull") && !arguments.types.empty()) {
-    return arguments.types.front();
-  }
-  const std::string_view type = library_member(*listed, name);
-  return type.empty() ? made : library_value(type, receiver);
-}
-
-Type Values::library_value(std::string_view written, const Type& receiver) {
-  std::uint8_t dimensions = 0;
-  for (; written.ends_with("[]"); written.remove_suffix(2)) ++dimensions;
-  const std::size_t angle = written.find('<');
-  const std::string_view name = written.substr(0, angle);
-  Type made;
-  if (name == "0" || name == "1") {
-    const auto position = static_cast<std::size_t>(name.front() - '0');
-    if (position < receiver.arguments.size()) made = receiver.arguments[position];
-  } else if (is_primitive_name(name)) {
-    made = primitive(name);
-  } else if (const LibraryType* listed = library_type(name)) {
-    made = external(std::string(listed->package) + "." + std::string(name));
-  }
-  made.dimensions = static_cast<std::uint8_t>(made.dimensions + dimensions);
-  if (angle == std::string_view::npos || !written.ends_with('>')) return made;
-  const std::string_view inner = written.substr(angle + 1, written.size() - angle - 2);
-  for (const std::string_view each : split_outside(inner, ',')) {
-    made.arguments.push_back(library_value(each, receiver));
-  }
-  return made;
 }
 
 }  // namespace context_delta::indexer::java

@@ -48,6 +48,11 @@ class Values {
   Type result(const Callee& callee, std::string_view name, const Arguments& arguments);
   Type method_result(const Method& method, const Type& receiver, const Arguments& arguments);
   Type inferred(const Type& result, const Method& method, const Arguments& arguments);
+  Type lambda_parameter(DefinitionIndex scope, std::string_view text, int depth);
+  Type function_parameter(const Type& function, std::size_t position);
+  Type library_function_parameter(const Callee& callee, std::string_view method,
+                                  std::size_t position);
+  Type library_factory(const Type& receiver, std::string_view name, const Arguments& arguments);
   Type library_result(const Type& receiver, std::string_view name, const Arguments& arguments);
   Type library_value(std::string_view written, const Type& receiver);
   Callee statically_imported(std::string_view name, const Arguments& arguments);
@@ -58,5 +63,13 @@ class Values {
   std::unordered_map<std::int32_t, Type> locals_;
   std::unordered_map<std::string, Type> known_;
 };
+
+/// The text up to the bracket that closes the one it starts with, both left out; the text moves
+/// behind it.
+std::string_view take_brackets(std::string_view& text);
+/// The identifier at the start of a text, which moves behind it.
+std::string_view take_name(std::string_view& text);
+/// How many arguments a list has, as Expressions::arguments wrote it.
+std::int16_t count_of(std::string_view values);
 
 }  // namespace context_delta::indexer::java

@@ -18,6 +18,9 @@ std::string_view without_prefixes(std::string_view written) {
       written = support::trimmed(written.substr(6));
     } else if (written.starts_with("? extends ")) {
       written = support::trimmed(written.substr(10));
+    } else if (written.starts_with("? super ")) {
+      // What a function of such a type is given is a T.
+      written = support::trimmed(written.substr(8));
     } else {
       return written;
     }
@@ -53,7 +56,7 @@ Type TypeNames::read(const File& file, DefinitionIndex scope, std::string_view w
   const std::string name(support::trimmed(written.substr(0, angle)));
   Type made;
   if (name.empty() || name == "var") return made;
-  // Of `?` and `? super T` nothing is known but that it is an object.
+  // Of `?` nothing is known but that it is an object.
   if (name.starts_with('?')) return depth > 0 ? external("java.lang.Object") : made;
   if (name == "void") {
     made.kind = Type::Kind::VOID;
