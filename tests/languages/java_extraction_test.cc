@@ -160,7 +160,7 @@ local e in f = ?
 local c in f : C
 local d in f : C
 local l in f : C = ?
-local k in f = ?
+local k in f = ^1.0:g(->1r,->1r)
 member x in R : int {property}
 member ONE in E : E {static}
 import b|C| in -

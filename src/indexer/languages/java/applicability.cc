@@ -7,20 +7,6 @@
 namespace context_delta::indexer::java {
 namespace {
 
-/// What the library says of an external type; null when it is not listed there.
-const LibraryType* listed(const Type& type) {
-  std::string_view name = type.name;
-  std::size_t start = 0;
-  while (start < name.size() && !(name[start] >= 'A' && name[start] <= 'Z')) {
-    const std::size_t dot = name.find('.', start);
-    if (dot == std::string_view::npos) return nullptr;
-    start = dot + 1;
-  }
-  const LibraryType* found = library_type(name.substr(start));
-  const bool same = found != nullptr && start > 0 && name.substr(0, start - 1) == found->package;
-  return same ? found : nullptr;
-}
-
 bool is_object(const Type& type) {
   return type.kind == Type::Kind::EXTERNAL && type.dimensions == 0 &&
          type.name == "java.lang.Object";
@@ -28,8 +14,8 @@ bool is_object(const Type& type) {
 
 Verdict external_subtype(const Type& from, const Type& to) {
   if (same_type(from, to)) return Verdict::YES;
-  const LibraryType* below = listed(from);
-  const LibraryType* above = listed(to);
+  const LibraryType* below = library_type_of(from.name);
+  const LibraryType* above = library_type_of(to.name);
   if (below == nullptr) return Verdict::MAYBE;
   // The supertypes of what is listed are listed.
   if (above == nullptr) return to.name.starts_with('?') ? Verdict::MAYBE : Verdict::NO;
@@ -84,7 +70,7 @@ Verdict lambda_fits(TypeNames& names, const Type& lambda, const Type& to) {
     if (method == nullptr) return names.ancestry(to).known ? Verdict::NO : Verdict::MAYBE;
     function = std::to_string(method->parameters.size()) + (method->type == "void" ? "v" : "r");
   } else if (to.kind == Type::Kind::EXTERNAL) {
-    const LibraryType* found = listed(to);
+    const LibraryType* found = library_type_of(to.name);
     if (found == nullptr) return Verdict::MAYBE;
     function = found->function;
     if (function.empty()) return Verdict::NO;
@@ -102,7 +88,7 @@ Verdict function_fits(TypeNames& names, const Type& to) {
   if (to.kind == Type::Kind::CLASS && names.ancestry(to).known) {
     return abstract_method(names, to) == nullptr ? Verdict::NO : Verdict::MAYBE;
   }
-  const LibraryType* found = to.kind == Type::Kind::EXTERNAL ? listed(to) : nullptr;
+  const LibraryType* found = to.kind == Type::Kind::EXTERNAL ? library_type_of(to.name) : nullptr;
   return found != nullptr && found->function.empty() ? Verdict::NO : Verdict::MAYBE;
 }
 

@@ -64,6 +64,18 @@ std::size_t lambda_parameters(TSNode parameters) {
   return count;
 }
 
+/// `a.B<C>` of `a.@X B<@Y C>`.
+std::string without_annotations(std::string type) {
+  for (std::size_t at = type.find('@'); at != std::string::npos; at = type.find('@')) {
+    std::size_t end = at + 1;
+    while (end < type.size() && (support::is_identifier_byte(type[end]) || type[end] == '.')) ++end;
+    if (end < type.size() && type[end] == '(') return "?";
+    if (end < type.size() && type[end] == ' ') ++end;
+    type.erase(at, end - at);
+  }
+  return type;
+}
+
 std::string unread_arguments(TSNode list) {
   const std::int16_t count = argument_count(list);
   if (count > static_cast<std::int16_t>(MOST_ARGUMENTS)) return "*";
@@ -93,6 +105,7 @@ std::string type_text(TSNode type, TSNode dimensions, std::string_view text) {
   const std::string_view written = text_of(type, text);
   if (written.size() > LONGEST_WITH_ARGUMENTS) return "?";
   std::string made = support::one_line(written, LONGEST_WITH_ARGUMENTS);
+  made = without_annotations(std::move(made));
   if (made.find_first_of("{}()\"") != std::string::npos) return "?";
   for (const char byte : text_of(dimensions, text)) {
     if (byte == '[') made += "[]";
@@ -110,6 +123,12 @@ std::string lambda_text(TSNode lambda) {
   }
   return "->" + std::to_string(lambda_parameters(child(lambda, java.field.parameters))) +
          std::string(result);
+}
+
+const std::string& Expressions::lambda_of(TSNode node) const {
+  const auto [place, added] = lambdas_.try_emplace(node.id);
+  if (added) place->second = lambda_text(node);
+  return place->second;
 }
 
 std::string Expressions::name_text(TSNode node) const {
@@ -227,7 +246,7 @@ std::string Expressions::value_text(TSNode node, int depth) const {
     case Node::TERNARY:
       return conditional_text(node, depth);
     case Node::LAMBDA:
-      return lambda_text(node);
+      return lambda_of(node);
     case Node::METHOD_REFERENCE:
       return "::";
     default:

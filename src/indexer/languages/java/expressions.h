@@ -2,6 +2,7 @@
 
 #include <string>
 #include <string_view>
+#include <unordered_map>
 
 #include "indexer/languages/java/locals.h"
 #include "indexer/languages/java/syntax.h"
@@ -34,9 +35,12 @@ class Expressions {
   std::string binary_text(TSNode node, int depth) const;
   std::string conditional_text(TSNode node, int depth) const;
   std::string name_text(TSNode node) const;
+  const std::string& lambda_of(TSNode node) const;
 
   std::string_view text_;
   const Locals& locals_;
+  // A lambda is written again for each call behind it in a chain.
+  mutable std::unordered_map<const void*, std::string> lambdas_;
 };
 
 /// How many arguments a list has.

@@ -60,7 +60,7 @@ Type Values::function_parameter(const Type& function, std::size_t position) {
     return {};
   }
   if (function.kind != Type::Kind::EXTERNAL || function.arguments.empty()) return {};
-  const LibraryType* listed = library_type(simple_name(function.name));
+  const LibraryType* listed = library_type_of(function.name);
   if (listed == nullptr || listed->function.empty()) return {};
   const bool same = listed->name == "Comparator" || listed->name == "BinaryOperator";
   const std::size_t index = same ? 0 : position;

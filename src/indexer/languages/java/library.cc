@@ -135,6 +135,20 @@ const LibraryType* library_type(std::string_view name) {
   return found == all.end() || found->name != name ? nullptr : &*found;
 }
 
+const LibraryType* library_type_of(std::string_view qualified_name) {
+  std::size_t start = 0;
+  while (start < qualified_name.size() &&
+         !(qualified_name[start] >= 'A' && qualified_name[start] <= 'Z')) {
+    const std::size_t dot = qualified_name.find('.', start);
+    if (dot == std::string_view::npos) return nullptr;
+    start = dot + 1;
+  }
+  const LibraryType* found = library_type(qualified_name.substr(start));
+  const bool same =
+      found != nullptr && start > 0 && qualified_name.substr(0, start - 1) == found->package;
+  return same ? found : nullptr;
+}
+
 bool is_library_subtype(const LibraryType& type, const LibraryType& supertype) {
   if (supertype.name == "Object") return true;
   std::vector<const LibraryType*> pending = {&type};

@@ -25,6 +25,9 @@ std::span<const LibraryType> library_types();
 /// The type of a simple name; null when it is not listed.
 const LibraryType* library_type(std::string_view name);
 
+/// The type of a qualified name; null when it is not listed.
+const LibraryType* library_type_of(std::string_view qualified_name);
+
 /// Whether `type` is `supertype` or below it, both listed.
 bool is_library_subtype(const LibraryType& type, const LibraryType& supertype);
 

@@ -71,7 +71,7 @@ constexpr auto TYPES = std::to_array<LibraryType>({
      "toString:String compare:int getNumericValue:int isSurrogate:boolean "
      "isHighSurrogate:boolean isLowSurrogate:boolean toChars:char[] charCount:int "
      "MAX_VALUE.:char MIN_VALUE.:char"},
-    {"Charset", "java.nio.charset", "Comparable", "", "name:String forName:Charset defaultCharset:Charset"},
+    {"Charset", "java.nio.charset", "Comparable", "", "name:String displayName:String forName:Charset defaultCharset:Charset"},
     {"Class", "java.lang", "Serializable Type GenericDeclaration AnnotatedElement", "", "getName:String getSimpleName:String getTypeName:String getCanonicalName:String "
      "getPackage:Package getClassLoader:ClassLoader isArray:boolean isInterface:boolean "
      "isPrimitive:boolean isEnum:boolean isInstance:boolean isAssignableFrom:boolean "

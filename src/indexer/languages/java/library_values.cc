@@ -79,9 +79,8 @@ Type Values::library_result(const Type& receiver, std::string_view name,
     }
     library = nullptr;
   }
-  const LibraryType* listed = library_type(
-      library == nullptr || library->kind != Type::Kind::EXTERNAL ? "Object"
-                                                                  : simple_name(library->name));
+  const bool is_external = library != nullptr && library->kind == Type::Kind::EXTERNAL;
+  const LibraryType* listed = is_external ? library_type_of(library->name) : library_type("Object");
   if (listed == nullptr) return made;
   const Type factory = library_factory(receiver, name, arguments);
   if (factory.kind != Type::Kind::UNKNOWN) return factory;

@@ -158,12 +158,9 @@ Type TypeNames::found_by_name(const File& file, DefinitionIndex scope, std::stri
 Type TypeNames::found_in_scope(const File& file, DefinitionIndex scope, std::string_view simple) {
   const Facts& known = facts(file);
   for (DefinitionIndex at = scope;; at = definition_at(known, at).parent) {
-    for (const Binder& binder : scopes(file).find(at, simple)) {
-      if (binder.kind == Binder::Kind::DEFINITION && is_type(definition_at(known, binder.index)) &&
-          !is_anonymous(known, binder.index)) {
-        return class_type(file, binder.index);
-      }
-    }
+    const bool in_header = at != NOWHERE && at == header_;
+    const Type own = in_header ? Type{} : own_class(file, at, simple);
+    if (own.kind == Type::Kind::CLASS) return own;
     if (at == NOWHERE) return {};
     const Definition& around = definition_at(known, at);
     if ((around.traits & GENERIC) != 0) {
@@ -175,7 +172,7 @@ Type TypeNames::found_in_scope(const File& file, DefinitionIndex scope, std::str
     if (is_type(around) && around.name == simple && !is_anonymous(known, at)) {
       return class_type(file, at);
     }
-    if (is_type(around) && stage_ != Stage::DIRECT && !around.bases.empty()) {
+    if (is_type(around) && stage_ != Stage::DIRECT && !in_header && !around.bases.empty()) {
       const Type inherited = member_class(class_type(file, at), simple);
       if (inherited.kind != Type::Kind::UNKNOWN) return inherited;
     }
@@ -247,21 +244,22 @@ Type TypeNames::imported(const File& importer, std::string_view qualified) {
   return class_among(importer, qualified.substr(0, dot), qualified.substr(dot + 1));
 }
 
-Type TypeNames::own_member_class(const Type& owner, std::string_view name) {
-  const Facts& known = facts(*owner.file);
-  for (const Binder& binder : scopes(*owner.file).find(owner.definition, name)) {
-    if (binder.kind == Binder::Kind::DEFINITION && is_type(definition_at(known, binder.index)) &&
-        !is_anonymous(known, binder.index)) {
-      return class_type(*owner.file, binder.index);
-    }
+/// The class that a scope itself defines.
+Type TypeNames::own_class(const File& file, DefinitionIndex scope, std::string_view name) {
+  const Facts& known = facts(file);
+  for (const Binder& binder : scopes(file).find(scope, name)) {
+    const bool is_class = binder.kind == Binder::Kind::DEFINITION &&
+                          is_type(definition_at(known, binder.index)) &&
+                          !is_anonymous(known, binder.index);
+    if (is_class) return class_type(file, binder.index);
   }
   return {};
 }
 
 Type TypeNames::member_class(const Type& owner, std::string_view name) {
-  if (stage_ == Stage::DIRECT) return own_member_class(owner, name);
+  if (stage_ == Stage::DIRECT) return own_class(*owner.file, owner.definition, name);
   for (const Type& each : ancestry(owner).classes) {
-    const Type found = own_member_class(each, name);
+    const Type found = own_class(*each.file, each.definition, name);
     if (found.kind != Type::Kind::UNKNOWN) return found;
   }
   return {};
@@ -293,6 +291,7 @@ TypeNames::Supertypes TypeNames::read_supertypes(const File& file, Stage stage) 
     if (!is_type(each) || each.bases.empty()) continue;
     // The type parameters of a class are seen in its own header.
     const auto index = static_cast<DefinitionIndex>(i);
+    there.header_ = index;
     for (const std::string& written : written_supertypes(each)) {
       answer[i].push_back(there.read(file, index, written));
     }

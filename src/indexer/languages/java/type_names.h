@@ -72,7 +72,7 @@ class TypeNames {
   Type class_among(const File& importer, std::string_view container, std::string_view simple);
   Type class_type(const File& file, DefinitionIndex index);
   Type variable(const File& file, DefinitionIndex scope, std::string_view name);
-  Type own_member_class(const Type& owner, std::string_view name);
+  Type own_class(const File& file, DefinitionIndex scope, std::string_view name);
   /// Supertypes are read twice: first without, then with the classes that the classes around
   /// inherit by the first reading.
   enum class Stage : std::uint8_t { DIRECT, INHERITED, COMPLETE };
@@ -89,6 +89,7 @@ class TypeNames {
   std::map<std::pair<std::int64_t, DefinitionIndex>, std::vector<TypeParameter>> parameters_;
   std::unordered_map<std::string, Type> names_;
   Stage stage_ = Stage::COMPLETE;
+  DefinitionIndex header_ = NOWHERE;  // the class whose supertypes are read: its members are unseen
 };
 
 /// The parts of a text between separators that stand outside of brackets of any kind.

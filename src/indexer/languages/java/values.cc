@@ -289,7 +289,7 @@ Type Values::member(DefinitionIndex scope, const Type& owner, std::string_view n
     case Type::Kind::VARIABLE:
       return member(scope, names_.bound(owner), name);
     case Type::Kind::EXTERNAL: {
-      const LibraryType* library = library_type(simple_name(owner.name));
+      const LibraryType* library = library_type_of(owner.name);
       if (library != nullptr) {
         std::string_view type = library_member(*library, std::string(name) + ".");
         if (type.empty() && is_constant_name(name)) type = library_member(*library, "*.");
