@@ -20,12 +20,25 @@ Callee picked(TypeNames& names, const Type& receiver, Methods methods, const Arg
     return each.variadic || each.parameters.size() == count;
   });
   made.outside = methods.open && !counted;
-  if (!made.outside) made.choice.fitting = std::move(methods.all);
+  if (!made.outside) made.choice = {.fitting = methods.all, .sure = false};
   made.doubt = "no method of the name takes these arguments";
   return made;
 }
 
 }  // namespace
+
+/// Calls of one name on one class mean the same methods throughout a file.
+const Methods& Values::methods(const Type& receiver, std::string_view name) {
+  if (!receiver.arguments.empty()) {
+    last_methods_ = methods_of(names_, receiver, name);
+    return last_methods_;
+  }
+  std::string key = std::to_string(receiver.file->id) + ":" + std::to_string(receiver.definition) +
+                    ":" + std::string(name);
+  const auto found = methods_.find(key);
+  if (found != methods_.end()) return found->second;
+  return methods_.emplace(std::move(key), methods_of(names_, receiver, name)).first->second;
+}
 
 Callee Values::on(const Type& receiver, std::string_view name, const Arguments& arguments) {
   Callee made;
@@ -40,14 +53,14 @@ Callee Values::on(const Type& receiver, std::string_view name, const Arguments& 
     made.outside = !unknown || receiver.dimensions > 0 || receiver.outside;
     return made;
   }
-  Methods methods = methods_of(names_, receiver, name);
-  if (!methods.all.empty()) {
-    made = picked(names_, receiver, std::move(methods), arguments);
+  const Methods& found = methods(receiver, name);
+  if (!found.all.empty()) {
+    made = picked(names_, receiver, found, arguments);
     if (!receiver.sure) made.doubt = "several classes have the receiver's name";
     return made;
   }
   // Inherited from outside, or made by the compiler: of a record, an enum, java.lang.Object.
-  made.outside = methods.known;
+  made.outside = found.known;
   return made;
 }
 
@@ -57,16 +70,16 @@ Callee Values::bare(DefinitionIndex scope, std::string_view name, const Argument
   Type owner = names_.enclosing_class(file_, scope);
   while (owner.kind == Type::Kind::CLASS) {
     owner.is_this = true;
-    Methods methods = methods_of(names_, owner, name);
-    if (!methods.all.empty()) {
-      Callee made = picked(names_, owner, std::move(methods), arguments);
+    const Methods& found = methods(owner, name);
+    if (!found.all.empty()) {
+      Callee made = picked(names_, owner, found, arguments);
       if (!known || (open && is_common_method(name))) {
         made.doubt = "a class in between may inherit a method of the name";
       }
       return made;
     }
-    open = open || methods.open;
-    known = known && methods.known;
+    open = open || found.open;
+    known = known && found.known;
     owner = names_.enclosing_class(file_, definition_at(facts_, owner.definition).parent);
   }
   Callee made = statically_imported(name, arguments);
@@ -104,7 +117,7 @@ Callee Values::statically_imported(std::string_view name, const Arguments& argum
     made.outside = outside;
     return made;
   }
-  made = picked(names_, owner, std::move(methods), arguments);
+  made = picked(names_, owner, methods, arguments);
   made.imported = true;
   return made;
 }

@@ -5,6 +5,9 @@
 namespace context_delta::indexer::java {
 namespace {
 
+/// Of more methods than this that take as many arguments, none is proven.
+constexpr std::size_t MOST_OVERLOADS = 100;
+
 enum class Phase { STRICT, LOOSE, VARIADIC };
 
 /// The type of the parameter that takes an argument.
@@ -103,8 +106,20 @@ void append(std::vector<Method>& to, const std::vector<const Method*>& from) {
 /// Without counts: a name with one method means it.
 Choice choose_by_name(const std::vector<Method>& methods) {
   Choice made;
-  made.fitting = methods;
+  const std::size_t listed = std::min(methods.size(), MOST_OVERLOADS);
+  made.fitting.assign(methods.begin(), methods.begin() + static_cast<std::ptrdiff_t>(listed));
   made.sure = methods.size() == 1;
+  return made;
+}
+
+Choice choose_by_count(const std::vector<Method>& methods, const Arguments& arguments) {
+  Choice made;
+  for (const Method& each : methods) {
+    const bool fits = takes(each, arguments.types.size(), Phase::STRICT) ||
+                      takes(each, arguments.types.size(), Phase::VARIADIC);
+    if (fits && made.fitting.size() < MOST_OVERLOADS) made.fitting.push_back(each);
+  }
+  made.sure = made.fitting.size() == 1;
   return made;
 }
 
@@ -113,6 +128,7 @@ Choice choose_by_name(const std::vector<Method>& methods) {
 Choice choose(TypeNames& names, const std::vector<Method>& methods, const Arguments& arguments,
               bool open) {
   if (!arguments.counted) return choose_by_name(methods);
+  if (methods.size() > MOST_OVERLOADS) return choose_by_count(methods, arguments);
   Choice made;
   bool doubtful = false;  // an earlier phase may have settled it
   for (const Phase phase : {Phase::STRICT, Phase::LOOSE, Phase::VARIADIC}) {

@@ -330,11 +330,26 @@ void TypeNames::add_ancestors(Ancestry& line, const Type& of, int depth) {
   }
 }
 
+/// Asked of every class that has a method of some name, so it is kept across files.
 bool TypeNames::is_below(const Type& of, const Type& base) {
+  using Place = std::pair<std::int64_t, DefinitionIndex>;
+  using Answer = std::vector<std::vector<Place>>;  // of each definition, the classes above it
   if (of.kind != Type::Kind::CLASS || base.kind != Type::Kind::CLASS) return false;
-  const std::vector<Type>& line = ancestry(of).classes;
-  return std::any_of(line.begin() + 1, line.end(),
-                     [&](const Type& each) { return same_class(each, base); });
+  const Answer& above = world_.remember<Answer>("java:classes-above", *of.file, [&] {
+    TypeNames there(*of.file, world_.facts(*of.file), world_);
+    Answer answer(there.facts_.definitions.size());
+    for (std::size_t i = 0; i < answer.size(); ++i) {
+      const auto index = static_cast<DefinitionIndex>(i);
+      if (!is_type(there.facts_.definitions[i])) continue;
+      for (const Type& each : there.ancestry(there.class_type(*of.file, index)).classes) {
+        answer[i].emplace_back(each.file->id, each.definition);
+      }
+      answer[i].erase(answer[i].begin());
+    }
+    return answer;
+  });
+  const std::vector<Place>& line = above[static_cast<std::size_t>(of.definition)];
+  return std::find(line.begin(), line.end(), Place(base.file->id, base.definition)) != line.end();
 }
 
 }  // namespace context_delta::indexer::java

@@ -55,6 +55,7 @@ class Values {
   Type library_factory(const Type& receiver, std::string_view name, const Arguments& arguments);
   Type library_result(const Type& receiver, std::string_view name, const Arguments& arguments);
   Type library_value(std::string_view written, const Type& receiver);
+  const Methods& methods(const Type& receiver, std::string_view name);
   Callee statically_imported(std::string_view name, const Arguments& arguments);
 
   TypeNames& names_;
@@ -62,6 +63,8 @@ class Values {
   const Facts& facts_;
   std::unordered_map<std::int32_t, Type> locals_;
   std::unordered_map<std::string, Type> known_;
+  std::unordered_map<std::string, Methods> methods_;
+  Methods last_methods_;  // of a receiver with type arguments
 };
 
 /// The text up to the bracket that closes the one it starts with, both left out; the text moves
