@@ -70,7 +70,7 @@ struct Definition {
   std::int16_t most_arguments = ANY_NUMBER;  ///< the receiver (self, this) is not counted
   std::uint16_t traits = 0;
   /// Types of a function's parameters, as written, in a language whose overloads they tell apart.
-  std::vector<std::string> parameters;
+  std::vector<std::string> parameters = {};
   friend bool operator==(const Definition&, const Definition&) = default;
 };
 
@@ -93,7 +93,7 @@ struct Reference {
   std::uint16_t traits = 0;
   /// The arguments of a call, each normalised like a receiver, joined by ','; empty in a language
   /// that does not choose by their types.
-  std::string values;
+  std::string values = {};
   friend bool operator==(const Reference&, const Reference&) = default;
 };
 
