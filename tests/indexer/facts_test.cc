@@ -60,8 +60,8 @@ class Generator {
     return made;
   }
   Reference reference() {
-    return {text(), text(), static_cast<Role>(below(7)), line(), scope(), arguments(), traits(),
-            text()};
+    return {text(),   text(), static_cast<Role>(below(7)), line(), scope(), arguments(),
+            traits(), text()};
   }
   Binding binding() {
     return {text(),  static_cast<Binding::Kind>(below(4)), scope(), text(), text(), line(),
