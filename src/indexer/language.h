@@ -24,6 +24,7 @@ struct Language {
   /// For a suffix that several languages claim (".h"): whether this text is in this language.
   /// Null: always. The first language of the table that accepts gets the file.
   bool (*accepts)(std::string_view text);
+  /// Null: texts are not parsed; extract() gets a null node and reads the text itself.
   const TSLanguage* (*grammar)();
   /// The text to parse in place of `text`: as long, with its lines, and spaces where the grammar
   /// would stumble; empty when the text itself will do. Null: always itself.

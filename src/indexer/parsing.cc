@@ -64,6 +64,10 @@ ParsedText TextParser::parse(const std::vector<const Language*>& languages,
   parsed.language = accepting(languages, text);
   if (parsed.language == nullptr) return parsed;
 
+  if (parsed.language->grammar == nullptr) {
+    parsed.facts = parsed.language->extract({}, text);
+    return parsed;
+  }
   Progress progress{cancelled_, 0, LEAST_ASKS + text.size()};
   ts_parser_reset(parser_.get());
   if (!ts_parser_set_language(parser_.get(), parsed.language->grammar())) {

@@ -12,6 +12,7 @@ using indexer::File;
 using indexer::Language;
 
 Facts facts_of(const Language& language, std::string_view text) {
+  if (language.grammar == nullptr) return language.extract({}, text);
   const std::unique_ptr<TSParser, decltype(&ts_parser_delete)> parser(ts_parser_new(),
                                                                       &ts_parser_delete);
   if (!ts_parser_set_language(parser.get(), language.grammar())) {
