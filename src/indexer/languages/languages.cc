@@ -6,6 +6,7 @@
 #include "indexer/languages/cpp/cpp.h"
 #include "indexer/languages/go/go.h"
 #include "indexer/languages/java/java.h"
+#include "indexer/languages/manifest/manifest.h"
 #include "indexer/languages/python/python.h"
 #include "indexer/languages/rust/rust.h"
 
@@ -22,6 +23,7 @@ constexpr std::array LANGUAGES = {
     &rust::LANGUAGE,
     &rust::MANIFEST_LANGUAGE,
     &java::LANGUAGE,
+    &manifest::LANGUAGE,
 };
 
 bool claims(const Language& language, std::string_view path) {
