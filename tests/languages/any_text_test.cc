@@ -31,6 +31,17 @@ const std::string SAMPLES[] = {
     "P "
     "{ } } { for (var r : s) if (t instanceof U v && v.w(x ? 1L : 'y' + \"z\")) new A.B<>() { }; } "
     "}\n",
+    "import d, { a as b } from './b'; export default class C extends (m(B)) { #p = () => this.q; "
+    "static async *[k](x = {y, ...z}, ...r) { for (const [i, {j}] of r) yield* j?.l`t${i}`; } }\n"
+    "/** @param {Array.<C>} s @type {(x} */ module.exports = { 'm:n'(o) { return new o.P() } };\n",
+    "@d() export abstract class C<T extends X> implements I { constructor(private readonly a?: "
+    "T[]) "
+    "{ super() } declare x: typeof y; } namespace N.M { enum E { A = 1 } } function f(this: C): x "
+    "is "
+    "T;\nconst v = <div a={b as unknown as (c) => void}><N.T/></div>; type U = { m(): void } & "
+    "import('./z').W<string>;\n",
+    "{\"name\": \"n\", \"exports\": {\"./a/*\": [\"./b/*.js\", {\"x\": null}]}, /* c */ "
+    "\"compilerOptions\": {\"paths\": {\"@/*\": [\"*\"],},},}\npackages:\n - 'a/*'\n",
 };
 
 /// Facts must hold together whatever they were made from.
@@ -50,7 +61,7 @@ void expect_sound(const indexer::Facts& facts) {
 }
 
 void try_everywhere(const std::string& text) {
-  for (const std::string path : {"a.py", "a.c", "a.cc", "a.go", "go.mod", "src/lib.rs", "Cargo.toml", "a.java"}) {
+  for (const std::string path : {"a.py", "a.c", "a.cc", "a.go", "go.mod", "src/lib.rs", "Cargo.toml", "a.java", "a.js", "a.ts", "a.tsx", "package.json"}) {
     MemorySource source;
     source.add(path, text);
     expect_sound(*source.files().at(path).facts);

@@ -6,9 +6,11 @@
 #include "indexer/languages/cpp/cpp.h"
 #include "indexer/languages/go/go.h"
 #include "indexer/languages/java/java.h"
+#include "indexer/languages/javascript/javascript.h"
 #include "indexer/languages/manifest/manifest.h"
 #include "indexer/languages/python/python.h"
 #include "indexer/languages/rust/rust.h"
+#include "indexer/languages/typescript/typescript.h"
 
 namespace context_delta::indexer {
 namespace {
@@ -23,6 +25,9 @@ constexpr std::array LANGUAGES = {
     &rust::LANGUAGE,
     &rust::MANIFEST_LANGUAGE,
     &java::LANGUAGE,
+    &javascript::LANGUAGE,
+    &typescript::LANGUAGE,
+    &typescript::LANGUAGE_WITH_JSX,
     &manifest::LANGUAGE,
 };
 
