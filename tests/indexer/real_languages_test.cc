@@ -121,24 +121,54 @@ const std::vector<Variants> FILES = {
       "  void f(Part p) { run(); run(1); p.go(); }\n}\n"}},
 };
 
-void write_first_texts(const test::GitRepository& repository) {
-  for (const Variants& file : FILES) {
+/// The same for modules that are found through the manifests of packages.
+const std::vector<Variants> MODULES = {
+    {"package.json", {"{\"workspaces\": [\"packages/*\"]}", "{\"name\": \"root\"}", ""}},
+    {"tsconfig.json",
+     {"{\"compilerOptions\": {\"paths\": {\"@x/*\": [\"packages/*/src\"]}}}", "{}", ""}},
+    {"packages/one/package.json",
+     {"{\"name\": \"@x/one\", \"main\": \"main.js\"}", "{\"name\": \"other\"}", ""}},
+    {"packages/one/main.js",
+     {"module.exports = { make };\nfunction make() { const s = new Set(); return { run }; "
+      "function run() {} }\n",
+      "exports.make = () => new Store();\nclass Store { run() {} }\n", ""}},
+    {"packages/one/src/index.ts",
+     {"export * from './store';\nexport const make = (): Store => new Store();\n"
+      "import { Store } from './store';\n",
+      "export { Store as default, make } from './store';\n", ""}},
+    {"packages/one/src/store.ts",
+     {"export class Store {\n  run() { this.step() }\n  step() {}\n}\n",
+      "export interface Store { run(): void }\nexport function make(): Store { return null! }\n",
+      ""}},
+    {"packages/two/use.ts",
+     {"import { make } from '@x/one';\nmake().run();\n",
+      "import Store, { make } from '@x/one';\nexport class Sub extends Store { step() { make() } "
+      "}\n"}},
+    {"packages/two/old.js",
+     {"const one = require('@x/one');\nconst s = one.make();\ns.run();\n",
+      "const { Sub } = require('./use');\n/** @param {Sub} s */\nfunction f(s) { s.run() }\n"
+      "Sub.prototype.step = f;\n",
+      ""}},
+};
+
+void write_first_texts(const test::GitRepository& repository, const std::vector<Variants>& files) {
+  for (const Variants& file : files) {
     if (!file.texts.front().empty()) repository.write(file.path, file.texts.front());
   }
 }
 
 class RealLanguages : public testing::TestWithParam<unsigned> {};
 
-TEST_P(RealLanguages, AnUpdateEqualsAColdBuild) {
-  std::mt19937 random(GetParam());
+void expect_updates_like_cold_builds(const std::vector<Variants>& files, unsigned seed) {
+  std::mt19937 random(seed);
   test::GitRepository repository;
-  write_first_texts(repository);
+  write_first_texts(repository, files);
   repository.commit();
   const git_utils::Git git(repository.root());
   storage::Repository updated(repository.beside() / "updated.sqlite");
   for (int step = 0; step < 15; ++step) {
     for (std::size_t edits = 1 + random() % 4; edits > 0; --edits) {
-      const Variants& file = FILES[random() % FILES.size()];
+      const Variants& file = files[random() % files.size()];
       const std::string_view text = file.texts[random() % file.texts.size()];
       repository.remove(file.path);
       if (!text.empty()) repository.write(file.path, text);
@@ -152,11 +182,19 @@ TEST_P(RealLanguages, AnUpdateEqualsAColdBuild) {
   }
 }
 
+TEST_P(RealLanguages, AnUpdateEqualsAColdBuild) {
+  expect_updates_like_cold_builds(FILES, GetParam());
+}
+
+TEST_P(RealLanguages, AnUpdateOfModulesEqualsAColdBuild) {
+  expect_updates_like_cold_builds(MODULES, GetParam());
+}
+
 INSTANTIATE_TEST_SUITE_P(Seeds, RealLanguages, testing::Range(0u, 6u));
 
 TEST(RealLanguagesGraph, CallsAcrossFilesAreProven) {
   test::GitRepository repository;
-  write_first_texts(repository);
+  write_first_texts(repository, FILES);
   const std::string commit = repository.commit();
   const git_utils::Git git(repository.root());
   storage::Repository index(repository.beside() / "index.sqlite");

@@ -61,7 +61,8 @@ void expect_sound(const indexer::Facts& facts) {
 }
 
 void try_everywhere(const std::string& text) {
-  for (const std::string path : {"a.py", "a.c", "a.cc", "a.go", "go.mod", "src/lib.rs", "Cargo.toml", "a.java", "a.js", "a.ts", "a.tsx", "package.json"}) {
+  for (const std::string path : {"a.py", "a.c", "a.cc", "a.go", "go.mod", "src/lib.rs",
+                                 "Cargo.toml", "a.java", "a.js", "a.ts", "a.tsx", "package.json"}) {
     MemorySource source;
     source.add(path, text);
     expect_sound(*source.files().at(path).facts);
