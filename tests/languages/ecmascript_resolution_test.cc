@@ -345,6 +345,27 @@ const std::vector<Case> CLASSES = {
        "function Store() {}\nStore.prototype.load = function $target^load() {};\n"
        "const s = new Store();\ns.$call^load();\n"}},
      "proven constructed"},
+    {"ThisOfAPrototype",
+     {{"a.js",
+       "function Store() {}\nStore.prototype.load = function $target^load() {};\n"
+       "Store.prototype.go = function () { this.$call^load() };\n"}},
+     "proven self"},
+    {"ThisOfAPrototypeBesideANamesake",
+     {{"a.js",
+       "function Store() {}\nStore.prototype.load = function $target^load() {};\n"
+       "Store.prototype.go = function () { this.$call^load() };\n"
+       "function Sub() {}\nSub.prototype.load = function () {};\n"}},
+     "guessed dispatch: a subclass overrides the method (of 2)"},
+    {"ParameterOfADeclaredFunctionType",
+     {{"t.ts", "import { Store } from './a';\nexport type Handler<T> = (n: T, s: Store) => void;\n"},
+      {"a.ts", STORE},
+      {"b.ts",
+       "import { Handler } from './t';\nconst f: Handler<number> = (n, s) => { s.$call^load(n) };\n"}},
+     "proven declared-type"},
+    {"ParameterOfAReturnedFunction",
+     {{"a.ts", STORE + "type Handler = (s: Store) => void;\n"
+                       "function make(): Handler { return function (s) { s.$call^load(1) } }\n"}},
+     "proven declared-type"},
     {"UnknownReceiver",
      {{"a.js", STORE + "function f(s) { s.$call^load(1) }\n"}},
      "guessed namesake: the receiver's type is not known (of 1)"},

@@ -304,7 +304,15 @@ void Extractor::enter_return(TSNode node) {
   // What a function without a definition returns is not the result of the one around it.
   if (is_null(value) || function == NOWHERE || !scopes_.is_own(scope)) return;
   if (!support::is_function_kind(builder_.definition(function).kind)) return;
+  expect_result(value);
   results_.push_back({function, value_of(value), context().lexical});
+}
+
+/// A function that is returned has the type that the function around it declares as its result.
+void Extractor::expect_result(TSNode value) {
+  const TSNode inner = unwrapped(syntax_, value);
+  const std::string& type = builder_.definition(builder_.frame().definition).type;
+  if (is_function_value(syntax_.kind(inner)) && !type.empty()) expected_[inner.id] = type;
 }
 
 void Extractor::enter_comment(TSNode node) {

@@ -125,9 +125,18 @@ void Extractor::bind_parameters(TSNode function, DefinitionIndex index,
   const auto hint = hints_.find(function.id);
   std::string value = hint == hints_.end() ? std::string() : hint->second;
   const TSNode single = child(function, syntax_.field.parameter);
-  if (!is_null(single)) return bind_parameter(single, index, documentation, std::move(value));
+  const auto given = expected_.find(function.id);
+  if (!is_null(single)) {
+    if (given != expected_.end() && !given->second.empty()) value = "<" + given->second + ">@0";
+    return bind_parameter(single, index, documentation, std::move(value));
+  }
+  int count = 0;
   for (const TSNode node : support::named_children(child(function, syntax_.field.parameters))) {
     if (!is_parameter(syntax_, node, builder_.text())) continue;
+    if (given != expected_.end() && !given->second.empty()) {
+      value = "<" + given->second + ">@" + std::to_string(count);
+    }
+    ++count;
     bind_parameter(node, index, documentation, std::move(value));
     value.clear();
   }
@@ -174,6 +183,10 @@ void Extractor::enter_declarator(TSNode node) {
       if (context().statement_line != 0) {
         builder_.definition(index).first_line =
             std::min(builder_.definition(index).first_line, first_line(node));
+      }
+      expected_[inner.id] = annotated_type(child(node, syntax_.field.type), builder_.text());
+      if (expected_[inner.id].empty()) {
+        expected_[inner.id] = documentation_before(pattern).type;
       }
       declare_definition(index);
       return;
@@ -285,8 +298,8 @@ void Extractor::assign_member(TSNode left, TSNode right) {
   if (owner.starts_with('{')) {
     return bind_member(builder_.frame().definition, owner + "." + name, {}, std::move(value), left);
   }
-  if (owner.starts_with('=') && owner.ends_with('~')) {
-    const DefinitionIndex function = std::stoi(owner.substr(1));
+  if (owner.starts_with('=') && owner.ends_with('!')) {
+    const DefinitionIndex function = number_in(std::string_view(owner).substr(1));
     return bind_member(function, name, documentation_before(left).type, std::move(value), left);
   }
   if (!is_name(owner)) return;
@@ -309,7 +322,7 @@ std::string Extractor::instance_of(std::string_view name) {
   const std::int32_t declared = scopes_.find(context().lexical, name);
   if (declared < 0) return "?";
   const DefinitionIndex definition = scopes_.declaration(declared, name)->definition;
-  return definition == NOWHERE ? "?" : "=" + std::to_string(definition) + "~";
+  return definition == NOWHERE ? "?" : "=" + std::to_string(definition) + "!";
 }
 
 /// A class or import whose member is replaced: a variable with the written scope, so that rules see

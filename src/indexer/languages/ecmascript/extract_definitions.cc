@@ -120,7 +120,7 @@ std::string Extractor::receiver_of(TSNode node, DefinitionIndex index, const Con
   if (assigned != receivers_.end()) return assigned->second;
   if (!around.object.empty()) return around.object;
   const Definition& definition = builder_.definition(index);
-  if (definition.kind == Kind::FUNCTION) return definition_number(index) + "~";
+  if (definition.kind == Kind::FUNCTION) return definition_number(index) + "!";
   const bool of_class = definition.parent != NOWHERE && definition.scope.empty() &&
                         support::is_class_kind(builder_.definition(definition.parent).kind);
   return of_class ? "this" : "?";
@@ -145,6 +145,7 @@ void Extractor::open_function(TSNode node, std::uint32_t depth, DefinitionIndex 
   bind_type_parameters(node, index);
   bind_parameters(node, index, documentation);
   if (is_arrow && !is_null(body) && syntax_.kind(body) != Node::BLOCK) {
+    expect_result(body);
     results_.push_back({index, value_of(body), context().lexical});
   }
 }
@@ -320,6 +321,7 @@ bool Extractor::enter_field(TSNode node, std::uint32_t depth) {
       has_keyword(node, "static") ? static_cast<std::uint16_t>(STATIC_MEMBER) : std::uint16_t{0};
   if (!in_class()) return true;
   if (is_function_value(syntax_.kind(value))) {
+    expected_[value.id] = annotated_type(child(node, syntax_.field.type), builder_.text());
     const DefinitionIndex index = define_function(value, name_node, name, Kind::METHOD);
     builder_.definition(index).traits |= traits;
     builder_.definition(index).first_line =

@@ -58,6 +58,7 @@ class Extractor : private ExpressionContext {
   void enter_return(TSNode node);
   void enter_comment(TSNode node);
   void refer_to(TSNode callee, Role role, std::int16_t arguments);
+  void expect_result(TSNode value);
   void hint_elements(TSNode call, TSNode callee);
   std::string text_of(TSNode node) const;
   std::string value_of(TSNode node);
@@ -151,6 +152,7 @@ class Extractor : private ExpressionContext {
   std::unordered_map<DefinitionIndex, int> object_counts_;
   std::unordered_map<const void*, std::string> receivers_;  // `this` of functions assigned to it
   std::unordered_map<const void*, std::string> hints_;      // what a callback's parameter will be
+  std::unordered_map<const void*, std::string> expected_;   // types that functions are given
   std::unordered_map<const void*, std::string> modules_;    // `'m0` by call
   std::unordered_set<const void*> bodies_;       // blocks that open no scope of their own
   std::unordered_set<const void*> type_bodies_;  // object types with a name

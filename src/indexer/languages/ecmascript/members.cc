@@ -11,7 +11,6 @@ namespace {
 using support::Binder;
 using support::definition_at;
 
-constexpr int DEEPEST = 14;
 constexpr std::size_t MOST_ANCESTORS = 60;
 
 bool has_members(Kind kind) {

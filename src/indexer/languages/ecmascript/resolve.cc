@@ -78,7 +78,9 @@ Resolution Resolver::run() {
 void Resolver::resolve(std::int32_t index) {
   const Reference& reference = facts_.references[static_cast<std::size_t>(index)];
   Value owner;
-  const Value value = meaning(reference, owner);
+  values_.start_question();
+  Value value = meaning(reference, owner);
+  if (values_.gave_up()) value = unsure(std::move(value), "the types around it are too involved");
   if (is_call(reference.role)) {
     resolve_call(index, value, owner);
     return;
@@ -168,7 +170,13 @@ std::vector<Candidate> Resolver::overrides_of(const Value& owner, const Value& m
     if (candidate.kind != Kind::METHOD || candidate.container.empty()) continue;
     if (!is_in_family(candidate.file->language)) continue;
     const Facts& there = values_.facts(*candidate.file);
-    const DefinitionIndex parent = definition_at(there, candidate.definition).parent;
+    const Definition& override = definition_at(there, candidate.definition);
+    const DefinitionIndex parent = override.parent;
+    // Which constructor function inherits from which is not written where rules could see it.
+    const bool prototypes =
+        values_.definition(owner).kind == Kind::FUNCTION && !override.scope.empty() &&
+        (candidate.definition != method.definition || candidate.file->id != method.file->id);
+    if (prototypes) found.push_back(candidate);
     if (parent == NOWHERE || definition_at(there, parent).kind != Kind::CLASS) continue;
     const Value other = {.kind = Value::Kind::CLASS, .file = candidate.file, .definition = parent};
     if (values_.is_below(other, owner)) found.push_back(candidate);

@@ -11,8 +11,6 @@ namespace {
 
 using support::trimmed;
 
-constexpr int DEEPEST = 14;
-
 /// The parts of a type between separators that stand in no brackets.
 std::vector<std::string_view> parts_of(std::string_view text, char separator) {
   std::vector<std::string_view> parts;
@@ -52,6 +50,26 @@ constexpr std::array<std::string_view, 4> MAPPINGS = {"Map", "ReadonlyMap", "Wea
 
 bool is_wrapped(std::string_view text) {
   return text.size() > 2 && text.front() == '(' && end_of_brackets(text) == text.size();
+}
+
+std::string_view without_parentheses(std::string_view text) {
+  text = trimmed(text);
+  while (is_wrapped(text)) text = trimmed(text.substr(1, text.size() - 2));
+  return text;
+}
+
+/// Names joined by dots.
+bool is_path(std::string_view text) {
+  return std::all_of(text.begin(), text.end(),
+                     [](char byte) { return is_name_byte(byte) || byte == '.'; });
+}
+
+/// Types of functions and objects that are written out.
+bool is_anonymous(std::string_view text) {
+  const bool function =
+      text.find("=>") != std::string_view::npos &&
+      (text.starts_with('(') || text.starts_with('<') || text.starts_with("new "));
+  return function || text.starts_with("keyof ") || text.starts_with('{');
 }
 
 /// `keyword` followed by white space at the start of a type.
@@ -101,42 +119,18 @@ Value Evaluator::instance_of(Value type, int depth) {
 
 Value Evaluator::type_value(const File& file, DefinitionIndex scope, std::string_view text,
                             int depth) {
-  if (depth > DEEPEST) return {};
-  text = trimmed(text);
-  while (is_wrapped(text)) text = trimmed(text.substr(1, text.size() - 2));
+  if (depth > DEEPEST || !spend()) return {};
+  text = without_parentheses(text);
   std::vector<std::string_view> choices = parts_of(text, '|');
   std::erase_if(choices, [](std::string_view part) { return is_one_of(part, NOTHING); });
   if (choices.empty()) return {};
-  if (choices.size() > 1) {
-    std::vector<Value> values;
-    for (const std::string_view choice : choices) {
-      values.push_back(type_value(file, scope, choice, depth + 1));
-    }
-    const auto useful = std::find_if(values.begin(), values.end(), [](const Value& value) {
-      return value.kind == Value::Kind::INSTANCE;
-    });
-    const bool external = std::all_of(values.begin(), values.end(), [](const Value& value) {
-      return value.kind == Value::Kind::EXTERNAL;
-    });
-    if (external) return {.kind = Value::Kind::EXTERNAL};
-    if (useful == values.end()) return {};
-    const bool same = std::all_of(values.begin(), values.end(),
-                                  [&](const Value& value) { return same_meaning(value, *useful); });
-    return same ? *useful : unsure(*useful, "the receiver may be of several types");
-  }
-  text = choices.front();
-  while (is_wrapped(text)) text = trimmed(text.substr(1, text.size() - 2));
+  if (choices.size() > 1) return union_type(file, scope, choices, depth + 1);
+  text = without_parentheses(choices.front());
   takes_keyword(text, "readonly");
   if (takes_keyword(text, "typeof")) {
-    for (const char byte : text) {
-      if (!is_name_byte(byte) && byte != '.') return {};
-    }
-    return expression_value(file, scope, text, depth + 1);
+    return is_path(text) ? expression_value(file, scope, text, depth + 1) : Value{};
   }
-  const bool is_function =
-      text.find("=>") != std::string_view::npos &&
-      (text.starts_with('(') || text.starts_with('<') || text.starts_with("new "));
-  if (is_function || text.starts_with("keyof ") || text.starts_with('{')) return {};
+  if (is_anonymous(text)) return {};
   const std::vector<std::string_view> all = parts_of(text, '&');
   if (all.size() > 1) {
     for (const std::string_view part : all) {
@@ -153,25 +147,47 @@ Value Evaluator::type_value(const File& file, DefinitionIndex scope, std::string
     return generic_type(file, scope, trimmed(text.substr(0, bracket)),
                         text.substr(bracket + 1, text.size() - bracket - 2), depth + 1);
   }
-  if (text.starts_with("import(")) {
-    const std::size_t close = text.find(')');
-    if (close == std::string_view::npos || close < 9) return {};
-    const std::string_view specifier = text.substr(8, close - 9);
-    const std::string_view rest = text.substr(close + 1);
-    const ModuleAnswer answer = module(file, specifier);
-    if (answer.file == nullptr || !is_in_family(answer.file->language)) {
-      return {.kind = answer.external ? Value::Kind::EXTERNAL : Value::Kind::UNKNOWN};
-    }
-    const std::string_view name = rest.empty() ? std::string_view("=") : rest.substr(1);
-    if (!rest.empty() && !is_name(name)) return {};
-    return instance_of(
-        exported(*answer.file, rest.empty() ? "default" : name, Space::TYPES, depth + 1),
-        depth + 1);
+  if (text.starts_with("import(")) return imported_type(file, text, depth + 1);
+  return named_type(file, scope, text, depth + 1);
+}
+
+Value Evaluator::union_type(const File& file, DefinitionIndex scope,
+                            const std::vector<std::string_view>& choices, int depth) {
+  std::vector<Value> values;
+  for (const std::string_view choice : choices) {
+    values.push_back(type_value(file, scope, choice, depth + 1));
   }
-  if (is_one_of(text, PRIMITIVE) || text.starts_with('"') || text.starts_with('\'') ||
-      text.starts_with('`')) {
-    return {.kind = Value::Kind::EXTERNAL};
+  const auto useful = std::find_if(values.begin(), values.end(), [](const Value& value) {
+    return value.kind == Value::Kind::INSTANCE;
+  });
+  const bool external = std::all_of(values.begin(), values.end(), [](const Value& value) {
+    return value.kind == Value::Kind::EXTERNAL;
+  });
+  if (external) return {.kind = Value::Kind::EXTERNAL};
+  if (useful == values.end()) return {};
+  const bool same = std::all_of(values.begin(), values.end(),
+                                [&](const Value& value) { return same_meaning(value, *useful); });
+  return same ? *useful : unsure(*useful, "the receiver may be of several types");
+}
+
+/// `import("./a").Name`, or without a name what the module as a whole is.
+Value Evaluator::imported_type(const File& file, std::string_view text, int depth) {
+  const std::size_t close = text.find(')');
+  if (close == std::string_view::npos || close < 9) return {};
+  const std::string_view rest = text.substr(close + 1);
+  const ModuleAnswer answer = module(file, text.substr(8, close - 9));
+  if (answer.file == nullptr || !is_in_family(answer.file->language)) {
+    return {.kind = answer.external ? Value::Kind::EXTERNAL : Value::Kind::UNKNOWN};
   }
+  const std::string_view name = rest.empty() ? std::string_view("default") : rest.substr(1);
+  if (!is_name(name)) return {};
+  return instance_of(exported(*answer.file, name, Space::TYPES, depth + 1), depth + 1);
+}
+
+Value Evaluator::named_type(const File& file, DefinitionIndex scope, std::string_view text,
+                            int depth) {
+  const bool literal = text.starts_with('"') || text.starts_with('\'') || text.starts_with('`');
+  if (literal || is_one_of(text, PRIMITIVE)) return {.kind = Value::Kind::EXTERNAL};
   if (text == "any" || text == "unknown" || text == "object" || text == "Object") return {};
   if (text == "this") {
     Value made = enclosing_class(file, scope);
@@ -181,12 +197,10 @@ Value Evaluator::type_value(const File& file, DefinitionIndex scope, std::string
   const std::size_t dot = text.find('.');
   const std::string_view head = text.substr(0, dot);
   if (!is_name(head)) return {};
-  if (dot == std::string_view::npos) {
-    return instance_of(name_value(file, scope, head, Space::TYPES, depth + 1), depth + 1);
-  }
+  const Value outer = name_value(file, scope, head, Space::TYPES, depth + 1);
+  if (dot == std::string_view::npos) return instance_of(outer, depth + 1);
   const std::string_view inner = text.substr(dot + 1);
   if (!is_name(inner)) return {};
-  const Value outer = name_value(file, scope, head, Space::TYPES, depth + 1);
   if (outer.kind == Value::Kind::EXTERNAL) return outer;
   if (outer.kind == Value::Kind::MODULE) {
     return instance_of(exported(*outer.file, inner, Space::TYPES, depth + 1), depth + 1);
@@ -194,6 +208,36 @@ Value Evaluator::type_value(const File& file, DefinitionIndex scope, std::string
   if (outer.kind != Value::Kind::NAMESPACE) return {};
   return instance_of(name_value(*outer.file, outer.definition, inner, Space::TYPES, depth + 1),
                      depth + 1);
+}
+
+/// A parameter of the functions that have a type: `(a: A) => void`, or an alias of such a type.
+Value Evaluator::parameter_of_type(const File& file, DefinitionIndex scope, std::string_view type,
+                                   std::size_t index, int depth) {
+  if (depth > DEEPEST) return {};
+  type = trimmed(type);
+  std::vector<std::string_view> choices = parts_of(type, '|');
+  std::erase_if(choices, [](std::string_view part) { return is_one_of(part, NOTHING); });
+  const bool arrow = type.find("=>") != std::string_view::npos;
+  if (!arrow && choices.size() != 1) return {};
+  if (!arrow) type = choices.front();
+  while (is_wrapped(type)) type = trimmed(type.substr(1, type.size() - 2));
+  if (arrow && type.starts_with('<')) type = trimmed(type.substr(end_of_brackets(type)));
+  if (arrow && type.starts_with('(')) {
+    const std::size_t end = end_of_brackets(type);
+    const std::vector<std::string_view> parameters = parts_of(type.substr(1, end - 2), ',');
+    if (index >= parameters.size() || parameters[index].starts_with("...")) return {};
+    const std::size_t colon = parameters[index].find(':');
+    const bool named = colon != std::string_view::npos && parameters[index].front() != '{';
+    return named ? type_value(file, scope, parameters[index].substr(colon + 1), depth + 1)
+                 : Value{};
+  }
+  const std::string_view name = trimmed(type.substr(0, type.find('<')));
+  if (!is_name(name)) return {};
+  const Value alias = name_value(file, scope, name, Space::TYPES, depth + 1);
+  if (alias.kind != Value::Kind::INSTANCE || definition(alias).kind != Kind::TYPE) return {};
+  const Value made =
+      parameter_of_type(*alias.file, alias.definition, definition(alias).type, index, depth + 1);
+  return alias.sure ? made : unsure(made, alias.doubt);
 }
 
 Value Evaluator::generic_type(const File& file, DefinitionIndex scope, std::string_view head,

@@ -13,9 +13,6 @@ namespace {
 using support::Binder;
 using support::definition_at;
 
-/// How many steps of names, members and calls are followed.
-constexpr int DEEPEST = 14;
-
 /// Several meanings of one name: the common one, or the likeliest, unsure.
 Value merged(const std::vector<Value>& values) {
   Value first = values.front();
@@ -120,7 +117,7 @@ bool Evaluator::names_type(const File& file, const Binder& binder) {
 
 Value Evaluator::name_value(const File& file, DefinitionIndex scope, std::string_view name,
                             Space space, int depth) {
-  if (depth > DEEPEST) return {};
+  if (depth > DEEPEST || !spend()) return {};
   const Facts& known = facts(file);
   for (DefinitionIndex at = scope;; at = definition_at(known, at).parent) {
     const bool is_class = at != NOWHERE && support::is_class_kind(definition_at(known, at).kind);
@@ -231,7 +228,7 @@ Value Evaluator::definition_value(const File& file, DefinitionIndex index) {
 }
 
 Value Evaluator::binding_value(const File& file, const Binding& binding, int depth) {
-  if (depth > DEEPEST) return {};
+  if (depth > DEEPEST || !spend()) return {};
   Value made;
   if (!binding.type.empty()) made = type_value(file, binding.scope, binding.type, depth + 1);
   // A function's type says nothing of which function it is.
@@ -260,7 +257,7 @@ Value Evaluator::binding_value(const File& file, const Binding& binding, int dep
 }
 
 Value Evaluator::import_value(const File& file, const Import& import, Space space, int depth) {
-  if (depth > DEEPEST) return {};
+  if (depth > DEEPEST || !spend()) return {};
   const ModuleAnswer answer = module(file, import.module);
   Value made;
   if (answer.file == nullptr) {
@@ -275,7 +272,7 @@ Value Evaluator::import_value(const File& file, const Import& import, Space spac
 }
 
 Value Evaluator::exported(const File& module, std::string_view name, Space space, int depth) {
-  if (depth > DEEPEST) return {};
+  if (depth > DEEPEST || !spend()) return {};
   const Facts& known = facts(module);
   const Binders binders = scopes(module).find(NOWHERE, std::string(EXPORTED) + std::string(name));
   std::vector<Value> values;
@@ -369,7 +366,11 @@ Value Evaluator::head_value(const File& file, DefinitionIndex scope, std::string
     const std::size_t end = end_of_brackets(text);
     const std::string_view type = text.substr(1, end < 2 ? 0 : end - 2);
     text.remove_prefix(end);
-    return type_value(file, scope, type, depth + 1);
+    if (!text.starts_with('@')) return type_value(file, scope, type, depth + 1);
+    const DefinitionIndex parameter = number_in(text.substr(1));
+    text.remove_prefix(std::min(text.size(), text.find_first_not_of("0123456789", 1)));
+    if (parameter == NOWHERE) return {};
+    return parameter_of_type(file, scope, type, static_cast<std::size_t>(parameter), depth + 1);
   }
   const std::string_view head = name_at_start(text);
   text.remove_prefix(head.size());
@@ -404,7 +405,7 @@ Value Evaluator::expression_value(const File& file, DefinitionIndex scope, std::
       end = 2;
     } else if (text.front() == '.') {
       while (end < text.size() && text[end] != '.' && text[end] != '(' && text[end] != '[' &&
-             text[end] != '~') {
+             text[end] != '~' && text[end] != '!') {
         ++end;
       }
     }
@@ -418,6 +419,12 @@ Value Evaluator::apply(const Value& value, std::string_view operation, Value& re
   if (operation == "()") return called(value, receiver, depth);
   if (operation == "[]") return subscripted(value, depth);
   if (operation == "~") return constructed(value, depth);
+  if (operation == "!") {
+    Value made = constructed(value, depth);
+    made.exact = false;
+    made.rule = "self";
+    return made;
+  }
   if (!operation.starts_with('.')) return {};
   receiver = value;
   Value found = member(value, operation.substr(1), depth);
@@ -445,7 +452,7 @@ Value Evaluator::constructed(const Value& given, int depth) {
 }
 
 Value Evaluator::called(const Value& given, const Value& receiver, int depth) {
-  if (depth > DEEPEST) return {};
+  if (depth > DEEPEST || !spend()) return {};
   const Value value = as_whole(given, Space::VALUES, depth);
   if (value.kind == Value::Kind::EXTERNAL) return value;
   if (value.kind != Value::Kind::FUNCTION) return {};

@@ -17,6 +17,9 @@
 /// What names, expressions and types mean, as far as the text says.
 namespace context_delta::indexer::ecmascript {
 
+/// How many steps of names, members and calls are followed.
+inline constexpr int DEEPEST = 24;
+
 /// The meaning of an expression.
 struct Value {
   enum class Kind : std::uint8_t {
@@ -68,6 +71,11 @@ class Evaluator {
  public:
   Evaluator(const File& file, const Facts& facts, World& world);
 
+  /// Starts the count of steps that the next questions may take together.
+  void start_question() { steps_ = 0; }
+  /// Whether they took too many: what they gave is then incomplete.
+  bool gave_up() const { return steps_ > MOST_STEPS; }
+
   const Facts& facts(const File& file);
   const support::ScopeIndex& scopes(const File& file);
   const Definition& definition(const Value& value);
@@ -98,6 +106,9 @@ class Evaluator {
 
  private:
   using Binders = std::span<const support::Binder>;
+  /// Types and modules may refer to each other in more ways than could ever be followed.
+  static constexpr int MOST_STEPS = 5000;
+  bool spend() { return ++steps_ <= MOST_STEPS; }
   Value combined(const File& file, DefinitionIndex scope, Binders binders, Space space, int depth);
   bool names_value(const File& file, const support::Binder& binder);
   bool names_member(const File& file, const support::Binder& binder);
@@ -114,7 +125,13 @@ class Evaluator {
   Value constructed(const Value& given, int depth);
   Value subscripted(const Value& value, int depth);
   Value apply(const Value& value, std::string_view operation, Value& receiver, int depth);
+  Value parameter_of_type(const File& file, DefinitionIndex scope, std::string_view type,
+                          std::size_t index, int depth);
   Value instance_of(Value type, int depth);
+  Value union_type(const File& file, DefinitionIndex scope,
+                   const std::vector<std::string_view>& choices, int depth);
+  Value imported_type(const File& file, std::string_view text, int depth);
+  Value named_type(const File& file, DefinitionIndex scope, std::string_view text, int depth);
   Value generic_type(const File& file, DefinitionIndex scope, std::string_view head,
                      std::string_view arguments, int depth);
   Value element_of(const File& file, DefinitionIndex scope, std::string_view type);
@@ -129,6 +146,7 @@ class Evaluator {
   std::map<std::pair<std::int64_t, std::string>, ModuleAnswer> modules_;
   // While the bases of a class are read, what is inherited is not known.
   int reading_bases_ = 0;
+  int steps_ = 0;
 };
 
 }  // namespace context_delta::indexer::ecmascript
