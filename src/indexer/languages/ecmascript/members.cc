@@ -13,6 +13,11 @@ using support::definition_at;
 
 constexpr std::size_t MOST_ANCESTORS = 60;
 
+/// `this.run = this.run.bind(this)` leaves the member what it is.
+bool binds_itself(const Binding& binding) {
+  return binding.value == "this." + binding.name + ".bind()";
+}
+
 bool has_members(Kind kind) {
   return support::is_class_kind(kind) || kind == Kind::TYPE || kind == Kind::NAMESPACE;
 }
@@ -191,7 +196,7 @@ Value Evaluator::own_member(const Value& owner, std::string_view name, bool of_c
         const bool is_static = is_namespace || (binding.traits & STATIC_MEMBER) != 0;
         const bool wanted =
             is_namespace ? names_value(file, binder) : binding.kind == Binding::Kind::MEMBER;
-        if (!wanted || is_static != of_class) continue;
+        if (!wanted || is_static != of_class || binds_itself(binding)) continue;
         if (!binding.type.empty()) return binding_value(file, binding, depth + 1);
         Value found = binding_value(file, binding, depth + 1);
         const bool field = !is_namespace && own.kind == Kind::CLASS && found.is_definition();

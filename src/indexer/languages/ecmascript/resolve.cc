@@ -42,7 +42,7 @@ class Resolver {
   void dispatch(std::int32_t index, const Value& value, std::string_view why,
                 const std::vector<Candidate>& overrides);
   std::vector<Candidate> overrides_of(const Value& owner, const Value& method);
-  bool is_patched(const Value& owner, const std::string& name);
+  bool is_patched(std::string_view owner_name, const std::string& name);
   bool fits(const Candidate& candidate, const Reference& reference, Shape shape) const;
   std::optional<Candidate> candidate_of(const Value& value);
   std::string_view reason(const Value& value, const Value& owner, const Reference& reference);
@@ -130,10 +130,12 @@ void Resolver::resolve_call(std::int32_t index, const Value& given, const Value&
   const bool abstract = (method.traits & VIRTUAL) != 0;
   const bool on_class = owner.kind == Value::Kind::CLASS || owner.kind == Value::Kind::INSTANCE;
   if (abstract && !on_class) return dispatch(index, value, ONLY_DECLARED, {});
+  const bool on_object = owner.kind == Value::Kind::OBJECT && !owner.home.name.empty();
+  if (on_object && is_patched(owner.home.name, method.name)) return guess(index, value, owner);
   if (!on_class || method.kind != Kind::METHOD) {
     return prove(index, value, owner.kind == Value::Kind::SUPER ? "super" : value.rule);
   }
-  if (is_patched(owner, method.name)) return guess(index, value, owner);
+  if (is_patched(values_.definition(owner).name, method.name)) return guess(index, value, owner);
   if (!owner.exact || abstract) {
     const std::vector<Candidate> overrides = overrides_of(owner, value);
     if (abstract) return dispatch(index, value, ONLY_DECLARED, overrides);
@@ -184,9 +186,8 @@ std::vector<Candidate> Resolver::overrides_of(const Value& owner, const Value& m
   return found;
 }
 
-/// Whether a file assigns to the member from outside: `Class.name = ...`.
-bool Resolver::is_patched(const Value& owner, const std::string& name) {
-  const std::string& owner_name = values_.definition(owner).name;
+/// Whether a file assigns to the member from outside: `owner.name = ...`.
+bool Resolver::is_patched(std::string_view owner_name, const std::string& name) {
   for (const Candidate& candidate : world_.definitions(name)) {
     if (candidate.kind != Kind::VARIABLE || (candidate.traits & REASSIGNED) == 0) continue;
     const std::string_view container = candidate.container;
