@@ -16,7 +16,7 @@ const std::string SAMPLES[] = {
     "x /* y */\n#endif\nstruct s { int (*p)(int); union { int u; }; } t = { .p = f };\n",
     "template <class T> class E X : public B<T> { explicit X(int a = 1) : b_(a) {} ~X(); operator "
     "bool(); }; namespace a::b { auto l = [&](auto... x) { return x->y<z>(R\"(q)\", 'c', 1'000); "
-    "}; }\n",
+    "}; auto m = [] { return [] {}; }; using enum E; using n = X<>; }\n",
     "//go:build a\npackage p\nimport . \"x\"\ntype G[T any] struct { *b.C; f func(x, y T) (z chan "
     "[]T) }\nfunc (g *G[K]) m(a ...K) (n int, e error) { x, ok := <-g.f()[1:], func() { for i := "
     "range a[0] {} }; switch y := x.(type) { case *K, I: y.z(G[int]{1}, a...) } }\n",
