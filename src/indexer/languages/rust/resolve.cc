@@ -188,7 +188,8 @@ void Resolver::resolve_shadowed(std::int32_t index) {
 /// A name that is used without a call.
 void Resolver::resolve_name(std::int32_t index) {
   const Reference& reference = reference_at(index);
-  const TypeText path = parse_type(reference.receiver + reference.name);
+  const std::string written = reference.receiver + reference.name;
+  const TypeText path = parse_type(written);
   const std::string_view rule_of_self = "self";
   if (path.kind != TypeText::Kind::PATH) return;
   if (path.path.front().name == "Self") {
