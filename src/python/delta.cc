@@ -69,7 +69,7 @@ Object host_delta_pack(const DeltaArguments& arguments, const Object& symbols_pe
                                              .include_call_graph = arguments.include_call_graph,
                                              .include_snippets = arguments.include_snippets,
                                              .source_only = arguments.source_only,
-                                             .wiki_lens = OptionalHandle(arguments.wiki_lens),
+                                             .wiki_lens = OptionalObject(arguments.wiki_lens),
                                          })
       .object();
 }

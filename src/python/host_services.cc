@@ -118,7 +118,7 @@ Row HostServices::guessed_caller_row(const Object& caller) {
   return Row(call(quality_impact().attribute<"guessed_caller_row">(), {caller.ptr()}));
 }
 
-Object HostServices::pages_citing(const OptionalHandle& lens, KeptPaths<HostServices>& paths) {
+Object HostServices::pages_citing(const OptionalObject& lens, KeptPaths<HostServices>& paths) {
   const auto rest = paths.rest();
   const Object files = new_list({rest.begin(), rest.end()});
   const Object attrgetter =

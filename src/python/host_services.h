@@ -15,18 +15,6 @@
 
 namespace context_delta::python {
 
-/// A value that may be None, tested for just that.
-class OptionalHandle {
- public:
-  OptionalHandle() = default;
-  explicit OptionalHandle(Object object) : object_(std::move(object)) {}
-  explicit operator bool() const { return !object_.is_none(); }
-  const Object& operator*() const { return object_; }
-
- private:
-  Object object_;
-};
-
 /// The component's services by the modules of the Python server that imported us. Modules, their
 /// functions and constants are looked up at each call; SYMBOLS_PER_ROW was read when we were
 /// loaded.
@@ -47,7 +35,7 @@ class HostServices {
   using LineRanges = Object;
   using Kinds = Object;
   using SymbolId = Object;
-  using WikiLens = OptionalHandle;
+  using WikiLens = OptionalObject;
   using Pages = Object;
   using Value = python::Value;
   using Row = python::Row;
@@ -81,7 +69,7 @@ class HostServices {
   std::optional<std::string> read_repo_text(const Object& root, const Object& path,
                                             std::int64_t most_characters);
   Row guessed_caller_row(const Object& caller);
-  Object pages_citing(const OptionalHandle& lens, KeptPaths<HostServices>& paths);
+  Object pages_citing(const OptionalObject& lens, KeptPaths<HostServices>& paths);
 
  private:
   Object symbols_per_row_;

@@ -27,13 +27,13 @@ Object Object::borrowed(PyObject* reference) {
 
 Object::operator bool() const { return checked(PyObject_IsTrue(ptr())); }
 
-Found Object::get(const Object& key) const {
+OptionalObject Object::get(const Object& key) const {
   if (PyDict_CheckExact(ptr())) {
     PyObject* value = PyDict_GetItemWithError(ptr(), key.ptr());
     if (value == nullptr && PyErr_Occurred() != nullptr) throw_raised();
-    return Found(value == nullptr ? Object() : borrowed(value));
+    return OptionalObject(value == nullptr ? Object() : borrowed(value));
   }
-  return Found(call(attribute<"get">(), {key.ptr()}));
+  return OptionalObject(call(attribute<"get">(), {key.ptr()}));
 }
 
 std::size_t Object::size() const {

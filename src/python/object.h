@@ -21,8 +21,8 @@ namespace py = pybind11;
 
 class Object;
 
-/// What a mapping's `get` returned: null when that is None.
-class Found;
+/// An object, or null where Python has None.
+class OptionalObject;
 
 /// Any Python object; None by default. As a condition it is tested for truth.
 class Object {
@@ -45,7 +45,7 @@ class Object {
   }
 
   /// `self.get(key)`
-  Found get(const Object& key) const;
+  OptionalObject get(const Object& key) const;
   /// `len(self)`
   std::size_t size() const;
   /// `self[position]`
@@ -55,9 +55,10 @@ class Object {
   py::object object_;
 };
 
-class Found {
+class OptionalObject {
  public:
-  explicit Found(Object object) : object_(std::move(object)) {}
+  OptionalObject() = default;
+  explicit OptionalObject(Object object) : object_(std::move(object)) {}
   explicit operator bool() const { return !object_.is_none(); }
   const Object& operator*() const { return object_; }
 
