@@ -1,25 +1,13 @@
 #include <gtest/gtest.h>
 
-#include "support/annotated_repository.h"
+#include "support/resolution_case.h"
 
 namespace context_delta::tests {
 namespace {
 
-struct Case {
-  const char* name;
-  std::vector<std::pair<std::string, std::string>> files;
-  std::string expected;
-};
-
-void PrintTo(const Case& each, std::ostream* out) { *out << each.name; }
-
 class CFamilyResolution : public testing::TestWithParam<Case> {};
 
-TEST_P(CFamilyResolution, TiesTheCall) {
-  AnnotatedRepository repository;
-  for (const auto& [path, text] : GetParam().files) repository.add(path, text);
-  EXPECT_EQ(repository.edge("call", "target"), GetParam().expected);
-}
+TEST_P(CFamilyResolution, TiesTheCall) { EXPECT_EQ(tie_of(GetParam()), GetParam().expected); }
 
 const std::string FUNCTION = "int $target^run(int a) { return a; }\n";
 const std::string CALL = "int caller(void) { return $call^run(1); }\n";

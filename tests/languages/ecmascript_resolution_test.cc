@@ -1,26 +1,13 @@
 #include <gtest/gtest.h>
 
-#include "support/annotated_repository.h"
+#include "support/resolution_case.h"
 
 namespace context_delta::tests {
 namespace {
 
-/// One rule or one thing that takes it away: the call at $call^ and the definition at $target^.
-struct Case {
-  const char* name;
-  std::vector<std::pair<std::string, std::string>> files;
-  std::string expected;
-};
-
-void PrintTo(const Case& each, std::ostream* out) { *out << each.name; }
-
 class EcmascriptResolution : public testing::TestWithParam<Case> {};
 
-TEST_P(EcmascriptResolution, TiesTheCall) {
-  AnnotatedRepository repository;
-  for (const auto& [path, text] : GetParam().files) repository.add(path, text);
-  EXPECT_EQ(repository.edge("call", "target"), GetParam().expected);
-}
+TEST_P(EcmascriptResolution, TiesTheCall) { EXPECT_EQ(tie_of(GetParam()), GetParam().expected); }
 
 const std::string FUNCTION = "export function $target^run(a, b) {}\n";
 const std::string CALL = "function caller() { $call^run(1) }\n";

@@ -1,26 +1,13 @@
 #include <gtest/gtest.h>
 
-#include "support/annotated_repository.h"
+#include "support/resolution_case.h"
 
 namespace context_delta::tests {
 namespace {
 
-/// One rule or one thing that takes it away: the call at $call^ and the definition at $target^.
-struct Case {
-  const char* name;
-  std::vector<std::pair<std::string, std::string>> files;
-  std::string expected;
-};
-
-void PrintTo(const Case& each, std::ostream* out) { *out << each.name; }
-
 class GoResolution : public testing::TestWithParam<Case> {};
 
-TEST_P(GoResolution, TiesTheCall) {
-  AnnotatedRepository repository;
-  for (const auto& [path, text] : GetParam().files) repository.add(path, text);
-  EXPECT_EQ(repository.edge("call", "target"), GetParam().expected);
-}
+TEST_P(GoResolution, TiesTheCall) { EXPECT_EQ(tie_of(GetParam()), GetParam().expected); }
 
 const std::string MODULE = "module example.org/m\n";
 const std::string RUN = "package p\nfunc $target^Run(a int) *T { return nil }\ntype T struct{}\n";
