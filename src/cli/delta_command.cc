@@ -8,8 +8,6 @@
 #include "cli/output.h"
 #include "cli/report.h"
 #include "cli/terminal.h"
-#include "render/json_line.h"
-#include "render/text.h"
 #include "services/delta.h"
 #include "workers/git_history.h"
 
@@ -48,10 +46,9 @@ json::Mapping make_pack(const Settings& settings, const services::DeltaRequest& 
 }
 
 std::string rendered(const json::Mapping& pack, const Settings& settings, std::int64_t budget) {
-  if (settings.format == Format::JSON) return render::render_json(pack);
-  render::TextStyle style = text_style(settings);
+  render::ReportStyle style = report_style(settings);
   style.budget = budget;
-  return render::render_text(pack, style);
+  return settings.format->render(pack, style);
 }
 
 void write(const Settings& settings, std::string_view text) {
@@ -68,7 +65,7 @@ int run_delta(const Settings& settings) {
     const git_utils::Git git(settings.directory);
     const services::CurrentIndex index = bring_up_to_date(git, settings);
     const auto files = services::explain_files(git, *index.repository, settings.request);
-    write(settings, explanation(files, settings.format));
+    write(settings, explanation(files, settings.format->for_programs));
     return EXIT_DONE;
   }
   const services::DeltaRequest request = scaled_request(settings);

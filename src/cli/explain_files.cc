@@ -31,10 +31,10 @@ std::string json_line(const services::ExplainedFile& file) {
 
 }  // namespace
 
-std::string explanation(std::span<const services::ExplainedFile> files, Format format) {
+std::string explanation(std::span<const services::ExplainedFile> files, bool as_json) {
   std::string text;
   for (const services::ExplainedFile& file : files) {
-    text += (format == Format::JSON ? json_line(file) : text_line(file)) + "\n";
+    text += (as_json ? json_line(file) : text_line(file)) + "\n";
   }
   return text;
 }

@@ -37,9 +37,14 @@ const std::string& not_empty(const std::string& value) {
 }
 
 void set_format(Settings& settings, const std::string& value) {
-  constexpr std::pair<std::string_view, Format> FORMATS[] = {{"text", Format::TEXT},
-                                                             {"json", Format::JSON}};
-  settings.format = one_of(FORMATS, value);
+  settings.format = render::find_format(value);
+  if (settings.format == nullptr) {
+    std::string names;
+    for (const render::Format& format : render::formats()) {
+      names.append(names.empty() ? "" : ", ").append(format.name);
+    }
+    throw UsageError("takes one of " + names + ", not '" + value + "'");
+  }
 }
 
 void set_colour(Settings& settings, const std::string& value) {
@@ -56,7 +61,7 @@ constexpr std::array<CommandRow, 3> COMMANDS = {{
 
 using Text = const std::string&;
 
-constexpr std::array<OptionRow, 20> OPTIONS = {{
+const std::array<OptionRow, 20> OPTIONS = {{
     {"", "--base", "REF", "d", "compare with this branch (default: the repository's own)",
      [](Settings& settings, Text value) { settings.request.base_branch = not_empty(value); }},
     {"", "--target", "REF", "d", "the branch to review (default: what is checked out)",
@@ -80,7 +85,8 @@ constexpr std::array<OptionRow, 20> OPTIONS = {{
      [](Settings& settings, Text) { settings.explain_files = true; }},
     {"", "--wiki", "DIR", "d", "Markdown pages that name their sources: list those concerned",
      [](Settings& settings, Text value) { settings.request.wiki = not_empty(value); }},
-    {"", "--format", "text|json", "d", "how the answer is written (default: text)", set_format},
+    {"", "--format", render::format_names(), "d", "how the answer is written (default: text)",
+     set_format},
     {"-o", "--output", "FILE", "dg", "write the answer to FILE, whole or not at all; - is stdout",
      [](Settings& settings, Text value) { settings.output = not_empty(value); }},
     {"-C", "", "DIR", "dig", "look at the repository in DIR (default: the current folder)",

@@ -5,12 +5,12 @@
 #include <optional>
 #include <string>
 
+#include "render/formats.h"
 #include "services/delta.h"
 
 namespace context_delta::cli {
 
 enum class Command : unsigned char { DELTA, INDEX, GRAPH };
-enum class Format : unsigned char { TEXT, JSON };
 enum class Colour : unsigned char { AUTO, ALWAYS, NEVER };
 /// What is asked for instead of running the command.
 enum class Question : unsigned char { NONE, SHORT_HELP, HELP, VERSION };
@@ -26,7 +26,7 @@ struct Settings {
   bool verbose = false;
   std::string output = "-";  ///< a file; "-" is standard output
   Colour colour = Colour::AUTO;
-  Format format = Format::TEXT;
+  const render::Format* format = render::formats().data();
   std::int64_t token_scale = 100;  ///< percent: what a token of the caller's model counts here
   bool explain_files = false;      ///< instead of the pack
   services::DeltaRequest request;

@@ -55,7 +55,7 @@ std::size_t terminal_width() {
   return whole && width > 0 && width <= 1000 ? width : 80;
 }
 
-render::TextStyle text_style(const Settings& settings) {
+render::ReportStyle report_style(const Settings& settings) {
   return {.width = terminal_width(),
           .colour = shows_colour(settings),
           .unicode = locale_is_utf8(),

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "cli/settings.h"
-#include "render/text.h"
+#include "render/report_style.h"
 
 namespace context_delta::cli {
 
@@ -15,6 +15,6 @@ std::size_t terminal_width();
 /// How a text is to look where it goes: colours as the settings and the environment (NO_COLOR,
 /// CLICOLOR_FORCE, TERM) say, on a terminal only unless they insist; characters beyond ASCII when
 /// the locale is a UTF-8 one.
-render::TextStyle text_style(const Settings& settings);
+render::ReportStyle report_style(const Settings& settings);
 
 }  // namespace context_delta::cli

@@ -273,7 +273,7 @@ std::string omitted_rows(const PackView& pack) {
 }
 
 void left_out(TextPage& page, const PackView& pack, std::optional<std::int64_t> enough,
-              const TextStyle& style) {
+              const ReportStyle& style) {
   const std::string rows = omitted_rows(pack);
   if (rows.empty()) return;
   page.blank_line();
@@ -311,7 +311,7 @@ void closing_words(TextPage& page, const PackView& pack) {
 
 }  // namespace
 
-std::string render_text(const json::Mapping& pack, const TextStyle& style) {
+std::string render_text(const json::Mapping& pack, const ReportStyle& style) {
   const PackView view = read_pack(pack, plain_text);
   TextPage page(style);
   comparison(page, view);

@@ -49,7 +49,7 @@ std::string cell_text(const Column& column, const std::string& text, std::size_t
 
 }  // namespace
 
-TextPage::TextPage(const TextStyle& style)
+TextPage::TextPage(const ReportStyle& style)
     : width_(std::max(style.width, LEAST_WIDTH)), colour_(style.colour), unicode_(style.unicode) {}
 
 std::string_view TextPage::mark(std::string_view fancy, std::string_view simple) const {

@@ -6,7 +6,7 @@
 #include <utility>
 #include <vector>
 
-#include "render/text.h"
+#include "render/report_style.h"
 
 /// The lines, colours and columns that a text is made of.
 namespace context_delta::render {
@@ -47,7 +47,7 @@ struct Table {
 /// The text being written, line by line.
 class TextPage {
  public:
-  explicit TextPage(const TextStyle& style);
+  explicit TextPage(const ReportStyle& style);
 
   /// Columns of a line.
   std::size_t width() const { return width_; }

@@ -46,7 +46,7 @@ TEST(CommandLine, ReadsOptionsAroundTheCommand) {
   EXPECT_EQ(settings.request.wiki, "w");
   EXPECT_EQ(settings.output, "file");
   EXPECT_EQ(settings.jobs, 4U);
-  EXPECT_EQ(settings.format, Format::JSON);
+  EXPECT_EQ(settings.format->name, "json");
   EXPECT_TRUE(settings.quiet && settings.verbose && settings.request.include_snippets);
   EXPECT_FALSE(settings.request.source_only || settings.request.include_call_graph);
 }

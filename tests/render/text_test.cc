@@ -33,7 +33,7 @@ void expect_golden(const std::string& name, const std::string& text) {
 struct GoldenCase {
   const char* name;
   json::Mapping (*pack)();
-  TextStyle style;
+  ReportStyle style;
 };
 
 class TextGolden : public testing::TestWithParam<GoldenCase> {};

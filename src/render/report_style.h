@@ -1,0 +1,22 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+
+namespace context_delta::render {
+
+/// What a report depends on beside the pack. Formats that do not go to a terminal pass over the
+/// first three.
+struct ReportStyle {
+  std::size_t width = 80;  ///< columns of the terminal; less than 48 counts as 48
+  bool colour = false;     ///< with terminal colours
+  bool unicode = true;     ///< with arrows and dots beyond ASCII
+  /// The budget the pack was built for: tells rows it left out from rows that no budget brings.
+  std::optional<std::int64_t> budget = {};
+  /// Percent by which the budget given was divided before the pack was built; advice is in its
+  /// unit.
+  std::int64_t token_scale = 100;
+};
+
+}  // namespace context_delta::render
