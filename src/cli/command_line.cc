@@ -13,19 +13,33 @@ namespace {
 
 bool is_option(std::string_view argument) { return argument.size() > 1 && argument[0] == '-'; }
 
+/// An option as an argument names it.
+struct Named {
+  const OptionRow* option;
+  bool negated;  ///< as `--no-NAME`
+};
+
+constexpr std::string_view NEGATION = "--no-";
+
 [[noreturn]] void fail_on_unknown(const std::string& name) {
-  std::vector<std::string_view> names;
+  std::vector<std::string> names;
   for (const OptionRow& option : options()) {
-    if (!option.name.empty()) names.push_back(option.name);
+    for (const std::string& known : all_names(option)) {
+      if (known.starts_with("--")) names.push_back(known);
+    }
   }
-  throw UsageError("unknown option " + name + did_you_mean(name, names));
+  const std::vector<std::string_view> views(names.begin(), names.end());
+  throw UsageError("unknown option " + name + did_you_mean(name, views));
 }
 
-/// The option of a name. Raises UsageError when there is none.
-const OptionRow& option_named(const std::string& name) {
-  const OptionRow* option = find_option(name);
-  if (option == nullptr) fail_on_unknown(name);
-  return *option;
+/// Raises UsageError when there is no such option.
+Named option_named(const std::string& name) {
+  if (const OptionRow* option = find_option(name)) return {option, false};
+  if (name.starts_with(NEGATION)) {
+    const OptionRow* option = find_option("--" + name.substr(NEGATION.size()));
+    if (option != nullptr && can_be_negated(*option)) return {option, true};
+  }
+  fail_on_unknown(name);
 }
 
 /// Whether `argument`, an option, takes the next argument as its value. Raises UsageError for an
@@ -33,14 +47,13 @@ const OptionRow& option_named(const std::string& name) {
 bool awaits_value(const std::string& argument) {
   if (argument.starts_with("--")) {
     const std::size_t equals = argument.find('=');
-    const OptionRow& option = option_named(argument.substr(0, equals));
-    if (option.value.empty() && equals != argument.npos) {
-      throw UsageError(std::string(option.name) + " takes no value");
-    }
-    return !option.value.empty() && equals == argument.npos;
+    const std::string name = argument.substr(0, equals);
+    const bool takes_value = !option_named(name).option->value.empty();
+    if (!takes_value && equals != argument.npos) throw UsageError(name + " takes no value");
+    return takes_value && equals == argument.npos;
   }
   for (std::size_t i = 1; i < argument.size(); ++i) {
-    if (option_named(std::string("-") + argument[i]).value.empty()) continue;
+    if (option_named(std::string("-") + argument[i]).option->value.empty()) continue;
     return i + 1 == argument.size();
   }
   return false;
@@ -52,55 +65,67 @@ const CommandRow& command_named(const std::string& word) {
     if (row.name == word) return row;
     names.push_back(row.name);
   }
-  throw UsageError("unknown command '" + word + "'" + did_you_mean(word, names));
+  const std::string suggestion = did_you_mean(word, names);
+  throw UsageError(
+      "unknown command '" + word + "'" +
+      (suggestion.empty() ? "; a branch to compare with is named by --base" : suggestion));
 }
 
-/// Takes the command out of the arguments, all of which are looked at: whether a word is a command
-/// or a value depends on the option before it.
-Command take_command(std::vector<std::string>& arguments) {
-  std::optional<std::size_t> found;
-  for (std::size_t i = 0; i < arguments.size() && arguments[i] != "--"; ++i) {
-    if (is_option(arguments[i])) {
-      if (awaits_value(arguments[i])) ++i;
-    } else if (!found) {
-      found = i;
+/// Takes the words that are neither options nor their values out of the arguments; what follows
+/// `--` is such a word.
+std::vector<std::string> take_words(std::vector<std::string>& arguments) {
+  std::vector<std::string> words;
+  std::vector<std::string> left;
+  for (std::size_t i = 0; i < arguments.size(); ++i) {
+    if (arguments[i] == "--") {
+      words.insert(words.end(), arguments.begin() + static_cast<std::ptrdiff_t>(i) + 1,
+                   arguments.end());
+      break;
     }
-  }
-  if (!found) return Command::DELTA;
-  const Command command = command_named(arguments[*found]).command;
-  arguments.erase(arguments.begin() + static_cast<std::ptrdiff_t>(*found));
-  return command;
-}
-
-std::string_view shown_name(const OptionRow& option) {
-  return option.name.empty() ? option.flag : option.name;
-}
-
-void declare(CLI::App& app, const OptionRow& option, Settings& settings) {
-  std::string names(option.flag);
-  if (!names.empty() && !option.name.empty()) names += ',';
-  names += option.name;
-  const auto apply = [&option, &settings](const std::string& value) {
-    try {
-      option.apply(settings, value);
-    } catch (const UsageError& error) {
-      throw UsageError(std::string(shown_name(option)) + " " + error.what());
+    if (!is_option(arguments[i])) {
+      words.push_back(arguments[i]);
+      continue;
     }
-  };
-  if (option.value.empty()) {
-    app.add_flag_callback(names, [apply] { apply(""); });
-  } else {
-    app.add_option_function<std::string>(names, apply)
-        ->multi_option_policy(CLI::MultiOptionPolicy::TakeLast);
+    left.push_back(arguments[i]);
+    if (!awaits_value(arguments[i]) || i + 1 == arguments.size()) continue;
+    // One argument of both: the value may look like an option.
+    if (arguments[i].starts_with("--")) left.back() += "=";
+    left.back() += arguments[++i];
   }
+  arguments = std::move(left);
+  return words;
+}
+
+void read_words(const std::vector<std::string>& words, CommandLine& line) {
+  if (words.empty()) return;
+  const CommandRow& row = command_named(words[0]);
+  line.command = row.command;
+  line.command_given = true;
+  const std::size_t most = row.words.empty() ? 1 : 2;
+  if (words.size() > most) throw UsageError("unexpected argument '" + words[most] + "'");
+  if (words.size() < 2) return;
+  const std::vector<std::string_view> known = choices(row.words);
+  if (std::find(known.begin(), known.end(), words[1]) == known.end()) {
+    throw UsageError(std::string(row.name) + " takes one of " + std::string(row.words) + ", not '" +
+                     words[1] + "'" + did_you_mean(words[1], known));
+  }
+  line.word = words[1];
+}
+
+CLI::Option* declare(CLI::App& app, const OptionRow& option) {
+  std::string names;
+  for (const std::string& name : all_names(option)) {
+    if (!names.empty()) names += ',';
+    if (name.starts_with(NEGATION) && can_be_negated(option)) names += '!';
+    names += name;
+  }
+  CLI::Option* declared = option.value.empty() ? app.add_flag(names) : app.add_option(names);
+  return declared->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
 }
 
 [[noreturn]] void fail_on_surplus(const std::string& argument, Command command) {
-  if (!is_option(argument)) throw UsageError("unexpected argument '" + argument + "'");
-  const auto row = std::find_if(commands().begin(), commands().end(),
-                                [&](const CommandRow& each) { return each.command == command; });
   throw UsageError("option " + argument.substr(0, argument.find('=')) + " does not belong to '" +
-                   std::string(row->name) + "'");
+                   std::string(row_of(command).name) + "'");
 }
 
 /// The option that the parser complains about stands at the start of its text.
@@ -109,34 +134,74 @@ std::string reworded(const CLI::ParseError& error) {
   const std::string name = text.substr(0, text.find_first_of(": "));
   const OptionRow* option = find_option(name.substr(0, name.find(',')));
   if (option == nullptr) return text;
-  return std::string(shown_name(*option)) + " needs a value: " + std::string(option->value);
+  return shown_name(*option) + " needs a value: " + std::string(option->value);
 }
 
-}  // namespace
-
-Settings parse_command_line(std::span<const std::string> arguments) {
-  std::vector<std::string> left(arguments.begin(), arguments.end());
-  Settings settings;
-  settings.command = take_command(left);
-  settings.request.base_parameter = "--base";
-  settings.request.target_parameter = "--target";
+/// Parses options alone.
+std::vector<Given> parse_options(std::vector<std::string> arguments, Command command) {
   CLI::App app;
   app.set_help_flag();
   app.allow_extras();
+  std::vector<std::pair<const OptionRow*, CLI::Option*>> declared;
   for (const OptionRow& option : options()) {
-    if (takes(option, settings.command)) declare(app, option, settings);
+    if (takes(option, command)) declared.emplace_back(&option, declare(app, option));
   }
-  std::reverse(left.begin(), left.end());
+  std::reverse(arguments.begin(), arguments.end());
   try {
-    app.parse(left);
+    app.parse(arguments);
   } catch (const CLI::ParseError& error) {
     throw UsageError(reworded(error));
   }
   const std::vector<std::string> surplus = app.remaining();
-  for (const std::string& argument : surplus) {
-    if (argument != "--") fail_on_surplus(argument, settings.command);
+  if (!surplus.empty()) fail_on_surplus(surplus.front(), command);
+  std::vector<Given> given;
+  for (const auto& [option, values] : declared) {
+    for (const std::string& value : values->results()) given.push_back({option, value});
   }
-  return settings;
+  return given;
+}
+
+}  // namespace
+
+CommandLine parse_command_line(std::span<const std::string> arguments) {
+  std::vector<std::string> left(arguments.begin(), arguments.end());
+  CommandLine line;
+  read_words(take_words(left), line);
+  line.given = parse_options(std::move(left), line.command);
+  return line;
+}
+
+void apply(const CommandLine& line, Settings& settings) {
+  settings.command = line.command;
+  settings.command_given = line.command_given;
+  settings.word = line.word;
+  settings.request.base_parameter = "--base";
+  settings.request.target_parameter = "--target";
+  for (const auto& [option, value] : line.given) {
+    try {
+      option->apply(settings, value);
+    } catch (const UsageError& error) {
+      throw UsageError(shown_name(*option) + " " + error.what());
+    }
+  }
+}
+
+bool asks_for_programs_format(std::span<const std::string> arguments) {
+  constexpr std::string_view OPTION = "--format";
+  bool asked = false;
+  for (std::size_t i = 0; i < arguments.size() && arguments[i] != "--"; ++i) {
+    std::string_view value;
+    if (arguments[i] == OPTION && i + 1 < arguments.size()) {
+      value = arguments[i + 1];
+    } else if (arguments[i].starts_with(std::string(OPTION) + "=")) {
+      value = std::string_view(arguments[i]).substr(OPTION.size() + 1);
+    } else {
+      continue;
+    }
+    const render::Format* format = render::find_format(value);
+    asked = format != nullptr && format->for_programs;
+  }
+  return asked;
 }
 
 }  // namespace context_delta::cli

@@ -16,4 +16,13 @@ int run_index(const Settings& settings);
 /// mapping a line.
 int run_graph(const Settings& settings);
 
+/// Writes the completions of the shell that the word names. Raises UsageError.
+int run_completion(const Settings& settings);
+
+/// Writes the manual page.
+int run_manual(const Settings& settings);
+
+/// Writes the help of the command that the word names.
+int run_help(const Settings& settings);
+
 }  // namespace context_delta::cli

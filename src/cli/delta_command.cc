@@ -72,7 +72,9 @@ int run_delta(const Settings& settings) {
   const json::Mapping pack = make_pack(settings, request);
   const std::string text = rendered(pack, settings, request.token_budget);
   const json::Value* error = pack.find("error");
-  if (error != nullptr) report(*error->as<std::string>());
+  if (error != nullptr) {
+    report_failure(*error->as<std::string>(), EXIT_GIT, settings.format->for_programs);
+  }
   write(settings, text);
   return error == nullptr ? EXIT_DONE : EXIT_GIT;
 }

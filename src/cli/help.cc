@@ -1,27 +1,27 @@
 #include "cli/help.h"
 
-#include <algorithm>
 #include <string_view>
 
-#include "cli/exit_codes.h"
+#include "cli/description.h"
 #include "cli/options.h"
 
 namespace context_delta::cli {
 namespace {
 
-constexpr std::string_view EXAMPLES =
-    R"(context-delta: what did this branch change, for review?
+constexpr std::size_t HELP_COLUMN = 30;
+constexpr std::size_t WIDTH = 100;
 
-  context-delta                         the checked-out branch since it left the default branch
-  context-delta --base release/2        since it left another one
-  context-delta --budget 16000          more of it
-  context-delta --snippets --wiki docs  with changed lines, and the pages that may be out of date
-  context-delta --format json | jq .    for a program
-  context-delta index                   prepare the index only
-
-)";
-
-constexpr std::size_t HELP_COLUMN = 28;
+/// The text in lines that start at HELP_COLUMN, but for the first.
+std::string wrapped(std::string_view text) {
+  std::string lines;
+  while (HELP_COLUMN + text.size() > WIDTH) {
+    const std::size_t end = text.rfind(' ', WIDTH - HELP_COLUMN);
+    if (end == text.npos) break;
+    lines.append(text.substr(0, end)).append("\n").append(HELP_COLUMN, ' ');
+    text.remove_prefix(end + 1);
+  }
+  return lines.append(text) + "\n";
+}
 
 std::string aligned(std::string text, std::string_view help) {
   text = "  " + text;
@@ -30,26 +30,45 @@ std::string aligned(std::string text, std::string_view help) {
   } else {
     text.resize(HELP_COLUMN, ' ');
   }
-  return text.append(help) + "\n";
+  return text + wrapped(help);
 }
 
 std::string option_line(const OptionRow& option) {
   std::string names = option.flag.empty() ? "    " : std::string(option.flag);
-  if (!option.flag.empty() && !option.name.empty()) names += ", ";
-  names += option.name;
+  if (!option.name.empty()) {
+    if (!option.flag.empty()) names += ", ";
+    names += shown_name(option);
+  }
   if (!option.value.empty()) names += " " + std::string(option.value);
   return aligned(names, option.help);
 }
 
-bool is_general(const OptionRow& option) {
-  return std::all_of(commands().begin(), commands().end(),
-                     [&](const CommandRow& row) { return takes(option, row.command); });
-}
-
-std::string option_lines(bool general) {
+/// The options that a command takes and not every other does, or those that all take.
+std::string option_lines(Command command, bool general) {
   std::string text;
   for (const OptionRow& option : options()) {
-    if (is_general(option) == general) text += option_line(option);
+    if (takes(option, command) && is_general(option) == general) text += option_line(option);
+  }
+  return text;
+}
+
+std::string titled(std::string_view title, const std::string& lines) {
+  return lines.empty() ? "" : "\n" + std::string(title) + ":\n" + lines;
+}
+
+template <class Rows>
+std::string described_lines(const Rows& rows) {
+  std::string text;
+  for (const Described& row : rows) text += aligned(row.name, row.meaning);
+  return text;
+}
+
+std::string example_lines() {
+  std::string text;
+  for (const Described& example : examples()) {
+    std::string line = "  " + example.name;
+    line.resize(std::max<std::size_t>(line.size() + 2, 40), ' ');
+    text += line + example.meaning + "\n";
   }
   return text;
 }
@@ -60,31 +79,35 @@ std::string command_lines() {
   return text;
 }
 
-std::string exit_code_lines() {
-  return aligned(std::to_string(EXIT_DONE), "done, also when nothing changed") +
-         aligned(std::to_string(EXIT_FAILED), "failed: index, wiki or output file") +
-         aligned(std::to_string(EXIT_USAGE), "the command line cannot be understood") +
-         aligned(std::to_string(EXIT_GIT), "git cannot compare; the error result is written") +
-         aligned(
-             std::to_string(EXIT_SIGNAL_BASE + 2) + ", " + std::to_string(EXIT_SIGNAL_BASE + 15),
-             "interrupted, terminated; the index is as before");
+std::string heading(const CommandRow& row) {
+  if (row.command == Command::DELTA) {
+    return "context-delta: " + std::string(purpose()) + "\n\n" + example_lines();
+  }
+  std::string usage = "context-delta " + std::string(row.name);
+  if (!row.words.empty()) usage += " " + std::string(row.words);
+  return usage + ": " + std::string(row.help) + "\n";
 }
 
 }  // namespace
 
-std::string short_help() {
-  return std::string(EXAMPLES) + "Options:\n" + option_lines(false) +
-         "\nMore: context-delta --help\n";
-}
-
-std::string full_help() {
-  return std::string(EXAMPLES) + "Usage: context-delta [COMMAND] [OPTIONS]\n\nCommands:\n" +
-         command_lines() + "\nOptions of delta (-o also of graph):\n" + option_lines(false) +
-         "\nOptions of every command:\n" + option_lines(true) + "\nExit codes:\n" +
-         exit_code_lines() + "\nEnvironment:\n" +
-         aligned("NO_COLOR", "when not empty: no colours unless --color=always") +
-         aligned("CLICOLOR_FORCE", "when not 0: colours although no terminal reads them") +
-         aligned("COLUMNS", "width of the text, where the terminal does not tell");
+std::string help_text(Command command, bool whole) {
+  const CommandRow& row = row_of(command);
+  std::string text = heading(row);
+  if (!whole) {
+    return text + titled("Options", option_lines(command, false)) + "\nMore: context-delta " +
+           (command == Command::DELTA ? "" : std::string(row.name) + " ") + "--help\n";
+  }
+  if (command == Command::DELTA) {
+    text += "\nUsage: context-delta [COMMAND] [OPTIONS]\n" + titled("Commands", command_lines());
+  }
+  text += titled("Options of " + std::string(row.name), option_lines(command, false)) +
+          titled("Options of every command", option_lines(command, true));
+  if (command == Command::DELTA) {
+    text += titled("Exit codes", described_lines(exit_codes())) +
+            titled("Environment", described_lines(environment_variables())) +
+            titled("Files", described_lines(files()));
+  }
+  return text;
 }
 
 std::string version_line() { return "context-delta " CONTEXT_DELTA_VERSION "\n"; }

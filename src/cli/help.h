@@ -2,15 +2,14 @@
 
 #include <string>
 
+#include "cli/settings.h"
+
 namespace context_delta::cli {
 
-/// Examples and the options of `delta`.
-std::string short_help();
+/// The help of a command, examples first; `whole` says everything there is.
+std::string help_text(Command command, bool whole);
 
-/// Everything: examples, commands, all options, exit codes, environment.
-std::string full_help();
-
-/// "context-delta VERSION" and a line feed.
+/// "context-delta 1.2.3" and a line feed.
 std::string version_line();
 
 }  // namespace context_delta::cli

@@ -1,7 +1,9 @@
 #include "cli/options.h"
 
-#include <array>
+#include <algorithm>
+#include <cctype>
 #include <charconv>
+#include <iterator>
 
 namespace context_delta::cli {
 namespace {
@@ -53,77 +55,88 @@ void set_colour(Settings& settings, const std::string& value) {
   settings.colour = one_of(COLOURS, value);
 }
 
-constexpr std::array<CommandRow, 3> COMMANDS = {{
-    {"delta", Command::DELTA, "what the branch changed since it left its base (the default)"},
-    {"index", Command::INDEX, "bring the index up to date with the checked-out commit"},
-    {"graph", Command::GRAPH, "every symbol and call edge of the index as lines of JSON"},
-}};
+bool is_on(const std::string& value) { return value == "true"; }
+
+constexpr CommandRow COMMANDS[] = {
+    {"delta", Command::DELTA, 'd', "",
+     "what the branch changed since it left its base (the default)"},
+    {"index", Command::INDEX, 'i', "", "bring the index up to date with the checked-out commit"},
+    {"graph", Command::GRAPH, 'g', "", "every symbol and call edge of the index as lines of JSON"},
+    {"completion", Command::COMPLETION, 'c', "bash|zsh|fish",
+     "the completions of a shell, to be read by it at its start"},
+    {"manual", Command::MANUAL, 'm', "", "this manual as a page for man"},
+    {"help", Command::HELP, 'h', "delta|index|graph|completion|manual", "the help of a command"},
+};
 
 using Text = const std::string&;
 
-const std::array<OptionRow, 20> OPTIONS = {{
+const OptionRow OPTIONS[] = {
     {"", "--base", "REF", "d", "compare with this branch (default: the repository's own)",
+     Completion::REVISION, Preset::USER,
      [](Settings& settings, Text value) { settings.request.base_branch = not_empty(value); }},
     {"", "--target", "REF", "d", "the branch to review (default: what is checked out)",
+     Completion::REVISION, Preset::NOBODY,
      [](Settings& settings, Text value) { settings.request.target_branch = not_empty(value); }},
     {"", "--budget", "TOKENS", "d", "the most tokens the pack may take (default: 4000)",
+     Completion::NOTHING, Preset::PROJECT,
      [](Settings& settings, Text value) {
        settings.request.token_budget = number_between(value, 0, MOST_TOKENS, "a number of tokens");
      }},
     {"", "--token-scale", "PERCENT", "d",
      "what your model counts for 100 tokens counted here; divides the budget (default: 100)",
+     Completion::NOTHING, Preset::USER,
      [](Settings& settings, Text value) {
        settings.token_scale = number_between(value, 1, 10'000, "a percentage");
      }},
-    {"", "--no-call-graph", "", "d", "leave out who calls the changed symbols",
-     [](Settings& settings, Text) { settings.request.include_call_graph = false; }},
-    {"", "--snippets", "", "d", "show the first changed lines of the first files",
-     [](Settings& settings, Text) { settings.request.include_snippets = true; }},
-    {"", "--all-files", "", "d", "also tests, documents and generated files",
-     [](Settings& settings, Text) { settings.request.source_only = false; }},
+    {"", "--call-graph", "", "d", "list who calls the changed symbols (default: on)",
+     Completion::NOTHING, Preset::PROJECT,
+     [](Settings& settings, Text value) { settings.request.include_call_graph = is_on(value); }},
+    {"", "--snippets", "", "d", "show the first changed lines of the first files (default: off)",
+     Completion::NOTHING, Preset::PROJECT,
+     [](Settings& settings, Text value) { settings.request.include_snippets = is_on(value); }},
+    {"", "--all-files", "", "d", "also tests, documents and generated files (default: off)",
+     Completion::NOTHING, Preset::PROJECT,
+     [](Settings& settings, Text value) { settings.request.source_only = !is_on(value); }},
     {"", "--explain-files", "", "d", "instead of the pack: which rule keeps which changed file out",
+     Completion::NOTHING, Preset::NOBODY,
      [](Settings& settings, Text) { settings.explain_files = true; }},
     {"", "--wiki", "DIR", "d", "Markdown pages that name their sources: list those concerned",
+     Completion::FOLDER, Preset::PROJECT,
      [](Settings& settings, Text value) { settings.request.wiki = not_empty(value); }},
     {"", "--format", render::format_names(), "d", "how the answer is written (default: text)",
-     set_format},
+     Completion::CHOICES, Preset::USER, set_format},
     {"-o", "--output", "FILE", "dg", "write the answer to FILE, whole or not at all; - is stdout",
+     Completion::FILE, Preset::NOBODY,
      [](Settings& settings, Text value) { settings.output = not_empty(value); }},
     {"-C", "", "DIR", "dig", "look at the repository in DIR (default: the current folder)",
+     Completion::FOLDER, Preset::NOBODY,
      [](Settings& settings, Text value) { settings.directory = not_empty(value); }},
     {"", "--index", "FILE", "dig", "keep the index in FILE (default: in the git directory)",
+     Completion::FILE, Preset::ENVIRONMENT,
      [](Settings& settings, Text value) { settings.index = not_empty(value); }},
     {"-j", "--jobs", "N", "dig", "parse with N threads (default: 0, one per processor)",
+     Completion::NOTHING, Preset::USER,
      [](Settings& settings, Text value) {
        settings.jobs = static_cast<unsigned>(number_between(value, 0, 1024, "a number"));
      }},
     {"", "--color", "auto|always|never", "dig", "colours: on a terminal, always or never",
-     set_colour},
+     Completion::CHOICES, Preset::USER, set_colour},
     {"-q", "--quiet", "", "dig", "no progress and no remarks on standard error",
-     [](Settings& settings, Text) { settings.quiet = true; }},
-    {"-v", "--verbose", "", "dig", "say on standard error what was done",
-     [](Settings& settings, Text) { settings.verbose = true; }},
-    {"-h", "", "", "dig", "a short help",
+     Completion::NOTHING, Preset::NOBODY, [](Settings& settings, Text) { settings.quiet = true; }},
+    {"-v", "--verbose", "", "dig", "say on standard error what was done", Completion::NOTHING,
+     Preset::NOBODY, [](Settings& settings, Text) { settings.verbose = true; }},
+    {"", "--no-config", "", "dig",
+     "read no configuration file and no variable that presets options", Completion::NOTHING,
+     Preset::NOBODY, [](Settings& settings, Text) { settings.configuration = false; }},
+    {"-h", "", "", "digcmh", "a short help", Completion::NOTHING, Preset::NOBODY,
      [](Settings& settings, Text) {
        if (settings.question == Question::NONE) settings.question = Question::SHORT_HELP;
      }},
-    {"", "--help", "", "dig", "the whole help",
+    {"", "--help", "", "digcmh", "the whole help", Completion::NOTHING, Preset::NOBODY,
      [](Settings& settings, Text) { settings.question = Question::HELP; }},
-    {"", "--version", "", "dig", "the version, on one line",
+    {"", "--version", "", "digcmh", "the version, on one line", Completion::NOTHING, Preset::NOBODY,
      [](Settings& settings, Text) { settings.question = Question::VERSION; }},
-}};
-
-constexpr char letter(Command command) {
-  switch (command) {
-    case Command::DELTA:
-      return 'd';
-    case Command::INDEX:
-      return 'i';
-    case Command::GRAPH:
-      return 'g';
-  }
-  return '\0';
-}
+};
 
 }  // namespace
 
@@ -131,8 +144,36 @@ std::span<const CommandRow> commands() { return COMMANDS; }
 
 std::span<const OptionRow> options() { return OPTIONS; }
 
+const CommandRow& row_of(Command command) {
+  return *std::find_if(std::begin(COMMANDS), std::end(COMMANDS),
+                       [&](const CommandRow& row) { return row.command == command; });
+}
+
 bool takes(const OptionRow& option, Command command) {
-  return option.commands.find(letter(command)) != std::string_view::npos;
+  return option.commands.find(row_of(command).letter) != std::string_view::npos;
+}
+
+bool is_general(const OptionRow& option) {
+  return takes(option, Command::DELTA) && takes(option, Command::INDEX) &&
+         takes(option, Command::GRAPH);
+}
+
+bool can_be_negated(const OptionRow& option) {
+  return option.value.empty() && option.preset != Preset::NOBODY;
+}
+
+std::string shown_name(const OptionRow& option) {
+  if (option.name.empty()) return std::string(option.flag);
+  if (!can_be_negated(option)) return std::string(option.name);
+  return "--[no-]" + std::string(option.name.substr(2));
+}
+
+std::vector<std::string> all_names(const OptionRow& option) {
+  std::vector<std::string> names;
+  if (!option.flag.empty()) names.emplace_back(option.flag);
+  if (!option.name.empty()) names.emplace_back(option.name);
+  if (can_be_negated(option)) names.push_back("--no-" + std::string(preset_key(option)));
+  return names;
 }
 
 const OptionRow* find_option(std::string_view name) {
@@ -140,6 +181,28 @@ const OptionRow* find_option(std::string_view name) {
     if (!name.empty() && (name == option.flag || name == option.name)) return &option;
   }
   return nullptr;
+}
+
+std::string_view preset_key(const OptionRow& option) {
+  return option.name.substr(std::min<std::size_t>(2, option.name.size()));
+}
+
+std::string preset_variable(const OptionRow& option) {
+  std::string variable = "CONTEXT_DELTA_";
+  for (const char letter : preset_key(option)) {
+    variable += letter == '-' ? '_' : static_cast<char>(std::toupper(letter));
+  }
+  return variable;
+}
+
+std::vector<std::string_view> choices(std::string_view joined) {
+  std::vector<std::string_view> all;
+  while (!joined.empty()) {
+    const std::size_t end = std::min(joined.find('|'), joined.size());
+    all.push_back(joined.substr(0, end));
+    joined.remove_prefix(std::min(end + 1, joined.size()));
+  }
+  return all;
 }
 
 }  // namespace context_delta::cli

@@ -8,6 +8,10 @@ namespace context_delta::cli {
 /// terminal written out.
 void report(std::string_view text);
 
+/// Writes why the program fails: as report() does, or for a program as a mapping on one line of
+/// JSON with `error` and `exit_code`.
+void report_failure(std::string_view text, int exit_code, bool for_programs);
+
 /// Writes text on standard error as it is.
 void write_error_text(std::string_view text);
 

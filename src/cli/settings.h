@@ -4,13 +4,14 @@
 #include <filesystem>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "render/formats.h"
 #include "services/delta.h"
 
 namespace context_delta::cli {
 
-enum class Command : unsigned char { DELTA, INDEX, GRAPH };
+enum class Command : unsigned char { DELTA, INDEX, GRAPH, COMPLETION, MANUAL, HELP };
 enum class Colour : unsigned char { AUTO, ALWAYS, NEVER };
 /// What is asked for instead of running the command.
 enum class Question : unsigned char { NONE, SHORT_HELP, HELP, VERSION };
@@ -18,7 +19,10 @@ enum class Question : unsigned char { NONE, SHORT_HELP, HELP, VERSION };
 /// What a command line asks for.
 struct Settings {
   Command command = Command::DELTA;
+  bool command_given = false;  ///< rather than `delta` for want of a word
+  std::string word;            ///< the word after the command; empty when there is none
   Question question = Question::NONE;
+  bool configuration = true;  ///< read files and variables that preset options
   std::filesystem::path directory = ".";
   std::optional<std::filesystem::path> index;  ///< null: storage::default_index_path()
   unsigned jobs = 0;                           ///< 0: as many as the machine runs at once
@@ -30,6 +34,8 @@ struct Settings {
   std::int64_t token_scale = 100;  ///< percent: what a token of the caller's model counts here
   bool explain_files = false;      ///< instead of the pack
   services::DeltaRequest request;
+  std::vector<std::string> remarks;   ///< where presets came from, a line each
+  std::vector<std::string> warnings;  ///< what a project's file got wrong, a line each
 };
 
 }  // namespace context_delta::cli

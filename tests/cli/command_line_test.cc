@@ -14,9 +14,15 @@ namespace {
 
 using Words = std::vector<std::string>;
 
+Settings settings_for(const Words& words) {
+  Settings settings;
+  apply(parse_command_line(words), settings);
+  return settings;
+}
+
 std::string usage_error(const Words& words) {
   try {
-    parse_command_line(words);
+    settings_for(words);
   } catch (const UsageError& error) {
     return error.what();
   }
@@ -24,7 +30,7 @@ std::string usage_error(const Words& words) {
 }
 
 TEST(CommandLine, IsDeltaByDefault) {
-  const Settings settings = parse_command_line({});
+  const Settings settings = settings_for({});
   EXPECT_EQ(settings.command, Command::DELTA);
   EXPECT_EQ(settings.request.token_budget, 4000);
   EXPECT_EQ(settings.token_scale, 100);
@@ -35,7 +41,7 @@ TEST(CommandLine, IsDeltaByDefault) {
 }
 
 TEST(CommandLine, ReadsOptionsAroundTheCommand) {
-  const Settings settings = parse_command_line(Words{
+  const Settings settings = settings_for(Words{
       "-C", "index", "--base=a b", "-qv", "delta", "--budget", "9", "--target", "--odd", "-ofile",
       "--all-files", "--snippets", "--no-call-graph", "--wiki", "w", "-j4", "--format", "json"});
   EXPECT_EQ(settings.command, Command::DELTA);
@@ -52,11 +58,14 @@ TEST(CommandLine, ReadsOptionsAroundTheCommand) {
 }
 
 TEST(CommandLine, LetsTheLastOfAnOptionCount) {
-  const Settings settings = parse_command_line(
-      Words{"--budget", "1", "--budget=2", "-v", "-v", "--base", "a", "--base", "b"});
+  const Settings settings =
+      settings_for(Words{"--budget", "1", "--budget=2", "-v", "-v", "--base", "a", "--base", "b"});
   EXPECT_EQ(settings.request.token_budget, 2);
   EXPECT_EQ(settings.request.base_branch, "b");
-  EXPECT_EQ(parse_command_line(Words{"graph", "--index", "x"}).command, Command::GRAPH);
+  EXPECT_FALSE(settings_for(Words{"--snippets", "--no-snippets"}).request.include_snippets);
+  EXPECT_TRUE(settings_for(Words{"--no-snippets", "--snippets"}).request.include_snippets);
+  EXPECT_EQ(settings_for(Words{"--base", "--quiet"}).request.base_branch, "--quiet");
+  EXPECT_EQ(settings_for(Words{"graph", "--index", "x"}).command, Command::GRAPH);
 }
 
 TEST(CommandLine, SaysWhatIsWrong) {
@@ -67,14 +76,19 @@ TEST(CommandLine, SaysWhatIsWrong) {
       {{"-x"}, "unknown option -x"},
       {{"-qx"}, "unknown option -x"},
       {{"idnex"}, "unknown command 'idnex'; did you mean index?"},
-      {{"-q", "show"}, "unknown command 'show'"},
+      {{"-q", "feature"}, "unknown command 'feature'; a branch to compare with is named by --base"},
+      {{"completion", "fihs"},
+       "completion takes one of bash|zsh|fish, not 'fihs'; did you mean fish?"},
+      {{"--no-snipets"}, "unknown option --no-snipets; did you mean --no-snippets?"},
+      {{"--no-budget", "3"}, "unknown option --no-budget"},
+      {{"--no-snippets=3"}, "--no-snippets takes no value"},
       {{"index", "--base", "x"}, "option --base does not belong to 'index'"},
       {{"index", "graph"}, "unexpected argument 'graph'"},
-      {{"--", "index"}, "unexpected argument 'index'"},
+      {{"index", "--", "--base"}, "unexpected argument '--base'"},
       {{"--budget"}, "--budget needs a value: TOKENS"},
       {{"-C"}, "-C needs a value: DIR"},
       {{"--base="}, "--base needs a value: REF"},
-      {{"--base", ""}, "--base takes a value that is not empty"},
+      {{"--base", ""}, "--base needs a value: REF"},
       {{"--quiet=3"}, "--quiet takes no value"},
       {{"--budget", "-1"}, "--budget takes a number of tokens from 0 to 1000000000, not '-1'"},
       {{"--budget", "4k"}, "--budget takes a number of tokens from 0 to 1000000000, not '4k'"},

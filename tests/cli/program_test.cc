@@ -141,7 +141,8 @@ TEST_F(Program, AnswersEvenWhenGitCannotCompare) {
       R"({"affected_files": [], "symbols": [], "callers": [], "neighbours": [], )"
       R"("snippets": [], "tokens_used": 0, "truncated": false, "error": "--base 'nowhere' )"))
       << base.out;
-  EXPECT_TRUE(base.errors.starts_with("context-delta: --base 'nowhere' ")) << base.errors;
+  EXPECT_TRUE(base.errors.starts_with("{\"error\": \"--base 'nowhere' ")) << base.errors;
+  EXPECT_TRUE(base.errors.ends_with(", \"exit_code\": 3}\n")) << base.errors;
   EXPECT_FALSE(std::filesystem::exists(repository_.root() / ".git/context-delta"));
   ASSERT_EQ(run_here({"index"}).status, 0);
   const Ending target = run_here({"--target", "nowhere"});
@@ -224,8 +225,9 @@ TEST_F(Program, IsQuietAboutAClosedPipe) {
   EXPECT_EQ(closed.errors, "status 0\n");
   const Ending full = run_shell("\"$program\"" + here + "> /dev/full; echo status $? >&2");
   EXPECT_EQ(full.errors,
-            "context-delta: cannot write standard output: No space left on device\nstatus 1\n");
-  const Ending none = run_shell("\"$program\"" + here + ">&-; echo status $? >&2");
+            "{\"error\": \"cannot write standard output: No space left on device\", \"exit_code\": "
+            "1}\nstatus 1\n");
+  const Ending none = run_shell("\"$program\"" + here + "--format=text >&-; echo status $? >&2");
   EXPECT_EQ(none.errors,
             "context-delta: cannot write standard output: Bad file descriptor\nstatus 1\n");
 }
@@ -256,10 +258,35 @@ TEST_F(Program, TellsUsageErrorsAndHelpApart) {
   EXPECT_EQ(version.status, 0);
   EXPECT_TRUE(version.out.starts_with("context-delta ") && version.out.ends_with("\n"));
   const Ending brief = run({"-h"});
-  const Ending whole = run({"--help", "index"});
-  EXPECT_EQ(brief.status + whole.status, 0);
+  const Ending whole = run({"--help"});
+  const Ending index = run({"--help", "index"});
+  EXPECT_EQ(brief.status + whole.status + index.status, 0);
   EXPECT_LT(brief.out.size(), whole.out.size());
   EXPECT_NE(whole.out.find("Exit codes:\n"), std::string::npos);
+  EXPECT_EQ(index.out.find("--budget"), std::string::npos);
+  EXPECT_EQ(run({"help", "index"}).out, index.out);
+  EXPECT_EQ(run({"help"}).out, whole.out);
+  EXPECT_EQ(run({"--format=json", "--bugdet", "5"}).errors,
+            "{\"error\": \"unknown option --bugdet; did you mean --budget? (see context-delta "
+            "--help)\", \"exit_code\": 2}\n");
+}
+
+TEST_F(Program, TakesPresetsFromFilesAndVariables) {
+  const std::string file = beside("config.toml");
+  const std::string variable = "CONTEXT_DELTA_CONFIG=" + file;
+  repository_.write("../config.toml", "format = 'json'\n");
+  repository_.write(".context-delta.toml", "all-files = true\nindex = '/etc/passwd'\n");
+  const Ending ending = run_here({"-v"}, {variable});
+  EXPECT_NE(ending.out.find("\"total_changed_files\": 2, "), std::string::npos) << ending.out;
+  EXPECT_TRUE(ending.errors.starts_with(
+      "context-delta: .context-delta.toml:2: index cannot be set by a project's file; passed "
+      "over\ncontext-delta: format = json from " +
+      file + "\ncontext-delta: all-files = true from .context-delta.toml\n"))
+      << ending.errors;
+  EXPECT_EQ(run_here({"-q"}, {variable}).errors, "");
+  const Ending without = run_here({"--no-config"}, {variable, "CONTEXT_DELTA_BUDGET=x"});
+  EXPECT_NE(without.out.find("1 file changed"), std::string::npos) << without.out;
+  EXPECT_EQ(run_here({}, {"CONTEXT_DELTA_BUDGET=x"}).status, 2);
 }
 
 class InterruptedProgram : public Program, public testing::WithParamInterface<int> {};

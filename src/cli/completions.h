@@ -1,0 +1,16 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+/// Completions made from the tables of commands and options, a shell in a file each.
+namespace context_delta::cli {
+
+std::string bash_completion();
+std::string zsh_completion();
+std::string fish_completion();
+
+/// The completion of a shell by its name. Raises UsageError for an empty or unknown one.
+std::string completion_of(std::string_view shell);
+
+}  // namespace context_delta::cli
