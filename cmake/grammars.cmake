@@ -9,7 +9,8 @@ set(runtime ${node_modules}/tree-sitter/vendor/tree-sitter/lib)
 add_library(tree_sitter STATIC ${runtime}/src/lib.c)
 target_include_directories(tree_sitter SYSTEM PUBLIC ${runtime}/include PRIVATE ${runtime}/src)
 target_compile_definitions(tree_sitter PRIVATE _DEFAULT_SOURCE _POSIX_C_SOURCE=200112L)
-target_compile_options(tree_sitter PRIVATE -w -O2)
+# With exceptions: an allocation that goes too far is thrown out of it.
+target_compile_options(tree_sitter PRIVATE -w -O2 -fexceptions)
 set_target_properties(tree_sitter PROPERTIES C_STANDARD 11 EXPORT_COMPILE_COMMANDS OFF)
 
 # context_delta_grammar(NAME FOLDER): the grammar in node_modules/FOLDER as target tree_sitter_NAME.
@@ -21,7 +22,7 @@ function(context_delta_grammar name folder)
   endif()
   add_library(tree_sitter_${name} STATIC ${files})
   target_include_directories(tree_sitter_${name} PRIVATE ${source})
-  target_compile_options(tree_sitter_${name} PRIVATE -w -O2)
+  target_compile_options(tree_sitter_${name} PRIVATE -w -O2 -fexceptions)
   target_link_libraries(tree_sitter_${name} PUBLIC tree_sitter)
   set_target_properties(tree_sitter_${name} PROPERTIES C_STANDARD 11 EXPORT_COMPILE_COMMANDS OFF)
 endfunction()

@@ -2,13 +2,13 @@
 
 #include <atomic>
 #include <cstdint>
-#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "indexer/language.h"
+#include "indexer/parser_memory.h"
 
 struct TSParser;
 
@@ -26,17 +26,20 @@ class TextParser {
  public:
   /// `cancelled` (may be null) ends a parse early; what it returned is then of no use.
   explicit TextParser(const std::atomic<bool>* cancelled);
+  ~TextParser();
+  TextParser(const TextParser&) = delete;
+  TextParser& operator=(const TextParser&) = delete;
 
   /// The facts of a text in the first of `languages` that accepts it. Bytes that are not UTF-8
   /// count as replacement characters.
   ParsedText parse(const std::vector<const Language*>& languages, std::string_view text);
 
  private:
-  struct Delete {
-    void operator()(TSParser* parser) const;
-  };
+  void parse_with_grammar(std::string_view text, ParsedText& parsed);
+
   const std::atomic<bool>* cancelled_;
-  std::unique_ptr<TSParser, Delete> parser_;
+  ParserMemory memory_;
+  TSParser* parser_ = nullptr;  // made with the first text
 };
 
 }  // namespace context_delta::indexer

@@ -2,6 +2,7 @@
 #include <random>
 #include <string>
 #include <string_view>
+#include <tuple>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -221,6 +222,39 @@ TEST(RealLanguagesGraph, CallsAcrossFilesAreProven) {
   EXPECT_TRUE(has(R"("caller_file": "k/Use.java")",
                   R"("callee_file": "j/Sub.java", "callee_name": "run")"));
   EXPECT_TRUE(has(R"("caller_file": "j/Sub.java")", R"("callee_name": "go")"));
+}
+
+/// The parser would ask for gigabytes, or for minutes, to find its way through such texts.
+TEST(HostileTexts, AreSkippedAndLeaveTheOthersAlone) {
+  const std::vector<std::tuple<std::string, std::string, int>> texts = {{"a.java", "a < ", 25'000},
+                                                                        {"c.cc", "a < ", 25'000},
+                                                                        {"d.tsx", "<a<b> ", 20'000},
+                                                                        {"e.c", "(a)(b)*", 15'000}};
+  test::GitRepository repository;
+  std::vector<std::string> names;
+  for (const auto& [name, text, count] : texts) {
+    std::string whole;
+    for (int i = 0; i < count; ++i) whole += text;
+    repository.write(name, whole);
+    const std::string after = "z" + name;
+    repository.write(after,
+                     name.ends_with("java") ? "class Z { void f() { } }\n" : "class Z {};\n");
+    names.push_back(name);
+  }
+  repository.commit();
+  storage::Repository index(repository.beside() / "index.sqlite");
+  indexer::UpdateOptions options;
+  options.threads = 1;
+  const auto report = indexer::update(index, git_utils::Git(repository.root()),
+                                      repository.git({"rev-parse", "HEAD"}), options);
+  std::vector<std::string> skipped;
+  for (const indexer::SkippedFile& file : report.skipped) {
+    EXPECT_EQ(file.reason, "too costly to parse") << file.path;
+    skipped.push_back(file.path);
+  }
+  EXPECT_EQ(skipped, names);
+  EXPECT_EQ(report.files, std::ssize(texts));
+  EXPECT_GE(storage::graph_size(index.db).symbols, 4);
 }
 
 }  // namespace
