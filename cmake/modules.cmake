@@ -15,6 +15,7 @@ function(context_delta_library name)
     target_include_directories(${name} PUBLIC ${view}/public PRIVATE ${view}/private)
     target_link_libraries(${name} PUBLIC ${arg_USES}
       PRIVATE ${arg_PRIVATE_USES} context_delta_warnings)
+    context_delta_reuse_precompiled(${name} precompiled_headers)
   else()
     add_library(${name} INTERFACE)
     target_include_directories(${name} INTERFACE ${view}/public)
