@@ -6,7 +6,7 @@
 
 #include <CLI/CLI.hpp>
 
-#include "cli/suggestion.h"
+#include "utils/suggestion.h"
 
 namespace context_delta::cli {
 namespace {

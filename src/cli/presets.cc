@@ -6,8 +6,8 @@
 #include <system_error>
 
 #include "cli/config_file.h"
-#include "cli/suggestion.h"
 #include "tool_handlers/context_docs.h"
+#include "utils/suggestion.h"
 #include "utils/utf8.h"
 
 namespace context_delta::cli {

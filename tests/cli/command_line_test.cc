@@ -7,7 +7,7 @@
 #include <gtest/gtest.h>
 
 #include "cli/progress.h"
-#include "cli/suggestion.h"
+#include "utils/suggestion.h"
 
 namespace context_delta::cli {
 namespace {

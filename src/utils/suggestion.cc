@@ -1,9 +1,9 @@
-#include "cli/suggestion.h"
+#include "utils/suggestion.h"
 
 #include <algorithm>
 #include <vector>
 
-namespace context_delta::cli {
+namespace context_delta {
 namespace {
 
 /// Insertions, deletions, replacements and swaps of neighbours that lead from `a` to `b`.
@@ -47,4 +47,4 @@ std::string did_you_mean(std::string_view word, std::span<const std::string_view
   return name ? "; did you mean " + std::string(*name) + "?" : "";
 }
 
-}  // namespace context_delta::cli
+}  // namespace context_delta
