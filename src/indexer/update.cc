@@ -36,7 +36,7 @@ Transaction begin_writing(const storage::Database& database, const UpdateOptions
   const auto end = Clock::now() + std::chrono::seconds(options.patience_seconds);
   database.set_patience(TRY_MILLISECONDS);
   while (true) {
-    if (options.cancelled != nullptr && options.cancelled->load()) throw Cancelled();
+    check_cancelled(options.cancelled);
     try {
       return {database, Transaction::Mode::WRITE};
     } catch (const IndexError& error) {

@@ -1,34 +1,29 @@
 #pragma once
 
-#include <atomic>
 #include <cstdint>
 #include <functional>
 #include <span>
-#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "indexer/language.h"
 #include "storage/repository.h"
+#include "utils/cancellation.h"
 #include "utils/git_utils.h"
 
 /// Brings an index to a commit.
 namespace context_delta::indexer {
 
-/// The update was given up as asked for; the index is as it was before.
-class Cancelled : public std::runtime_error {
- public:
-  Cancelled() : std::runtime_error("indexing was cancelled") {}
-};
+using context_delta::Cancelled;
 
 struct UpdateOptions {
   std::span<const Language* const> languages = {};  ///< none: languages()
   unsigned threads = 0;                             ///< 0: as many as the machine runs at once
   /// Called on the calling thread, often. `phase` is "parsing", "resolving" or "writing".
   std::function<void(std::string_view phase, std::int64_t done, std::int64_t total)> progress = {};
-  const std::atomic<bool>* cancelled = nullptr;  ///< may be set by any thread or signal handler
-  std::int64_t most_file_bytes = 4 << 20;        ///< longer files are skipped
+  CancelFlag cancelled = nullptr;
+  std::int64_t most_file_bytes = 4 << 20;  ///< longer files are skipped
   int patience_seconds = 600;  ///< how long to wait for another process that updates the index
 };
 

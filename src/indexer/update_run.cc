@@ -380,11 +380,7 @@ void UpdateRun::drop_unused_facts() {
       .run();
 }
 
-void UpdateRun::check_cancelled() const {
-  if (options_.cancelled != nullptr && options_.cancelled->load(std::memory_order_relaxed)) {
-    throw Cancelled();
-  }
-}
+void UpdateRun::check_cancelled() const { context_delta::check_cancelled(options_.cancelled); }
 
 void UpdateRun::progress(std::string_view phase, std::size_t done, std::size_t total) const {
   if (options_.progress) {

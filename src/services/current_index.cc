@@ -12,7 +12,7 @@ constexpr int MOST_ATTEMPTS = 10;
 CurrentIndex current_index(const git_utils::Git& git, const std::filesystem::path& path,
                            const Update& update) {
   std::string commit = git_utils::resolve_commit(git, "HEAD");
-  auto repository = std::make_unique<storage::Repository>(path);
+  auto repository = std::make_unique<storage::Repository>(path, git.limits().cancelled);
   indexer::UpdateReport report;
   for (int attempt = 0; attempt < MOST_ATTEMPTS; ++attempt) {
     indexer::UpdateReport latest = update(*repository, commit);

@@ -24,7 +24,8 @@ using Update = std::function<indexer::UpdateReport(storage::Repository& reposito
                                                    const std::string& commit)>;
 
 /// Brings the index in the file `path` up to date with what is checked out and begins to read it.
-/// Raises git_utils::GitHistoryError, storage::IndexError, and whatever `update` raises.
+/// Raises git_utils::GitHistoryError, storage::IndexError, Cancelled when the git object's limits
+/// say so, and whatever `update` raises.
 CurrentIndex current_index(const git_utils::Git& git, const std::filesystem::path& path,
                            const Update& update);
 

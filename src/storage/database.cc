@@ -23,6 +23,12 @@ IndexError::Cause cause_of(int code) {
   }
 }
 
+/// How many steps of SQLite's machine pass between two looks at the flag: far below a millisecond.
+constexpr int STEPS_UNSEEN = 4000;
+
+/// Between two tries for a lock that another process holds.
+constexpr int BUSY_PAUSE_MILLISECONDS = 10;
+
 std::string reason(sqlite3* handle, int code) {
   switch (code & 0xFF) {
     case SQLITE_BUSY:
@@ -55,13 +61,30 @@ std::filesystem::path without_links(const std::filesystem::path& path) {
 
 void Database::Close::operator()(sqlite3* handle) const { sqlite3_close_v2(handle); }
 
-Database::Database(const std::filesystem::path& path) : path_(without_links(path)) {
+int Database::Watch::on_progress(void* watch) {
+  return is_cancelled(static_cast<const Watch*>(watch)->cancelled) ? 1 : 0;
+}
+
+int Database::Watch::on_busy(void* data, int attempts) {
+  const auto& watch = *static_cast<const Watch*>(data);
+  if (is_cancelled(watch.cancelled)) return 0;
+  if (attempts >= watch.patience_milliseconds / BUSY_PAUSE_MILLISECONDS) return 0;
+  sqlite3_sleep(BUSY_PAUSE_MILLISECONDS);
+  return 1;
+}
+
+Database::Database(const std::filesystem::path& path, CancelFlag cancelled)
+    : path_(without_links(path)), watch_(new Watch{cancelled}) {
   sqlite3* handle = nullptr;
   const int flags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_NOMUTEX |
                     SQLITE_OPEN_NOFOLLOW | SQLITE_OPEN_EXRESCODE;
   const int code = sqlite3_open_v2(path_.c_str(), &handle, flags, nullptr);
   handle_.reset(handle);
   if (code != SQLITE_OK) fail("open", code);
+  if (cancelled != nullptr) {
+    sqlite3_progress_handler(handle, STEPS_UNSEEN, Watch::on_progress, watch_.get());
+    sqlite3_busy_handler(handle, Watch::on_busy, watch_.get());
+  }
   set_patience(PATIENCE_MILLISECONDS);
 }
 
@@ -76,7 +99,8 @@ std::int64_t Database::integer(const char* sql) const {
 }
 
 void Database::set_patience(int milliseconds) const {
-  sqlite3_busy_timeout(handle(), milliseconds);
+  watch_->patience_milliseconds = milliseconds;
+  if (watch_->cancelled == nullptr) sqlite3_busy_timeout(handle(), milliseconds);
 }
 
 std::int64_t Database::file_size() const {
@@ -106,6 +130,7 @@ void Database::reset() const {
 }
 
 void Database::fail(std::string_view action, int code) const {
+  check_cancelled(cancelled());
   throw IndexError("cannot " + std::string(action) + " the index " +
                        utf8::path_text(path_.native()) + ": " + reason(handle(), code),
                    cause_of(code));
@@ -149,6 +174,7 @@ Statement& Statement::bind_null(int parameter) {
 }
 
 bool Statement::step() {
+  check_cancelled(database_->cancelled());
   const int code = sqlite3_step(statement_.get());
   if (code == SQLITE_ROW) return true;
   if (code == SQLITE_DONE) return false;

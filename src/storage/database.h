@@ -7,6 +7,8 @@
 #include <string>
 #include <string_view>
 
+#include "utils/cancellation.h"
+
 struct sqlite3;
 struct sqlite3_stmt;
 
@@ -29,11 +31,13 @@ class IndexError : public std::runtime_error {
 /// A connection to one database file. Not for use by two threads at once.
 class Database {
  public:
-  /// Opens `path`, a file that may not be a symbolic link, creating it when there is none.
-  explicit Database(const std::filesystem::path& path);
+  /// Opens `path`, a file that may not be a symbolic link, creating it when there is none. Once
+  /// `cancelled` is set, statements under way, waiting ones included, raise Cancelled.
+  explicit Database(const std::filesystem::path& path, CancelFlag cancelled = nullptr);
 
   const std::filesystem::path& path() const { return path_; }
   sqlite3* handle() const { return handle_.get(); }
+  CancelFlag cancelled() const { return watch_->cancelled; }
 
   /// Runs statements that return no rows.
   void execute(const char* sql) const;
@@ -48,14 +52,23 @@ class Database {
   /// Empties the database whatever its content, damaged content included; safe while other
   /// processes have it open.
   void reset() const;
-  /// Raises the IndexError for the last failure: "cannot ACTION the index PATH: reason".
+  /// Raises the IndexError for the last failure: "cannot ACTION the index PATH: reason", or
+  /// Cancelled when that is why.
   [[noreturn]] void fail(std::string_view action, int code) const;
 
  private:
   struct Close {
     void operator()(sqlite3* handle) const;
   };
+  /// What SQLite's callbacks look at, so at one address for as long as the connection lives.
+  struct Watch {
+    CancelFlag cancelled = nullptr;
+    int patience_milliseconds = 0;
+    static int on_progress(void* watch);
+    static int on_busy(void* watch, int attempts);
+  };
   std::filesystem::path path_;
+  std::unique_ptr<Watch> watch_;
   std::unique_ptr<sqlite3, Close> handle_;
 };
 

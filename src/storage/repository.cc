@@ -123,7 +123,10 @@ fs::path default_index_path(const fs::path& common_git_directory) {
   return cache_folder() / "context-delta" / digest(common_git_directory.native()) / "index.sqlite";
 }
 
-Repository::Repository(const fs::path& path) : db(with_folder(path)) { prepare_index(db); }
+Repository::Repository(const fs::path& path, CancelFlag cancelled)
+    : db(with_folder(path), cancelled) {
+  prepare_index(db);
+}
 
 std::optional<std::string> Repository::commit() const {
   Statement statement(db, "SELECT commit_id FROM state");

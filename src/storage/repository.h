@@ -37,8 +37,8 @@ class Repository {
  public:
   /// Opens the index at `path`, creating it (and its folder) when there is none. A damaged file or
   /// one of another format is replaced by an empty index. Raises IndexError when the file cannot
-  /// be opened or created.
-  explicit Repository(const std::filesystem::path& path);
+  /// be opened or created. Once `cancelled` is set, whatever is asked of it raises Cancelled.
+  explicit Repository(const std::filesystem::path& path, CancelFlag cancelled = nullptr);
 
   Database db;
 

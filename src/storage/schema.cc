@@ -1,6 +1,9 @@
 #include "storage/schema.h"
 
+#include <cerrno>
+#include <chrono>
 #include <system_error>
+#include <thread>
 
 #include <fcntl.h>
 #include <sys/file.h>
@@ -139,10 +142,13 @@ Content content(const Database& database) {
 /// Keeps other processes from replacing an index of the same folder.
 class FolderLock {
  public:
-  explicit FolderLock(const std::filesystem::path& folder)
+  FolderLock(const std::filesystem::path& folder, CancelFlag cancelled)
       : descriptor_(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)) {
     // A file system without locks still has SQLite's own: at worst one update is done twice.
-    if (descriptor_ >= 0) flock(descriptor_, LOCK_EX);
+    while (descriptor_ >= 0 && flock(descriptor_, LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK &&
+           !is_cancelled(cancelled)) {
+      std::this_thread::sleep_for(PAUSE);
+    }
   }
   ~FolderLock() {
     if (descriptor_ >= 0) close(descriptor_);
@@ -151,6 +157,7 @@ class FolderLock {
   FolderLock& operator=(const FolderLock&) = delete;
 
  private:
+  static constexpr auto PAUSE = std::chrono::milliseconds(5);
   int descriptor_;
 };
 
@@ -164,7 +171,7 @@ void create_tables(const Database& database) {
 }
 
 void make_index(const Database& database) {
-  const FolderLock lock(database.path().parent_path());
+  const FolderLock lock(database.path().parent_path(), database.cancelled());
   const Content found = content(database);  // another process may have been first
   if (found == Content::INDEX) return;
   if (found != Content::EMPTY) database.reset();

@@ -190,7 +190,7 @@ struct BlobReader::Process {
         buffer(READ_BYTES, '\0') {}
 
   std::optional<std::string> read(std::string_view object, std::int64_t most_bytes) {
-    subprocess::TimeLimit limit(repository.limits().time);
+    subprocess::TimeLimit limit(repository.limits().time, repository.limits().cancelled);
     std::optional<std::string> result;
     bool is_answered = false;
     AnswerParser parser(most_bytes, [&](std::optional<std::string_view> blob) {

@@ -259,7 +259,7 @@ std::vector<Git::Output> Git::stream(std::span<const Streamed> commands) const {
   }
   try {
     std::vector<Output> outputs;
-    for (auto& [status, errors] : subprocess::run(tasks, limits().time)) {
+    for (auto& [status, errors] : subprocess::run(tasks, {limits().time, limits().cancelled})) {
       outputs.push_back({status, {}, std::move(errors)});
     }
     return outputs;

@@ -12,6 +12,8 @@
 #include <string_view>
 #include <vector>
 
+#include "utils/cancellation.h"
+
 /// The `git` program on a repository that is not trusted: how it is found, started and read.
 ///
 /// Paths are relative to the top of the work tree with '/' between parts, and texts: names that are
@@ -60,12 +62,14 @@ enum class View {
   REPOSITORY,
 };
 
-/// What one git process may cost before it is given up.
+/// What one git process may cost before it is given up, and whether it is wanted at all.
 struct Limits {
   std::chrono::milliseconds time = std::chrono::minutes(5);  ///< that it keeps us waiting
   std::size_t output_bytes = 256 * 1024 * 1024;              ///< that are kept whole
   std::size_t memory_bytes = 0;         ///< for itself; 0: half of the machine's
   std::size_t tree_files = 10'000'000;  ///< of one commit
+  /// Once set, the processes are ended and Cancelled is raised; must outlive what uses it.
+  CancelFlag cancelled = nullptr;
 };
 
 /// A repository with a work tree, and how git is run on it: without a shell, in a cleaned

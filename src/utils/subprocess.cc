@@ -26,6 +26,9 @@ constexpr std::size_t ERROR_BYTES = 16 * 1024;
 constexpr std::size_t READ_BYTES = 256 * 1024;
 constexpr int PIPE_BYTES = 1024 * 1024;
 
+/// How long a call of poll() lasts at most while a flag must be looked at.
+constexpr std::int64_t MOST_UNSEEN_MILLISECONDS = 20;
+
 [[noreturn]] void fail(std::string_view program, std::string_view what, int error) {
   throw SubprocessError(std::string(program) + ": " + std::string(what) + ": " +
                         std::strerror(error));
@@ -174,13 +177,15 @@ std::optional<std::filesystem::path> find_program(std::string_view name) {
 }
 
 int TimeLimit::left(std::string_view program) const {
+  check_cancelled(cancelled_);
   const auto left = std::chrono::ceil<std::chrono::milliseconds>(left_).count();
   if (left <= 0) {
     const auto seconds = std::chrono::ceil<std::chrono::seconds>(limit_).count();
     throw SubprocessError(std::string(program) + ": stopped at its time limit of " +
                           std::to_string(seconds) + " s");
   }
-  return static_cast<int>(std::min<std::int64_t>(left, 60'000));
+  return static_cast<int>(
+      std::min<std::int64_t>(left, cancelled_ == nullptr ? 60'000 : MOST_UNSEEN_MILLISECONDS));
 }
 
 Process::Process(const Command& command, Input input) : program_(command.program.filename()) {
@@ -279,7 +284,7 @@ int Process::wait(TimeLimit& limit) {
 // The children of one run() and what is still to be moved.
 class Loop {
  public:
-  Loop(std::span<const Task> tasks, std::chrono::milliseconds limit)
+  Loop(std::span<const Task> tasks, const TimeLimit& limit)
       : tasks_(tasks),
         limit_(limit),
         unsent_(tasks.size()),
@@ -350,7 +355,7 @@ class Loop {
   std::unique_ptr<std::array<char, READ_BYTES>> buffer_;
 };
 
-std::vector<Ending> run(std::span<const Task> tasks, std::chrono::milliseconds limit) {
+std::vector<Ending> run(std::span<const Task> tasks, const TimeLimit& limit) {
   return Loop(tasks, limit).finish();
 }
 

@@ -14,6 +14,8 @@
 
 #include <sys/types.h>
 
+#include "utils/cancellation.h"
+
 /// Child processes without a shell: what they see is given in full, and none outlives its object.
 namespace context_delta::subprocess {
 
@@ -53,19 +55,22 @@ class FileDescriptor {
   int number_ = -1;
 };
 
-/// How long a child may keep its caller waiting. Time that the caller spends on what it was given
-/// does not count.
+/// How long a child may keep its caller waiting, and whether it is still wanted. Time that the
+/// caller spends on what it was given does not count.
 class TimeLimit {
  public:
-  explicit TimeLimit(std::chrono::milliseconds limit) : limit_(limit), left_(limit) {}
+  TimeLimit(std::chrono::milliseconds limit, CancelFlag cancelled = nullptr)
+      : limit_(limit), left_(limit), cancelled_(cancelled) {}
 
-  /// Milliseconds left for a call of poll(), at least 1. Raises SubprocessError when none is left.
+  /// Milliseconds for the next call of poll(), at least 1: few when the flag must be looked at
+  /// meanwhile. Raises SubprocessError when none is left, Cancelled.
   int left(std::string_view program) const;
   void spend(std::chrono::nanoseconds time) { left_ -= time; }
 
  private:
   std::chrono::milliseconds limit_;
   std::chrono::nanoseconds left_;
+  CancelFlag cancelled_;
 };
 
 enum class Input { NOTHING, PIPE };
@@ -120,8 +125,8 @@ struct Ending {
 };
 
 /// Runs the tasks at the same time on the calling thread, to their ends; the endings are in the
-/// order of the tasks. Raises SubprocessError, and what a sink raises; all children are ended
-/// then.
-std::vector<Ending> run(std::span<const Task> tasks, std::chrono::milliseconds limit);
+/// order of the tasks. Raises SubprocessError, Cancelled, and what a sink raises; all children are
+/// ended then.
+std::vector<Ending> run(std::span<const Task> tasks, const TimeLimit& limit);
 
 }  // namespace context_delta::subprocess

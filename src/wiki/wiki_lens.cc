@@ -175,7 +175,7 @@ json::Mapping entry(const Page& page, const Matches& matches, const Verdict& ver
 }  // namespace
 
 WikiLens::WikiLens(const std::filesystem::path& folder, const git_utils::Git& git)
-    : git_(git), pages_(read_pages(folder)) {}
+    : git_(git), pages_(read_pages(folder, git.limits().cancelled)) {}
 
 json::List WikiLens::pages_citing(const NextPath& next) const {
   Citations citations(pages_);

@@ -33,13 +33,15 @@ struct Page {
 /// The pages below `folder` that name sources, by path in byte order. The folder is not trusted:
 /// symbolic links in it and hidden folders are not followed, only the first 256 KiB of a page are
 /// read, pages whose front matter is not well-formed are passed over, and of a folder with more
-/// than 20,000 pages only that many are read. Raises WikiError when the folder cannot be opened.
-std::vector<Page> read_pages(const std::filesystem::path& folder);
+/// than 20,000 pages only that many are read. Raises WikiError when the folder cannot be opened,
+/// Cancelled.
+std::vector<Page> read_pages(const std::filesystem::path& folder, CancelFlag cancelled = nullptr);
 
 /// The wiki as the delta pack asks for it.
 class WikiLens {
  public:
-  /// Reads the pages. `git` must outlive the lens. Raises WikiError like read_pages().
+  /// Reads the pages, as long as the limits of `git` say that they are wanted. `git` must outlive
+  /// the lens. Raises like read_pages().
   WikiLens(const std::filesystem::path& folder, const git_utils::Git& git);
 
   /// The pages that cite any of the paths (the path itself, a folder above it, or a glob), by page

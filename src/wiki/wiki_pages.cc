@@ -25,7 +25,7 @@ bool is_page(const std::filesystem::path& name) {
 }
 
 /// Paths of the pages relative to `folder`, in byte order.
-std::vector<std::string> page_names(const std::filesystem::path& folder) {
+std::vector<std::string> page_names(const std::filesystem::path& folder, CancelFlag cancelled) {
   std::vector<std::string> names;
   std::error_code error;
   using Walk = std::filesystem::recursive_directory_iterator;
@@ -35,6 +35,7 @@ std::vector<std::string> page_names(const std::filesystem::path& folder) {
                     error.message());
   }
   for (; !error && walk != Walk(); walk.increment(error)) {
+    check_cancelled(cancelled);
     const std::filesystem::path& path = walk->path();
     std::error_code unreadable;
     const auto type = walk->symlink_status(unreadable).type();
@@ -84,9 +85,10 @@ std::string title_of(const FrontMatter& front_matter, std::string_view text,
 
 }  // namespace
 
-std::vector<Page> read_pages(const std::filesystem::path& folder) {
+std::vector<Page> read_pages(const std::filesystem::path& folder, CancelFlag cancelled) {
   std::vector<Page> pages;
-  for (const std::string& name : page_names(folder)) {
+  for (const std::string& name : page_names(folder, cancelled)) {
+    check_cancelled(cancelled);
     const std::string text = read_beginning(folder / name);
     const std::optional<FrontMatter> front_matter = read_front_matter(text);
     if (!front_matter) continue;

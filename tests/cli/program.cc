@@ -34,7 +34,7 @@ Ending run_command(subprocess::Command command) {
   const subprocess::Task task{.command = std::move(command),
                               .input = {},
                               .sink = [&](std::string_view part) { ending.out += part; }};
-  auto endings = subprocess::run(std::span(&task, 1), std::chrono::minutes(2));
+  auto endings = subprocess::run(std::span(&task, 1), {std::chrono::minutes(2)});
   ending.status = endings.front().status;
   ending.errors = std::move(endings.front().errors);
   return ending;

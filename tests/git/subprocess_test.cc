@@ -115,6 +115,21 @@ TEST_F(Subprocess, IsKilledAtItsTimeLimitAndByAnExceptionOfTheSink) {
   EXPECT_EQ(message_of([&] { run(std::span(&endless, 1), AMPLE); }), "enough");
 }
 
+TEST_F(Subprocess, IsEndedOnceItIsNotWanted) {
+  std::atomic<bool> cancelled = false;
+  std::string out;
+  const auto sink = [&](std::string_view part) {
+    out += part;
+    cancelled = true;
+  };
+  for (const std::string script : {"echo x; exec sleep 1000", "echo x; exec sleep 1000 >&- 2>&-"}) {
+    cancelled = false;
+    const Task task{{"/bin/sh", {"-c", script}, {"PATH=/usr/bin:/bin"}}, "", sink};
+    EXPECT_THROW(run(std::span(&task, 1), {AMPLE, &cancelled}), Cancelled) << script;
+  }
+  EXPECT_EQ(out, "x\nx\n");
+}
+
 TEST_F(Subprocess, ThatCannotBeStartedIsAnError) {
   std::string out;
   const Task tasks[] = {shell("exec sleep 1000", out),

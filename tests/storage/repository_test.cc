@@ -2,6 +2,7 @@
 
 #include <cstdlib>
 #include <fstream>
+#include <thread>
 
 #include <gtest/gtest.h>
 
@@ -139,6 +140,32 @@ TEST(DefaultIndexPath, IsInTheGitDirectoryUnlessALinkOrPermissionsForbid) {
   EXPECT_NE(cache.parent_path().parent_path(), git);
   EXPECT_EQ(cache.filename(), "index.sqlite");
   EXPECT_NE(cache, default_index_path(folder.path() / "missing" / ".git"));
+}
+
+TEST(Cancelling, EndsStatementsThatRunOrWait) {
+  const test::TemporaryFolder folder;
+  const fs::path path = folder.path() / "index.sqlite";
+  std::atomic<bool> cancelled = false;
+  const Repository repository(path, &cancelled);
+  repository.db.set_patience(3'600'000);
+
+  std::thread stop([&] { cancelled = true; });
+  const char* endless =
+      "WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n) "
+      "SELECT count(*) FROM n";
+  EXPECT_THROW(repository.db.integer(endless), Cancelled);
+  stop.join();
+
+  cancelled = false;
+  const Repository other(path);
+  Transaction writing(other.db, Transaction::Mode::WRITE);
+  stop = std::thread([&] { cancelled = true; });
+  EXPECT_THROW(Transaction(repository.db, Transaction::Mode::WRITE), Cancelled);
+  stop.join();
+
+  cancelled = false;
+  writing.commit();
+  EXPECT_NO_THROW(Transaction(repository.db, Transaction::Mode::WRITE));
 }
 
 }  // namespace
