@@ -9,7 +9,6 @@
 #include "cli/report.h"
 #include "cli/terminal.h"
 #include "services/delta.h"
-#include "workers/git_history.h"
 
 namespace context_delta::cli {
 namespace {
@@ -21,23 +20,11 @@ services::DeltaRequest scaled_request(const Settings& settings) {
   return request;
 }
 
-/// Fails on a revision that does not exist before a large repository is indexed for nothing.
-void check_comparison(const git_utils::Git& git, const services::DeltaRequest& request) {
-  git_history::History(git).branch_changes(request.base_branch, request.target_branch,
-                                           request.target_parameter, request.base_parameter);
-}
-
-bool is_indexed(const git_utils::Git& git, const Settings& settings) {
-  const std::filesystem::path path =
-      settings.index.value_or(storage::default_index_path(git.common_directory()));
-  std::error_code unreadable;
-  return std::filesystem::exists(path, unreadable);
-}
-
 json::Mapping make_pack(const Settings& settings, const services::DeltaRequest& request) {
   try {
     const git_utils::Git git(settings.directory);
-    if (!is_indexed(git, settings)) check_comparison(git, request);
+    services::check_before_first_index(
+        git, settings.index.value_or(storage::default_index_path(git.common_directory())), request);
     const services::CurrentIndex index = bring_up_to_date(git, settings);
     return services::delta_pack(git, *index.repository, request);
   } catch (const git_utils::GitHistoryError& error) {

@@ -3,6 +3,7 @@
 #include "services/native_services.h"
 #include "tool_handlers/context_delta/context_delta.h"
 #include "tool_handlers/context_delta/empty_results.h"
+#include "workers/git_history.h"
 
 namespace context_delta::services {
 
@@ -22,6 +23,14 @@ json::Mapping delta_pack(const git_utils::Git& git, const storage::Repository& i
                                         .include_snippets = request.include_snippets,
                                         .source_only = request.source_only,
                                         .wiki_lens = lens ? &*lens : nullptr});
+}
+
+void check_before_first_index(const git_utils::Git& git, const std::filesystem::path& path,
+                              const DeltaRequest& request) {
+  std::error_code unreadable;
+  if (std::filesystem::exists(path, unreadable)) return;
+  git_history::History(git).branch_changes(request.base_branch, request.target_branch,
+                                           request.target_parameter, request.base_parameter);
 }
 
 json::Mapping error_result(const git_utils::GitHistoryError& error) {

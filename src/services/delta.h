@@ -31,6 +31,11 @@ struct DeltaRequest {
 json::Mapping delta_pack(const git_utils::Git& git, const storage::Repository& index,
                          const DeltaRequest& request);
 
+/// Raises git_utils::GitHistoryError when git cannot make the comparison, unless there is an index
+/// in the file `path`: a large repository is not indexed for nothing.
+void check_before_first_index(const git_utils::Git& git, const std::filesystem::path& path,
+                              const DeltaRequest& request);
+
 /// The pack of a comparison that could not even begin: empty parts and `error`.
 json::Mapping error_result(const git_utils::GitHistoryError& error);
 
