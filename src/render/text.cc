@@ -6,25 +6,11 @@
 #include "render/display_text.h"
 #include "render/pack_view.h"
 #include "render/text_page.h"
+#include "render/wording.h"
 #include "utils/text_lines.h"
 
 namespace context_delta::render {
 namespace {
-
-std::string counted(std::int64_t number, std::string_view one, std::string_view many) {
-  return std::to_string(number) + " " + std::string(number == 1 ? one : many);
-}
-
-/// "a, b and c" of the texts that are not empty.
-std::string joined(std::vector<std::string> texts) {
-  texts.erase(std::remove(texts.begin(), texts.end(), ""), texts.end());
-  std::string result;
-  for (std::size_t i = 0; i < texts.size(); ++i) {
-    if (i > 0) result += i + 1 == texts.size() ? " and " : ", ";
-    result += texts[i];
-  }
-  return result;
-}
 
 void heading(TextPage& page, const std::string& title, std::string_view remark) {
   page.blank_line();
@@ -54,28 +40,6 @@ std::string status_letter(std::string_view status) {
       1, static_cast<char>(status[0] >= 'a' && status[0] <= 'z' ? status[0] - 32 : status[0]));
 }
 
-/// `old` and `path` in one, with what they share written once: `src/{a.py -> b.py}`.
-std::string renaming(const std::string& old, const std::string& path, std::string_view arrow) {
-  std::size_t front = 0;
-  for (std::size_t i = 0; i < std::min(old.size(), path.size()) && old[i] == path[i]; ++i) {
-    if (old[i] == '/') front = i + 1;
-  }
-  std::size_t back = 0;
-  const std::size_t most = std::min(old.size(), path.size()) - front;
-  for (std::size_t i = 1; i <= most && old[old.size() - i] == path[path.size() - i]; ++i) {
-    if (old[old.size() - i] == '/') back = i;
-  }
-  const std::string change = old.substr(front, old.size() - front - back) + std::string(arrow) +
-                             path.substr(front, path.size() - front - back);
-  if (front == 0 && back == 0) return change;
-  return path.substr(0, front) + "{" + change + "}" + path.substr(path.size() - back);
-}
-
-std::string file_name(const TextPage& page, const FileRow& file) {
-  if (!file.old_path || *file.old_path == file.path) return file.path;
-  return renaming(*file.old_path, file.path, page.mark(" \u2192 ", " -> "));
-}
-
 void comparison(TextPage& page, const PackView& pack) {
   if (!pack.base_branch || !pack.target_branch) return;
   page.flow(
@@ -85,22 +49,15 @@ void comparison(TextPage& page, const PackView& pack) {
 
 void totals(TextPage& page, const PackView& pack) {
   if (pack.files.empty() && pack.total_changed_files == 0) return;
-  std::int64_t additions = 0;
-  std::int64_t deletions = 0;
-  std::int64_t references = 0;
-  for (const FileRow& file : pack.files) {
-    additions += file.additions;
-    deletions += file.deletions;
-    references += file.references;
-  }
+  const FileTotals sum = file_totals(pack);
   const std::string minus(page.mark("\u2212", "-"));
   page.flow({{{counted(pack.total_changed_files, "file", "files") + " changed "},
-              {"+" + std::to_string(additions), Ink::GREEN},
+              {"+" + std::to_string(sum.additions), Ink::GREEN},
               {" "},
-              {minus + std::to_string(deletions), Ink::RED},
+              {minus + std::to_string(sum.deletions), Ink::RED},
               {pack.files_omitted > 0 ? " in those listed" : ""}},
              {{counted(pack.total_changed_symbols, "changed symbol", "changed symbols")}},
-             {{counted(references, "reference", "references") + " from other files"}}});
+             {{counted(sum.references, "reference", "references") + " from other files"}}});
 }
 
 void excluded(TextPage& page, const PackView& pack) {
@@ -116,11 +73,12 @@ void files(TextPage& page, const PackView& pack) {
   heading(page, "Files", "the most depended on first");
   Table table = {{{}, {false, Shrink::MIDDLE}, {true}, {true}, {true}, {true}}, {}};
   table.rows.push_back({{""}, {""}, {""}, {""}, {"symbols", Ink::DIM}, {"references", Ink::DIM}});
+  const std::string_view arrow = page.mark(" \u2192 ", " -> ");
   for (const FileRow& file : pack.files) {
     const Ink quiet = file.references == 0 ? Ink::DIM : Ink::PLAIN;
     table.rows.push_back(
         {{status_letter(file.status), status_ink(file.status)},
-         {file_name(page, file)},
+         {file_name(file, arrow)},
          {file.additions == 0 ? "" : "+" + std::to_string(file.additions), Ink::GREEN},
          {file.deletions == 0
               ? ""
@@ -132,10 +90,6 @@ void files(TextPage& page, const PackView& pack) {
   const auto widths = page.fitted_widths(table, 2);
   for (const Pieces& cells : table.rows) page.row(table, cells, widths, 2);
   omitted_line(page, pack.files_omitted, "more file", "more files");
-}
-
-std::string line_range(std::int64_t first, std::int64_t last) {
-  return last <= first ? std::to_string(first) : std::to_string(first) + "-" + std::to_string(last);
 }
 
 /// The signature, when it says more than the name beside it.
@@ -200,11 +154,6 @@ void callers(TextPage& page, const PackView& pack) {
   omitted_line(page, pack.callers_omitted, "more caller", "more callers");
 }
 
-std::string doubt(const CallerRow& caller) {
-  if (caller.relation.empty() || caller.reason.empty()) return caller.relation + caller.reason;
-  return caller.relation + ": " + caller.reason;
-}
-
 void neighbours(TextPage& page, const PackView& pack) {
   if (pack.neighbours.empty() && pack.neighbours_omitted <= 0) return;
   heading(page, "Possible callers", "guessed: they may call another definition of the name");
@@ -262,16 +211,6 @@ void wiki_pages(TextPage& page, const PackView& pack) {
   }
 }
 
-std::string omitted_rows(const PackView& pack) {
-  const auto part = [](std::int64_t number, std::string_view one, std::string_view many) {
-    return number > 0 ? counted(number, one, many) : std::string();
-  };
-  return joined({part(pack.files_omitted, "file", "files"),
-                 part(pack.symbols_omitted, "symbol", "symbols"),
-                 part(pack.callers_omitted, "caller", "callers"),
-                 part(pack.neighbours_omitted, "possible caller", "possible callers")});
-}
-
 void left_out(TextPage& page, const PackView& pack, std::optional<std::int64_t> enough,
               const ReportStyle& style) {
   const std::string rows = omitted_rows(pack);
@@ -290,14 +229,6 @@ void left_out(TextPage& page, const PackView& pack, std::optional<std::int64_t> 
             ". The pack lists some rows of each file and symbol only, whatever its budget.",
         Ink::DIM);
   }
-}
-
-/// The message names the parameter of the operation; here it is an option.
-std::string with_option_names(std::string message) {
-  constexpr std::string_view PARAMETER = "source_only=false";
-  const std::size_t found = message.find(PARAMETER);
-  if (found != message.npos) message.replace(found, PARAMETER.size(), "--all-files");
-  return message;
 }
 
 void closing_words(TextPage& page, const PackView& pack) {

@@ -1,0 +1,43 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "render/pack_view.h"
+
+/// Words that the reports for people have in common.
+namespace context_delta::render {
+
+/// "1 file", "2 files".
+std::string counted(std::int64_t number, std::string_view one, std::string_view many);
+
+/// "a, b and c" of the texts that are not empty.
+std::string joined(std::vector<std::string> texts);
+
+/// "7" or "7-9"; `dash` stands between the two.
+std::string line_range(std::int64_t first, std::int64_t last, std::string_view dash = "-");
+
+/// The path of a file, and of a renamed one what it was, with what the two share written once:
+/// `src/{a.py -> b.py}`.
+std::string file_name(const FileRow& file, std::string_view arrow);
+
+/// Why a caller is only guessed; empty when the pack does not say.
+std::string doubt(const CallerRow& caller);
+
+/// Sums over the files that a pack lists.
+struct FileTotals {
+  std::int64_t additions = 0;
+  std::int64_t deletions = 0;
+  std::int64_t references = 0;
+};
+FileTotals file_totals(const PackView& pack);
+
+/// "3 files and 1 symbol": what the pack itself left out; empty when nothing.
+std::string omitted_rows(const PackView& pack);
+
+/// The message of a pack; what names a parameter of the operation names the option here.
+std::string with_option_names(std::string message);
+
+}  // namespace context_delta::render
