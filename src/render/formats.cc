@@ -3,6 +3,7 @@
 #include <array>
 
 #include "render/json_line.h"
+#include "render/markdown.h"
 #include "render/text.h"
 
 namespace context_delta::render {
@@ -13,6 +14,7 @@ std::string json(const json::Mapping& pack, const ReportStyle&) { return render_
 constexpr std::array FORMATS = {
     Format{"text", "for a person at a terminal", false, render_text},
     Format{"json", "for a program, on one line", true, json},
+    Format{"markdown", "for a pull-request comment", false, render_markdown},
 };
 
 std::string joined_names() {

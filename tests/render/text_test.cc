@@ -1,13 +1,11 @@
 #include "render/text.h"
 
-#include <cstdlib>
-#include <fstream>
-#include <iterator>
 #include <string>
 
 #include <gtest/gtest.h>
 
 #include "render/display_text.h"
+#include "render/golden.h"
 #include "render/json_line.h"
 #include "render/pack_view.h"
 #include "render/sample_packs.h"
@@ -15,20 +13,6 @@
 
 namespace context_delta::render {
 namespace {
-
-std::string read_file(const std::string& path) {
-  std::ifstream stream(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(stream), {}};
-}
-
-/// Compares with golden/NAME.txt, or writes it when CONTEXT_DELTA_UPDATE_GOLDEN is set.
-void expect_golden(const std::string& name, const std::string& text) {
-  const std::string path = std::string(GOLDEN_FOLDER) + "/" + name + ".txt";
-  if (std::getenv("CONTEXT_DELTA_UPDATE_GOLDEN") != nullptr) {
-    std::ofstream(path, std::ios::binary) << text;
-  }
-  EXPECT_EQ(text, read_file(path)) << path;
-}
 
 struct GoldenCase {
   const char* name;
@@ -39,7 +23,8 @@ struct GoldenCase {
 class TextGolden : public testing::TestWithParam<GoldenCase> {};
 
 TEST_P(TextGolden, IsAsItWas) {
-  expect_golden(GetParam().name, render_text(GetParam().pack(), GetParam().style));
+  test::expect_golden(std::string(GetParam().name) + ".txt",
+                      render_text(GetParam().pack(), GetParam().style));
 }
 
 INSTANTIATE_TEST_SUITE_P(
