@@ -199,11 +199,6 @@ Section neighbours(const PackView& pack) {
   return section;
 }
 
-std::int64_t stale_pages(const PackView& pack) {
-  return std::count_if(pack.wiki_pages.begin(), pack.wiki_pages.end(),
-                       [](const WikiRow& row) { return row.stale; });
-}
-
 Section wiki_pages(const PackView& pack) {
   Section section{.title = "<b>Wiki pages</b> built from the changed files: " +
                            std::to_string(stale_pages(pack)) + " stale of " +

@@ -51,13 +51,16 @@ void totals(TextPage& page, const PackView& pack) {
   if (pack.files.empty() && pack.total_changed_files == 0) return;
   const FileTotals sum = file_totals(pack);
   const std::string minus(page.mark("\u2212", "-"));
-  page.flow({{{counted(pack.total_changed_files, "file", "files") + " changed "},
-              {"+" + std::to_string(sum.additions), Ink::GREEN},
-              {" "},
-              {minus + std::to_string(sum.deletions), Ink::RED},
-              {pack.files_omitted > 0 ? " in those listed" : ""}},
-             {{counted(pack.total_changed_symbols, "changed symbol", "changed symbols")}},
-             {{counted(sum.references, "reference", "references") + " from other files"}}});
+  const std::int64_t stale = stale_pages(pack);
+  page.flow(
+      {{{counted(pack.total_changed_files, "file", "files") + " changed "},
+        {"+" + std::to_string(sum.additions), Ink::GREEN},
+        {" "},
+        {minus + std::to_string(sum.deletions), Ink::RED},
+        {pack.files_omitted > 0 ? " in those listed" : ""}},
+       {{counted(pack.total_changed_symbols, "changed symbol", "changed symbols")}},
+       {{counted(sum.references, "reference", "references") + " from other files"}},
+       {{stale > 0 ? counted(stale, "stale wiki page", "stale wiki pages") : "", Ink::YELLOW}}});
 }
 
 void excluded(TextPage& page, const PackView& pack) {
@@ -92,22 +95,76 @@ void files(TextPage& page, const PackView& pack) {
   omitted_line(page, pack.files_omitted, "more file", "more files");
 }
 
-/// The signature, when it says more than the name beside it.
+/// Bytes of `fqn` before its last name, with the separator.
+std::size_t scope_length(std::string_view fqn) {
+  const std::size_t end = fqn.find_last_of(".:#/");
+  return end == fqn.npos ? 0 : end + 1;
+}
+
+/// Bytes of the scope that all names share: what the file beside them says already.
+template <class Row>
+std::size_t shared_scope(const Row* first, const Row* end) {
+  if (end - first < 2) return 0;
+  std::string_view shared(first->fqn);
+  for (const Row* row = first; row != end; ++row) {
+    shared = shared.substr(0, scope_length(row->fqn));
+    const auto differ = std::mismatch(shared.begin(), shared.end(), row->fqn.begin());
+    shared = shared.substr(0, static_cast<std::size_t>(differ.first - shared.begin()));
+    shared = shared.substr(0, scope_length(shared));
+  }
+  return shared.size();
+}
+
+/// The signature, when it says more than the kind and name beside it.
 std::string signature_cell(const SymbolRow& symbol) {
-  return symbol.signature == symbol.fqn ? "" : symbol.signature;
+  const std::string name = symbol.fqn.substr(scope_length(symbol.fqn));
+  const bool says_no_more = symbol.signature == symbol.fqn || symbol.signature == name ||
+                            symbol.signature == symbol.kind + " " + name;
+  return says_no_more ? "" : symbol.signature;
+}
+
+Table symbol_table(const std::vector<SymbolRow>& symbols) {
+  Table table = {{{true}, {false, Shrink::END}, {false, Shrink::START}, {false, Shrink::END}}, {}};
+  const SymbolRow* const end = symbols.data() + symbols.size();
+  std::size_t shared = 0;
+  for (const SymbolRow* symbol = symbols.data(); symbol != end; ++symbol) {
+    if (symbol == symbols.data() || symbol->file != symbol[-1].file) {
+      const SymbolRow* next = std::find_if(
+          symbol, end, [&](const SymbolRow& other) { return other.file != symbol->file; });
+      shared = shared_scope(symbol, next);
+    }
+    table.rows.push_back({{line_range(symbol->line, symbol->end_line), Ink::DIM},
+                          {symbol->kind, Ink::CYAN},
+                          {symbol->fqn.substr(shared), Ink::PLAIN},
+                          {signature_cell(*symbol), Ink::DIM}});
+  }
+  return table;
+}
+
+constexpr std::size_t SIGNATURE = 3;  // column of symbol_table()
+constexpr std::size_t LEAST_SIGNATURE = 30;
+
+/// Whether a signature does not fit.
+bool cuts_signatures(const Table& table, const std::vector<std::size_t>& widths) {
+  return std::any_of(table.rows.begin(), table.rows.end(), [&](const Pieces& cells) {
+    return display_width(cells[SIGNATURE].text) > widths[SIGNATURE];
+  });
+}
+
+/// The beginning of a signature mostly repeats the name: the room is better spent on that.
+void drop_signatures(Table& table) {
+  for (Pieces& cells : table.rows) cells[SIGNATURE].text.clear();
 }
 
 void symbols(TextPage& page, const PackView& pack) {
   if (pack.symbols.empty() && pack.symbols_omitted <= 0) return;
   heading(page, "Changed symbols", "with the lines they span");
-  Table table = {{{true}, {false, Shrink::END}, {false, Shrink::START}, {false, Shrink::END}}, {}};
-  for (const SymbolRow& symbol : pack.symbols) {
-    table.rows.push_back({{line_range(symbol.line, symbol.end_line), Ink::DIM},
-                          {symbol.kind, Ink::CYAN},
-                          {symbol.fqn, Ink::PLAIN},
-                          {signature_cell(symbol), Ink::DIM}});
+  Table table = symbol_table(pack.symbols);
+  auto widths = page.fitted_widths(table, 4);
+  if (widths[SIGNATURE] < LEAST_SIGNATURE && cuts_signatures(table, widths)) {
+    drop_signatures(table);
+    widths = page.fitted_widths(table, 4);
   }
-  const auto widths = page.fitted_widths(table, 4);
   const std::string* file = nullptr;
   for (std::size_t i = 0; i < pack.symbols.size(); ++i) {
     const SymbolRow& symbol = pack.symbols[i];
@@ -124,12 +181,14 @@ void symbols(TextPage& page, const PackView& pack) {
   omitted_line(page, pack.symbols_omitted, "more symbol", "more symbols");
 }
 
-/// Column widths shared by proven and guessed callers, so that the two lists line up.
-Table caller_table(const std::vector<CallerRow>& callers, Piece mark) {
+/// Callers in the ink of what ties them to the symbol above.
+Table caller_table(const std::vector<CallerRow>& callers, std::string_view mark, Ink evidence) {
   Table table = {{{}, {false, Shrink::START}, {false, Shrink::MIDDLE}}, {}};
+  const std::size_t shared = shared_scope(callers.data(), callers.data() + callers.size());
   for (const CallerRow& caller : callers) {
-    table.rows.push_back(
-        {mark, {caller.fqn}, {caller.file + ":" + std::to_string(caller.call_line), Ink::DIM}});
+    table.rows.push_back({{std::string(mark), evidence},
+                          {caller.fqn.substr(shared), evidence},
+                          {caller.file + ":" + std::to_string(caller.call_line), Ink::DIM}});
   }
   return table;
 }
@@ -142,8 +201,7 @@ void called_line(TextPage& page, const std::string& fqn) {
 void callers(TextPage& page, const PackView& pack) {
   if (pack.callers.empty() && pack.callers_omitted <= 0) return;
   heading(page, "Callers", "each proven by a call edge");
-  const Table table =
-      caller_table(pack.callers, {std::string(page.mark("\u25cf", "*")), Ink::GREEN});
+  const Table table = caller_table(pack.callers, page.mark("\u25cf", "*"), Ink::GREEN);
   const auto widths = page.fitted_widths(table, 4);
   for (std::size_t i = 0; i < pack.callers.size(); ++i) {
     if (i == 0 || pack.callers[i].calls != pack.callers[i - 1].calls) {
@@ -157,7 +215,7 @@ void callers(TextPage& page, const PackView& pack) {
 void neighbours(TextPage& page, const PackView& pack) {
   if (pack.neighbours.empty() && pack.neighbours_omitted <= 0) return;
   heading(page, "Possible callers", "guessed: they may call another definition of the name");
-  const Table table = caller_table(pack.neighbours, {"?", Ink::YELLOW});
+  const Table table = caller_table(pack.neighbours, "?", Ink::YELLOW);
   const auto widths = page.fitted_widths(table, 6);
   for (std::size_t i = 0; i < pack.neighbours.size(); ++i) {
     const CallerRow& caller = pack.neighbours[i];
@@ -231,12 +289,10 @@ void left_out(TextPage& page, const PackView& pack, std::optional<std::int64_t> 
   }
 }
 
-void closing_words(TextPage& page, const PackView& pack) {
+/// What must be known before the rows are read.
+void remarks(TextPage& page, const PackView& pack) {
   if (pack.message) page.paragraph(with_option_names(*pack.message), Ink::PLAIN);
-  if (pack.warning) {
-    page.blank_line();
-    page.paragraph("warning: " + *pack.warning, Ink::YELLOW);
-  }
+  if (pack.warning) page.paragraph("warning: " + *pack.warning, Ink::YELLOW);
   if (pack.error) page.paragraph("error: " + *pack.error, Ink::RED);
 }
 
@@ -248,14 +304,14 @@ std::string render_text(const json::Mapping& pack, const ReportStyle& style) {
   comparison(page, view);
   totals(page, view);
   excluded(page, view);
+  remarks(page, view);
   files(page, view);
   symbols(page, view);
   callers(page, view);
   neighbours(page, view);
-  snippets(page, view);
   wiki_pages(page, view);
+  snippets(page, view);
   left_out(page, view, sufficient_budget(pack), style);
-  closing_words(page, view);
   return page.finish();
 }
 

@@ -87,6 +87,7 @@ void TextPage::flow(const std::vector<Pieces>& parts) {
   for (const Pieces& part : parts) {
     std::size_t part_width = 0;
     for (const Piece& piece : part) part_width += display_width(piece.text);
+    if (part_width == 0) continue;
     if (used > 0 && used + 3 + part_width > width_) {
       line(std::exchange(current, {}));
       used = 0;

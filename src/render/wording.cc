@@ -62,6 +62,11 @@ FileTotals file_totals(const PackView& pack) {
   return totals;
 }
 
+std::int64_t stale_pages(const PackView& pack) {
+  return std::count_if(pack.wiki_pages.begin(), pack.wiki_pages.end(),
+                       [](const WikiRow& row) { return row.stale; });
+}
+
 std::string omitted_rows(const PackView& pack) {
   const auto part = [](std::int64_t number, std::string_view one, std::string_view many) {
     return number > 0 ? counted(number, one, many) : std::string();

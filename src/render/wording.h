@@ -34,6 +34,9 @@ struct FileTotals {
 };
 FileTotals file_totals(const PackView& pack);
 
+/// How many of the wiki pages that a pack lists are stale.
+std::int64_t stale_pages(const PackView& pack);
+
 /// "3 files and 1 symbol": what the pack itself left out; empty when nothing.
 std::string omitted_rows(const PackView& pack);
 

@@ -55,7 +55,8 @@ class Host:
 
         self.server = http.server.ThreadingHTTPServer(("127.0.0.1", 0), Handler)
         self.address = f"http://127.0.0.1:{self.server.server_port}"
-        threading.Thread(target=self.server.serve_forever, daemon=True).start()
+        serve = {"poll_interval": 0.01}
+        threading.Thread(target=self.server.serve_forever, kwargs=serve, daemon=True).start()
 
     def act(self, method, path, query, content):
         if method == "GET" and path == "/repos/owner/project/issues/7/comments":
