@@ -6,6 +6,7 @@
 #include "cli/explain_files.h"
 #include "cli/interruption.h"
 #include "cli/output.h"
+#include "cli/pager.h"
 #include "cli/report.h"
 #include "cli/terminal.h"
 #include "services/delta.h"
@@ -39,6 +40,10 @@ std::string rendered(const json::Mapping& pack, const Settings& settings, std::i
 }
 
 void write(const Settings& settings, std::string_view text) {
+  if (wants_pager(settings, text)) {
+    const std::string command = pager_command(settings);
+    if (!command.empty() && show_in_pager(command, text)) return;
+  }
   const DeferredSignals signals;
   Output output(settings.output);
   output.write(text);

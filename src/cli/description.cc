@@ -37,6 +37,7 @@ std::span<const Described> environment_variables() {
       {"CONTEXT_DELTA_CONFIG", "the user's configuration file"},
       {"NO_COLOR", "when not empty: no colours unless --color=always"},
       {"CLICOLOR_FORCE", "when not 0: colours although no terminal reads them"},
+      {"PAGER", "shows what is longer than the screen, where no --pager is named; else less does"},
       {"COLUMNS", "width of the text, where the terminal does not tell"},
   };
   return VARIABLES;

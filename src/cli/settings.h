@@ -30,6 +30,8 @@ struct Settings {
   bool verbose = false;
   std::string output = "-";  ///< a file; "-" is standard output
   Colour colour = Colour::AUTO;
+  std::optional<std::string> pager;  ///< command of the shell; null: PAGER, else less
+  bool no_pager = false;
   const render::Format* format = render::formats().data();
   std::int64_t token_scale = 100;  ///< percent: what a token of the caller's model counts here
   bool explain_files = false;      ///< instead of the pack

@@ -55,6 +55,11 @@ std::size_t terminal_width() {
   return whole && width > 0 && width <= 1000 ? width : 80;
 }
 
+std::size_t terminal_height() {
+  winsize size{};
+  return ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_row > 0 ? size.ws_row : 24;
+}
+
 render::ReportStyle report_style(const Settings& settings) {
   return {.width = terminal_width(),
           .colour = shows_colour(settings),

@@ -12,6 +12,9 @@ bool errors_are_terminal();
 /// Columns of the terminal on standard output, else COLUMNS, else 80.
 std::size_t terminal_width();
 
+/// Lines of the terminal on standard output, 24 when it does not tell.
+std::size_t terminal_height();
+
 /// How a text is to look where it goes: colours as the settings and the environment (NO_COLOR,
 /// CLICOLOR_FORCE, TERM) say, on a terminal only unless they insist; characters beyond ASCII when
 /// the locale is a UTF-8 one.
