@@ -16,6 +16,10 @@ int run_index(const Settings& settings);
 /// mapping a line.
 int run_graph(const Settings& settings);
 
+/// Serves tools to a language model's host until its end of standard input closes or a signal
+/// comes; both are orderly ends.
+int run_serve(const Settings& settings);
+
 /// Writes the completions of the shell that the word names. Raises UsageError.
 int run_completion(const Settings& settings);
 

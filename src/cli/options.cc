@@ -62,10 +62,13 @@ constexpr CommandRow COMMANDS[] = {
      "what the branch changed since it left its base (the default)"},
     {"index", Command::INDEX, 'i', "", "bring the index up to date with the checked-out commit"},
     {"graph", Command::GRAPH, 'g', "", "every symbol and call edge of the index as lines of JSON"},
+    {"serve", Command::SERVE, 's', "",
+     "answer a language model's host over standard input and output"},
     {"completion", Command::COMPLETION, 'c', "bash|zsh|fish",
      "the completions of a shell, to be read by it at its start"},
     {"manual", Command::MANUAL, 'm', "", "this manual as a page for man"},
-    {"help", Command::HELP, 'h', "delta|index|graph|completion|manual", "the help of a command"},
+    {"help", Command::HELP, 'h', "delta|index|graph|serve|completion|manual",
+     "the help of a command"},
 };
 
 using Text = const std::string&;
@@ -82,7 +85,7 @@ const OptionRow OPTIONS[] = {
      [](Settings& settings, Text value) {
        settings.request.token_budget = number_between(value, 0, MOST_TOKENS, "a number of tokens");
      }},
-    {"", "--token-scale", "PERCENT", "d",
+    {"", "--token-scale", "PERCENT", "ds",
      "what your model counts for 100 tokens counted here; divides the budget (default: 100)",
      Completion::NOTHING, Preset::USER,
      [](Settings& settings, Text value) {
@@ -108,39 +111,43 @@ const OptionRow OPTIONS[] = {
     {"-o", "--output", "FILE", "dg", "write the answer to FILE, whole or not at all; - is stdout",
      Completion::FILE, Preset::NOBODY,
      [](Settings& settings, Text value) { settings.output = not_empty(value); }},
-    {"-C", "", "DIR", "dig", "look at the repository in DIR (default: the current folder)",
+    {"", "--root", "DIR", "s",
+     "a folder that tools may look into; may be repeated (default: this repository)",
+     Completion::FOLDER, Preset::NOBODY,
+     [](Settings& settings, Text value) { settings.roots.push_back(not_empty(value)); }},
+    {"-C", "", "DIR", "digs", "look at the repository in DIR (default: the current folder)",
      Completion::FOLDER, Preset::NOBODY,
      [](Settings& settings, Text value) { settings.directory = not_empty(value); }},
     {"", "--index", "FILE", "dig", "keep the index in FILE (default: in the git directory)",
      Completion::FILE, Preset::ENVIRONMENT,
      [](Settings& settings, Text value) { settings.index = not_empty(value); }},
-    {"-j", "--jobs", "N", "dig", "parse with N threads (default: 0, one per processor)",
+    {"-j", "--jobs", "N", "digs", "parse with N threads (default: 0, one per processor)",
      Completion::NOTHING, Preset::USER,
      [](Settings& settings, Text value) {
        settings.jobs = static_cast<unsigned>(number_between(value, 0, 1024, "a number"));
      }},
-    {"", "--color", "auto|always|never", "dig", "colours: on a terminal, always or never",
+    {"", "--color", "auto|always|never", "digs", "colours: on a terminal, always or never",
      Completion::CHOICES, Preset::USER, set_colour},
     {"", "--pager", "COMMAND", "d", "show what is longer than the screen with it (default: $PAGER)",
      Completion::NOTHING, Preset::USER,
      [](Settings& settings, Text value) { settings.pager = value; }},
     {"", "--no-pager", "", "d", "never start a pager", Completion::NOTHING, Preset::NOBODY,
      [](Settings& settings, Text) { settings.no_pager = true; }},
-    {"-q", "--quiet", "", "dig", "no progress and no remarks on standard error",
+    {"-q", "--quiet", "", "digs", "no progress and no remarks on standard error",
      Completion::NOTHING, Preset::NOBODY, [](Settings& settings, Text) { settings.quiet = true; }},
-    {"-v", "--verbose", "", "dig", "say on standard error what was done", Completion::NOTHING,
+    {"-v", "--verbose", "", "digs", "say on standard error what was done", Completion::NOTHING,
      Preset::NOBODY, [](Settings& settings, Text) { settings.verbose = true; }},
-    {"", "--no-config", "", "dig",
+    {"", "--no-config", "", "digs",
      "read no configuration file and no variable that presets options", Completion::NOTHING,
      Preset::NOBODY, [](Settings& settings, Text) { settings.configuration = false; }},
-    {"-h", "", "", "digcmh", "a short help", Completion::NOTHING, Preset::NOBODY,
+    {"-h", "", "", "digscmh", "a short help", Completion::NOTHING, Preset::NOBODY,
      [](Settings& settings, Text) {
        if (settings.question == Question::NONE) settings.question = Question::SHORT_HELP;
      }},
-    {"", "--help", "", "digcmh", "the whole help", Completion::NOTHING, Preset::NOBODY,
+    {"", "--help", "", "digscmh", "the whole help", Completion::NOTHING, Preset::NOBODY,
      [](Settings& settings, Text) { settings.question = Question::HELP; }},
-    {"", "--version", "", "digcmh", "the version, on one line", Completion::NOTHING, Preset::NOBODY,
-     [](Settings& settings, Text) { settings.question = Question::VERSION; }},
+    {"", "--version", "", "digscmh", "the version, on one line", Completion::NOTHING,
+     Preset::NOBODY, [](Settings& settings, Text) { settings.question = Question::VERSION; }},
 };
 
 }  // namespace

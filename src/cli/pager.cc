@@ -49,7 +49,7 @@ class KeyboardIsPagers {
 
  private:
   static constexpr int SIGNALS[2] = {SIGINT, SIGQUIT};
-  struct sigaction before_[2] {};
+  struct sigaction before_[2]{};
 };
 
 /// The environment of the pager: ours, and how `less` shows colours, ends on a short text and
@@ -104,9 +104,7 @@ std::string pager_command(const Settings& settings) {
   std::string command = settings.pager.value_or("");
   if (!settings.pager) {
     const char* variable = std::getenv("PAGER");
-    command = variable != nullptr                ? variable
-              : subprocess::find_program("less") ? "less"
-                                                 : "";
+    command = variable != nullptr ? variable : subprocess::find_program("less") ? "less" : "";
   }
   return command == "cat" || command.find_first_not_of(' ') == command.npos ? "" : command;
 }

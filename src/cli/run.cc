@@ -34,6 +34,8 @@ int run_command(const Settings& settings) {
       return run_index(settings);
     case Command::GRAPH:
       return run_graph(settings);
+    case Command::SERVE:
+      return run_serve(settings);
     case Command::COMPLETION:
       return run_completion(settings);
     case Command::MANUAL:

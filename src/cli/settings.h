@@ -11,7 +11,7 @@
 
 namespace context_delta::cli {
 
-enum class Command : unsigned char { DELTA, INDEX, GRAPH, COMPLETION, MANUAL, HELP };
+enum class Command : unsigned char { DELTA, INDEX, GRAPH, SERVE, COMPLETION, MANUAL, HELP };
 enum class Colour : unsigned char { AUTO, ALWAYS, NEVER };
 /// What is asked for instead of running the command.
 enum class Question : unsigned char { NONE, SHORT_HELP, HELP, VERSION };
@@ -35,6 +35,7 @@ struct Settings {
   const render::Format* format = render::formats().data();
   std::int64_t token_scale = 100;  ///< percent: what a token of the caller's model counts here
   bool explain_files = false;      ///< instead of the pack
+  std::vector<std::filesystem::path> roots;  ///< of the tool server; none: the repository here
   services::DeltaRequest request;
   std::vector<std::string> remarks;   ///< where presets came from, a line each
   std::vector<std::string> warnings;  ///< what a project's file got wrong, a line each
