@@ -47,7 +47,6 @@ struct OptionRow {
   /// Puts the value into the settings; a switch has "true", or "false" when it can be turned off.
   /// Raises UsageError, worded to follow the option's name.
   void (*apply)(Settings& settings, const std::string& value);
-  bool repeats = false;  ///< every value counts, not only the last
 };
 
 std::span<const CommandRow> commands();

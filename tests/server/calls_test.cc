@@ -1,9 +1,9 @@
 #include <filesystem>
 #include <fstream>
 #include <set>
-#include <unistd.h>
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include "server/session.h"
 #include "storage/repository.h"
@@ -99,7 +99,8 @@ TEST_F(Calls, KnowTheirOwnTools) {
   session.send(R"({"jsonrpc":"2.0","id":1,"method":"tools/call","params":{"name":"contxet"}})");
   const Json error = session.answer()["error"];
   EXPECT_EQ(error["code"], -32602);
-  EXPECT_EQ(error["message"], "unknown tool 'contxet'; did you mean context? (tools/list lists them)");
+  EXPECT_EQ(error["message"],
+            "unknown tool 'contxet'; did you mean context? (tools/list lists them)");
   session.call(2, Json::object(), {{"_meta", {{"progressToken", 1.5}}}});
   EXPECT_EQ(session.answer()["error"]["code"], -32602);
   session.call(3, "delta");
@@ -152,9 +153,8 @@ TEST_F(Calls, ThatAreCancelledSayNothingAndMakeRoom) {
     EXPECT_EQ(refused["error"]["message"],
               "64 calls are under way: wait for one of them to be answered");
     for (int i = 0; i < 64; ++i) {
-      both.send(Json{{"jsonrpc", "2.0"},
-                     {"method", "notifications/cancelled"},
-                     {"params", {{"requestId", i}}}}
+      both.send(Json{
+          {"jsonrpc", "2.0"}, {"method", "notifications/cancelled"}, {"params", {{"requestId", i}}}}
                     .dump());
     }
     both.call("other", {{"repo_root", other.git.root().string()}});
@@ -236,8 +236,8 @@ TEST_F(Calls, StayBelowWhatHostsTake) {
   reviewed.git.commit_files("after", after);
   reviewed.git.git({"checkout", "-q", "-f", "after"});
   for (const auto& [budget, most] : {std::pair(4000, 5000), std::pair(20000, 25000)}) {
-    const Json answer = called(
-        {{"base_branch", "before"}, {"token_budget", budget}, {"include_snippets", true}});
+    const Json answer =
+        called({{"base_branch", "before"}, {"token_budget", budget}, {"include_snippets", true}});
     const std::int64_t tokens = context_builder::estimate_tokens(text_of(answer));
     EXPECT_GT(tokens, budget / 2);
     EXPECT_LT(tokens, most);

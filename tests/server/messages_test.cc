@@ -87,12 +87,9 @@ TEST_F(FirstMessages, AreAnsweredOrRefusedAndNeverTheEnd) {
 }
 
 TEST_F(FirstMessages, SettleOnARevision) {
-  const std::vector<std::pair<std::string, std::string>> cases = {{"2024-11-05", "2024-11-05"},
-                                                                  {"2025-03-26", "2025-03-26"},
-                                                                  {"2025-06-18", "2025-06-18"},
-                                                                  {"2025-11-25", "2025-11-25"},
-                                                                  {"2026-07-28", "2025-11-25"},
-                                                                  {"1999-01-01", "2025-11-25"}};
+  const std::vector<std::pair<std::string, std::string>> cases = {
+      {"2024-11-05", "2024-11-05"}, {"2025-03-26", "2025-03-26"}, {"2025-06-18", "2025-06-18"},
+      {"2025-11-25", "2025-11-25"}, {"2026-07-28", "2025-11-25"}, {"1999-01-01", "2025-11-25"}};
   for (const auto& [asked, settled] : cases) {
     const Json result = session.open(asked)["result"];
     EXPECT_EQ(result["protocolVersion"], settled);

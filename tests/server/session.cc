@@ -28,13 +28,14 @@ Session::Session(std::vector<std::filesystem::path> roots) {
   auto out = make_pipe();
   to_server_ = std::move(in[1]);
   from_server_ = std::move(out[0]);
-  thread_ = std::thread([roots = std::move(roots), in = std::move(in[0]), out = std::move(out[1])]() {
-    server::Options options;
-    options.roots = roots;
-    options.jobs = 2;
-    options.version = "1.2.3";
-    server::serve(options, {in.get(), out.get(), -1});
-  });
+  thread_ =
+      std::thread([roots = std::move(roots), in = std::move(in[0]), out = std::move(out[1])]() {
+        server::Options options;
+        options.roots = roots;
+        options.jobs = 2;
+        options.version = "1.2.3";
+        server::serve(options, {in.get(), out.get(), -1});
+      });
 }
 
 Session::~Session() {
