@@ -80,6 +80,10 @@ std::string command_spec() {
   for (const CommandRow& row : commands()) {
     std::string help;
     for (const char letter : row.help) {
+      if (letter == '\'') {
+        help += "\\'\\''";
+        continue;
+      }
       if (letter == ' ' || letter == '(' || letter == ')' || letter == ':') help += '\\';
       help += letter;
     }
