@@ -22,7 +22,7 @@ bool LineReader::read() {
     count = ::read(descriptor_, buffer_.data() + before, READ_BYTES);
   } while (count < 0 && errno == EINTR);
   buffer_.resize(before + (count > 0 ? static_cast<std::size_t>(count) : 0));
-  ended_ = count <= 0;
+  ended_ = count == 0 || (count < 0 && errno != EAGAIN);
   return !ended_;
 }
 

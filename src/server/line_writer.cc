@@ -1,5 +1,6 @@
 #include "server/line_writer.h"
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <climits>
@@ -11,9 +12,18 @@
 #include <unistd.h>
 
 namespace context_delta::server {
+namespace {
 
-LineWriter::LineWriter(int descriptor, int stop)
-    : descriptor_(descriptor), stop_(stop), broken_event_(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {}
+/// For a reader that has nothing more to say.
+constexpr int LAST_MILLISECONDS = 1000;
+
+}  // namespace
+
+LineWriter::LineWriter(int descriptor, int stop, int in)
+    : descriptor_(descriptor),
+      stop_(stop),
+      in_(in),
+      broken_event_(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {}
 
 void LineWriter::write(std::string_view line) {
   const std::lock_guard lock(mutex_);
@@ -39,14 +49,16 @@ bool LineWriter::put(std::string_view text) {
 }
 
 bool LineWriter::wait_for_room() {
+  bool is_ending = false;
   while (true) {
-    std::array<pollfd, 2> waiting = {{{descriptor_, POLLOUT, 0}, {stop_, POLLIN, 0}}};
-    if (poll(waiting.data(), waiting.size(), -1) < 0) {
-      if (errno == EINTR) continue;
-      return false;
-    }
+    std::array<pollfd, 3> waiting = {
+        {{descriptor_, POLLOUT, 0}, {stop_, POLLIN, 0}, {is_ending ? -1 : in_, POLLRDHUP, 0}}};
+    const int ready = poll(waiting.data(), waiting.size(), is_ending ? LAST_MILLISECONDS : -1);
+    if (ready < 0 && errno == EINTR) continue;
+    if (ready <= 0) return false;
     if (waiting[0].revents != 0) return (waiting[0].revents & POLLOUT) != 0;
     if (waiting[1].revents != 0) return false;
+    is_ending = true;
   }
 }
 

@@ -10,9 +10,9 @@ namespace context_delta::server {
 /// Writes whole lines to a descriptor, from several threads.
 class LineWriter {
  public:
-  /// Once `stop` (a descriptor; negative for none) can be read, what the reader does not take at
-  /// once is not waited for.
-  LineWriter(int descriptor, int stop);
+  /// Once `stop` can be read, what the reader does not take at once is not waited for; once the
+  /// other end of `in` is closed, no longer than a second. Negative descriptors never are.
+  LineWriter(int descriptor, int stop, int in);
 
   /// Writes the text and a line feed. After the reader has closed its end, or a line could not be
   /// finished, nothing is written any more.
@@ -28,6 +28,7 @@ class LineWriter {
 
   int descriptor_;
   int stop_;
+  int in_;
   subprocess::FileDescriptor broken_event_;
   std::mutex mutex_;
   bool is_broken_ = false;

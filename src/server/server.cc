@@ -38,7 +38,7 @@ class Server {
         surroundings_{Roots(options.roots), options.jobs, options.token_scale},
         introduction_{options.version, instructions(surroundings_.roots)},
         reader_(streams.in, MOST_LINE_BYTES),
-        writer_(streams.out, streams.stop),
+        writer_(streams.out, streams.stop, streams.in),
         calls_(writer_) {}
 
   void run() {

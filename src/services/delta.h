@@ -12,10 +12,12 @@
 /// The delta context pack of a real repository: the component over native services.
 namespace context_delta::services {
 
+inline constexpr std::int64_t DEFAULT_TOKEN_BUDGET = 4000;
+
 struct DeltaRequest {
   std::optional<std::string> base_branch;    ///< null: the repository's default branch
   std::optional<std::string> target_branch;  ///< null: what is checked out
-  std::int64_t token_budget = 4000;
+  std::int64_t token_budget = DEFAULT_TOKEN_BUDGET;
   bool include_call_graph = true;
   bool include_snippets = false;
   bool source_only = true;

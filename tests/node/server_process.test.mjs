@@ -51,6 +51,15 @@ for (const [name, end] of Object.entries(ENDS)) {
   });
 }
 
+test('ends in good order when SIGTERM comes and nobody reads', async () => {
+  const server = spawn(PROGRAM, ['serve', '-C', root], { stdio: ['pipe', 'pipe', 'inherit'] });
+  server.stdout.pause();
+  const list = JSON.stringify({ jsonrpc: '2.0', id: 1, method: 'tools/list', params: { _meta: META } });
+  await new Promise((done) => server.stdin.write(`${list}\n`.repeat(200), done));
+  server.kill('SIGTERM');
+  assert.deepEqual(await once(server, 'exit'), [0, null]);
+});
+
 test('leaves a whole index when it is killed', async () => {
   const server = await indexing();
   server.kill('SIGKILL');

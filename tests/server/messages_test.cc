@@ -154,6 +154,12 @@ TEST_F(FirstMessages, MayBeLong) {
   EXPECT_EQ(session.answer()["id"], 3);
 }
 
+TEST_F(FirstMessages, MayBeTheLastThingThatAClientTakesCareOf) {
+  session.open();
+  for (int i = 0; i < 200; ++i) session.send(R"({"jsonrpc":"2.0","id":1,"method":"tools/list"})");
+  session.abandon();  // much more than a pipe holds is not read
+}
+
 /// Whatever comes, every line out is a message and the server answers the next request.
 TEST(AnyBytes, LeadToMessagesOnly) {
   const TemporaryFolder folder;

@@ -104,6 +104,11 @@ std::vector<Json> Session::finish() {
   return rest;
 }
 
+void Session::abandon() {
+  to_server_.close();
+  thread_.join();
+}
+
 Json Session::open(std::string_view revision) {
   send(R"({"jsonrpc":"2.0","id":"open","method":"initialize","params":{"protocolVersion":")" +
        std::string(revision) +

@@ -37,6 +37,9 @@ class Session {
   /// Ends the input and returns what still came. Throws when the server does not end.
   std::vector<Json> finish();
 
+  /// Ends the input and reads nothing more. Returns when the server has ended.
+  void abandon();
+
   /// The handshake of a revision.
   Json open(std::string_view revision = "2025-11-25");
 
