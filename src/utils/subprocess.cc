@@ -27,7 +27,7 @@ constexpr std::size_t READ_BYTES = 256 * 1024;
 constexpr int PIPE_BYTES = 1024 * 1024;
 
 /// How long a call of poll() lasts at most while a flag must be looked at.
-constexpr std::int64_t MOST_UNSEEN_MILLISECONDS = 20;
+constexpr std::int64_t MOST_UNSEEN_MILLISECONDS = 10;
 
 [[noreturn]] void fail(std::string_view program, std::string_view what, int error) {
   throw SubprocessError(std::string(program) + ": " + std::string(what) + ": " +
