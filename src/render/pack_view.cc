@@ -119,6 +119,8 @@ std::int64_t text_length(const json::List& rows) {
   return length;
 }
 
+constexpr double MOST_TOKENS = 1e9;  // that a suggestion names
+
 /// Length of a section's JSON text were all its rows shown.
 double whole_length(const json::List& rows, std::int64_t omitted, double usual_row) {
   const auto shown = static_cast<double>(rows.size());
@@ -127,6 +129,7 @@ double whole_length(const json::List& rows, std::int64_t omitted, double usual_r
 }
 
 std::int64_t rounded_up(double tokens) {
+  tokens = std::clamp(tokens, 0.0, MOST_TOKENS);
   const std::int64_t step = tokens < 10'000 ? 500 : 5'000;
   return (static_cast<std::int64_t>(tokens) / step + 1) * step;
 }
@@ -164,7 +167,8 @@ std::optional<std::int64_t> sufficient_budget(const json::Mapping& pack) {
   const std::int64_t omitted_symbols = row.integer("symbols_omitted");
   const std::int64_t omitted_callers = row.integer("callers_omitted");
   const std::int64_t omitted_neighbours = row.integer("neighbours_omitted");
-  if (omitted_files + omitted_symbols + omitted_callers + omitted_neighbours <= 0) return {};
+  if (std::max({omitted_files, omitted_symbols, omitted_callers, omitted_neighbours}) <= 0)
+    return {};
 
   const std::int64_t pages = text_length(row.list("wiki_pages"));
   const std::int64_t snippets = text_length(row.list("snippets"));

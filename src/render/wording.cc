@@ -1,6 +1,7 @@
 #include "render/wording.h"
 
 #include <algorithm>
+#include <limits>
 
 namespace context_delta::render {
 namespace {
@@ -19,6 +20,10 @@ std::string renaming(const std::string& old, const std::string& path, std::strin
                              path.substr(front, path.size() - front - back);
   if (front == 0 && back == 0) return change;
   return path.substr(0, front) + "{" + change + "}" + path.substr(path.size() - back);
+}
+
+void add(std::int64_t& sum, std::int64_t number) {
+  if (__builtin_add_overflow(sum, number, &sum)) sum = std::numeric_limits<std::int64_t>::max();
 }
 
 }  // namespace
@@ -55,9 +60,9 @@ std::string doubt(const CallerRow& caller) {
 FileTotals file_totals(const PackView& pack) {
   FileTotals totals;
   for (const FileRow& file : pack.files) {
-    totals.additions += file.additions;
-    totals.deletions += file.deletions;
-    totals.references += file.references;
+    add(totals.additions, file.additions);
+    add(totals.deletions, file.deletions);
+    add(totals.references, file.references);
   }
   return totals;
 }

@@ -26,7 +26,7 @@ std::string file_name(const FileRow& file, std::string_view arrow);
 /// Why a caller is only guessed; empty when the pack does not say.
 std::string doubt(const CallerRow& caller);
 
-/// Sums over the files that a pack lists.
+/// Sums over the files that a pack lists, as far as numbers go.
 struct FileTotals {
   std::int64_t additions = 0;
   std::int64_t deletions = 0;
