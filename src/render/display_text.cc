@@ -29,13 +29,30 @@ Character first_character(std::string_view text) {
 
 bool is_control(char32_t code) { return code < 0x20 || (code >= 0x7F && code < 0xA0); }
 
-/// Format characters without a shape of their own. The joiners and variation selectors, which
-/// scripts and emoji need, are not among them.
+/// Format characters without a shape of their own, and noncharacters. The joiners and variation
+/// selectors, which scripts and emoji need, are not among them.
 bool is_invisible(char32_t code) {
   return code == 0xAD || code == 0x61C || code == 0x180E || code == 0x200B || code == 0x200E ||
          code == 0x200F || (code >= 0x2028 && code <= 0x202E) ||
          (code >= 0x2060 && code <= 0x206F) || code == 0xFEFF ||
-         (code >= 0xFFF9 && code <= 0xFFFB) || (code >= 0xE0000 && code <= 0xE007F);
+         (code >= 0xFFF9 && code <= 0xFFFB) || (code >= 0xE0000 && code <= 0xE007F) ||
+         (code & 0xFFFE) == 0xFFFE || (code >= 0xFDD0 && code <= 0xFDEF);
+}
+
+bool is_odd(const Character& character) {
+  return !character.valid || is_control(character.code) || character.code >= 0x10FF00 ||
+         is_invisible(character.code);
+}
+
+/// Bytes at the start of `text` whose characters are all odd, or all not.
+std::size_t run_length(std::string_view text, bool odd) {
+  std::size_t length = 0;
+  while (length < text.size()) {
+    const Character character = first_character(text.substr(length));
+    if (is_odd(character) != odd) break;
+    length += character.bytes.size();
+  }
+  return length;
 }
 
 std::string hexadecimal(char32_t number) {
@@ -90,6 +107,10 @@ std::string_view suffix(std::string_view text, std::size_t columns) {
 }
 
 }  // namespace
+
+std::size_t plain_prefix(std::string_view text) { return run_length(text, false); }
+
+std::size_t odd_prefix(std::string_view text) { return run_length(text, true); }
 
 std::string plain_text(std::string_view text) {
   std::string result;

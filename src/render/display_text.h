@@ -10,8 +10,13 @@ namespace context_delta::render {
 
 /// `text` with everything that could steer a terminal or hide from the eye written out: control
 /// characters and bytes of file names that are not UTF-8 (U+10FFNN) as `\xNN`, invisible and
-/// bidirectional format characters as `\u{NNNN}`. Line feeds and tabs are controls too.
+/// bidirectional format characters and noncharacters as `\u{NNNN}`. Line feeds and tabs are
+/// controls too.
 std::string plain_text(std::string_view text);
+
+/// Bytes at the start of `text` that plain_text() leaves as they are, and bytes that it changes.
+std::size_t plain_prefix(std::string_view text);
+std::size_t odd_prefix(std::string_view text);
 
 /// Like plain_text(), with tabs brought to the next multiple of four columns.
 std::string plain_line(std::string_view line);
