@@ -2,6 +2,7 @@
 
 #include <array>
 
+#include "render/html.h"
 #include "render/json_line.h"
 #include "render/markdown.h"
 #include "render/text.h"
@@ -13,6 +14,7 @@ std::string json(const json::Mapping& pack, const ReportStyle&) { return render_
 
 constexpr std::array FORMATS = {
     Format{"text", "for a person at a terminal", false, render_text},
+    Format{"html", "a page for a browser", false, render_html},
     Format{"json", "for a program, on one line", true, json},
     Format{"markdown", "for a pull-request comment", false, render_markdown},
 };

@@ -1,0 +1,25 @@
+# context_delta_embed_style(SHEET TEMPLATE OUTPUT): a C++ source that holds a style sheet and its
+# hash, with which the page's content security policy allows this sheet and no other.
+function(context_delta_embed_style sheet template output)
+  set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${sheet})
+  file(READ ${sheet} STYLE)
+  file(SHA256 ${sheet} digest)
+  context_delta_base64_of_sha256(${digest} STYLE_HASH)
+  configure_file(${template} ${output} @ONLY)
+endfunction()
+
+# 64 hexadecimal digits as base64: three digits at a time make two characters.
+function(context_delta_base64_of_sha256 digest result)
+  set(alphabet ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/)
+  set(text "")
+  foreach(position RANGE 0 63 3)
+    string(SUBSTRING "${digest}00" ${position} 3 digits)
+    math(EXPR high "0x${digits} >> 6")
+    math(EXPR low "0x${digits} & 63")
+    string(SUBSTRING ${alphabet} ${high} 1 first)
+    string(SUBSTRING ${alphabet} ${low} 1 second)
+    string(APPEND text ${first}${second})
+  endforeach()
+  string(SUBSTRING ${text} 0 43 text)
+  set(${result} "${text}=" PARENT_SCOPE)
+endfunction()
