@@ -7,13 +7,14 @@
 #include <string_view>
 #include <vector>
 
-#include "indexer/language.h"
 #include "storage/repository.h"
 #include "utils/cancellation.h"
 #include "utils/git_utils.h"
 
 /// Brings an index to a commit.
 namespace context_delta::indexer {
+
+struct Language;
 
 using context_delta::Cancelled;
 
