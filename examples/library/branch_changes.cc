@@ -1,0 +1,46 @@
+// Prints what the checked-out branch of a repository changed since it left BASE, as JSON.
+//
+//   branch_changes REPOSITORY [BASE]
+
+#include <exception>
+#include <iostream>
+#include <string>
+
+#include <context_delta/services/current_index.h>
+#include <context_delta/services/delta.h>
+
+namespace {
+
+namespace git_utils = context_delta::git_utils;
+namespace indexer = context_delta::indexer;
+namespace services = context_delta::services;
+namespace storage = context_delta::storage;
+
+/// The index of what is checked out, in the file that the command line uses too.
+services::CurrentIndex index_of(const git_utils::Git& git) {
+  return services::current_index(git, storage::default_index_path(git.common_directory()),
+                                 [&](storage::Repository& repository, const std::string& commit) {
+                                   return indexer::update(repository, git, commit);
+                                 });
+}
+
+}  // namespace
+
+int main(int count, char** arguments) {
+  if (count < 2 || count > 3) {
+    std::cerr << "usage: branch_changes REPOSITORY [BASE]\n";
+    return 2;
+  }
+  try {
+    const git_utils::Git git(arguments[1]);
+    services::DeltaRequest request;
+    if (count == 3) request.base_branch = arguments[2];
+    const services::CurrentIndex index = index_of(git);
+    const auto pack = services::delta_pack(git, *index.repository, request);
+    std::cout << context_delta::json::json_text(pack) << '\n';
+    return pack.find("error") == nullptr ? 0 : 3;
+  } catch (const std::exception& error) {
+    std::cerr << error.what() << '\n';
+    return 1;
+  }
+}
