@@ -16,6 +16,8 @@ set_target_properties(tree_sitter PROPERTIES C_STANDARD 11 EXPORT_COMPILE_COMMAN
 # context_delta_grammar(NAME FOLDER): the grammar in node_modules/FOLDER as target tree_sitter_NAME.
 function(context_delta_grammar name folder)
   set(source ${node_modules}/${folder}/src)
+  string(REGEX REPLACE "/.*" "" package ${folder})
+  set_property(GLOBAL APPEND PROPERTY context_delta_grammar_packages ${package})
   set(files ${source}/parser.c)
   if(EXISTS ${source}/scanner.c)
     list(APPEND files ${source}/scanner.c)
