@@ -53,9 +53,9 @@ for (const [name, end] of Object.entries(ENDS)) {
 
 test('ends in good order when SIGTERM comes and nobody reads', async () => {
   const server = spawn(PROGRAM, ['serve', '-C', root], { stdio: ['pipe', 'pipe', 'inherit'] });
-  server.stdout.pause();
   const list = JSON.stringify({ jsonrpc: '2.0', id: 1, method: 'tools/list', params: { _meta: META } });
   await new Promise((done) => server.stdin.write(`${list}\n`.repeat(200), done));
+  await once(server.stdout, 'readable');  // it has started; nothing is taken from what is there
   server.kill('SIGTERM');
   assert.deepEqual(await once(server, 'exit'), [0, null]);
 });
