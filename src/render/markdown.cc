@@ -211,7 +211,7 @@ Section wiki_pages(const PackView& pack) {
     section.rows.push_back("- " + (page.stale ? bold("stale") : std::string("current")) + ": " +
                            (page.title.empty() ? "" : sentence(page.title) + ", ") +
                            name(page.page) +
-                           (page.reason.empty() ? "" : ": " + sentence(page.reason)) + "\n");
+                           (verdict(page).empty() ? "" : ": " + sentence(verdict(page))) + "\n");
   }
   return section;
 }

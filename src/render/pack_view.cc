@@ -110,7 +110,9 @@ WikiRow wiki_row(const Row& row) {
           .title = row.text("title"),
           .sources = row.texts("sources"),
           .stale = row.truth("stale"),
-          .reason = row.text("reason")};
+          .reason = row.text("reason"),
+          .stale_source = row.text("stale_source"),
+          .changed_in = row.text("changed_in")};
 }
 
 std::int64_t text_length(const json::List& rows) {

@@ -56,6 +56,8 @@ struct WikiRow {
   std::vector<std::string> sources;
   bool stale = false;
   std::string reason;
+  std::string stale_source;  ///< the source that changed last; empty when none made it stale
+  std::string changed_in;    ///< the commit of that change, like stale_source
 };
 
 struct PackView {

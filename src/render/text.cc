@@ -265,7 +265,7 @@ void wiki_pages(TextPage& page, const PackView& pack) {
                row.stale ? Piece{"stale   ", Ink::YELLOW} : Piece{"current ", Ink::GREEN},
                {shortened_end(row.title.empty() ? row.page : row.title, page.width() - 10,
                               page.mark("\u2026", "..."))}});
-    page.paragraph(row.page + (row.reason.empty() ? "" : ": " + row.reason), Ink::DIM, 10);
+    page.paragraph(row.page + (verdict(row).empty() ? "" : ": " + verdict(row)), Ink::DIM, 10);
   }
 }
 

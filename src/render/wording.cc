@@ -67,6 +67,11 @@ FileTotals file_totals(const PackView& pack) {
   return totals;
 }
 
+std::string verdict(const WikiRow& page) {
+  if (page.changed_in.empty()) return page.reason;
+  return page.reason + (page.reason.empty() ? "in " : ", in ") + page.changed_in;
+}
+
 std::int64_t stale_pages(const PackView& pack) {
   return std::count_if(pack.wiki_pages.begin(), pack.wiki_pages.end(),
                        [](const WikiRow& row) { return row.stale; });

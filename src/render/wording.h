@@ -34,6 +34,9 @@ struct FileTotals {
 };
 FileTotals file_totals(const PackView& pack);
 
+/// Why a wiki page is stale or not, with the commit of the newest change.
+std::string verdict(const WikiRow& page);
+
 /// How many of the wiki pages that a pack lists are stale.
 std::int64_t stale_pages(const PackView& pack);
 

@@ -140,11 +140,16 @@ std::optional<FrontMatter> read_front_matter(std::string_view page) {
   return reader.result();
 }
 
-std::string first_heading(std::string_view page) {
+std::string_view page_body(std::string_view page) {
   if (const std::optional<std::string_view> block = front_block(page)) {
     page.remove_prefix(static_cast<std::size_t>(block->data() - page.data()) + block->size());
     take_line(page);
   }
+  return page;
+}
+
+std::string first_heading(std::string_view page) {
+  page = page_body(page);
   bool fenced = false;
   while (!page.empty()) {
     const std::string_view line = trimmed(take_line(page));

@@ -19,6 +19,9 @@ struct FrontMatter {
 /// levels, with anchors or aliases, or with more than 1,000 sources.
 std::optional<FrontMatter> read_front_matter(std::string_view page);
 
+/// The page without its front matter.
+std::string_view page_body(std::string_view page);
+
 /// The text of a page's first heading (`# ...` outside fenced code); empty when it has none.
 std::string first_heading(std::string_view page);
 

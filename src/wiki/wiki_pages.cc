@@ -8,6 +8,7 @@
 
 #include "utils/utf8.h"
 #include "wiki/front_matter.h"
+#include "wiki/page_links.h"
 #include "wiki/source_pattern.h"
 #include "wiki/wiki_lens.h"
 
@@ -83,25 +84,44 @@ std::string title_of(const FrontMatter& front_matter, std::string_view text,
   return title.substr(0, end) + "\u2026";
 }
 
+/// The path of `folder` in the work tree below `root`, empty for `root` itself; null outside.
+std::optional<std::string> path_below(const std::filesystem::path& root,
+                                      const std::filesystem::path& folder) {
+  std::error_code error;
+  const std::filesystem::path place = std::filesystem::canonical(folder, error);
+  if (error || root.empty()) return std::nullopt;
+  const std::string relative = place.lexically_relative(root).native();
+  if (relative == ".") return "";
+  if (relative.empty() || relative == ".." || relative.starts_with("../")) return std::nullopt;
+  return utf8::path_text(relative);
+}
+
+void add(Page& page, std::string source) {
+  const auto& known = page.sources;
+  if (source.empty() || std::find(known.begin(), known.end(), source) != known.end()) return;
+  page.sources.push_back(std::move(source));
+}
+
 }  // namespace
 
-std::vector<Page> read_pages(const std::filesystem::path& folder, CancelFlag cancelled) {
+std::vector<Page> read_pages(const std::filesystem::path& folder, const RepositorySite& site,
+                             CancelFlag cancelled) {
   std::vector<Page> pages;
+  const std::optional<std::string> below = path_below(site.root, folder);
   for (const std::string& name : page_names(folder, cancelled)) {
     check_cancelled(cancelled);
     const std::string text = read_beginning(folder / name);
-    const std::optional<FrontMatter> front_matter = read_front_matter(text);
-    if (!front_matter) continue;
+    const std::optional<FrontMatter> written = read_front_matter(text);
+    const FrontMatter front_matter = written.value_or(FrontMatter());
     Page page{.path = utf8::path_text(name),
-              .title = title_of(*front_matter, text, name),
+              .title = title_of(front_matter, text, name),
               .sources = {},
-              .commit = front_matter->commit};
-    for (const std::string& written : front_matter->sources) {
-      std::string source = normal_source(written);
-      const auto& known = page.sources;
-      if (source.empty() || std::find(known.begin(), known.end(), source) != known.end()) continue;
-      page.sources.push_back(std::move(source));
-    }
+              .commit = front_matter.commit,
+              .file = {}};
+    if (below) page.file = below->empty() ? page.path : *below + "/" + page.path;
+    for (const std::string& source : front_matter.sources) add(page, normal_source(source));
+    const PageSite place{page.file, below.value_or(""), site.configuration};
+    for (std::string& source : linked_paths(page_body(text), place)) add(page, std::move(source));
     if (!page.sources.empty()) pages.push_back(std::move(page));
   }
   return pages;

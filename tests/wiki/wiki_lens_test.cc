@@ -85,7 +85,10 @@ TEST_F(Wiki, DescribesThePagesThatCiteChangedFiles) {
             "[{\"page\": \"guide/a.md\", \"title\": \"All of A\", \"sources\": [\"src/a.py\"], "
             "\"stale\": true, \"reason\": \"written at " +
                 first_.substr(0, 7) +
-                ", src/a.py changed since\"}, "
+                ", src/a.py changed since\", \"stale_source\": \"src/a.py\", "
+                "\"changed_in\": \"" +
+                second_.substr(0, 12) +
+                "\"}, "
                 "{\"page\": \"z.md\", \"title\": \"About z.md\", \"sources\": [\"src/sub\"], "
                 "\"stale\": false, \"reason\": \"written at " +
                 second_.substr(0, 7) + ", no source changed since\"}]");
@@ -112,7 +115,7 @@ TEST_F(Wiki, TellsStalePagesFromCurrentOnes) {
       (Lines{"any_source.md stale written at " + one + ", src/a.py changed since",
              "deleted.md stale written at " + one + ", lib/c.py deleted since",
              "folder.md stale written at " + second_.substr(0, 7) + ", src/sub changed since",
-             "glob.md stale written at " + one + ", src/a.py changed since",
+             "glob.md stale written at " + one + ", src/**/*.py changed since",
              "no_commit.md stale names no commit", "not_an_id.md stale unknown commit HEAD~1",
              "short.md current written at " + second_.substr(0, 7) + ", no source changed since",
              "tree.md stale unknown commit " + tree,
@@ -131,6 +134,76 @@ TEST_F(Wiki, AsksGitOnceHoweverManyPages) {
   EXPECT_EQ(git.processes_started(), started + 1);
   EXPECT_TRUE(lens.pages_citing(one_by_one({"src/other.py"})).empty());
   EXPECT_EQ(git.processes_started(), started + 1);
+}
+
+TEST_F(Wiki, TakesPagesInTheRepositoryAsOldAsTheirLastChange) {
+  repository_.write("docs/old.md", "[a](../src/a.py)\n");
+  repository_.write("docs/new.md", "[a](../src/a.py)\n");
+  repository_.write("docs/dated.md", "---\ncommit: " + first_ + "\n---\n[a](/src/a.py)\n");
+  const std::string third = repository_.commit();
+  repository_.write("src/a.py", "a = 3\n");
+  const std::string fourth = repository_.commit();
+  repository_.write("docs/new.md", "[a](../src/a.py), again\n");
+  const std::string fifth = repository_.commit();
+  repository_.write("docs/untracked.md", "[a](../src/a.py)\n");
+  const git_utils::Git git(repository_.root());
+  const auto started = git.processes_started();
+  Lines lines;
+  for (const json::Value& entry :
+       WikiLens(repository_.root() / "docs", git).pages_citing(one_by_one({"src/a.py"}))) {
+    lines.push_back(json::json_text(entry));
+  }
+  EXPECT_EQ(git.processes_started(), started + 1);
+  const auto line = [](const std::string& name, bool stale, const std::string& reason) {
+    return "{\"page\": \"" + name + ".md\", \"title\": \"" + name +
+           ".md\", \"sources\": [\"src/a.py\"], \"stale\": " + (stale ? "true" : "false") +
+           ", \"reason\": \"" + reason;
+  };
+  const std::string since =
+      "\", \"stale_source\": \"src/a.py\", \"changed_in\": \"" + fourth.substr(0, 12) + "\"}";
+  const auto written = [](const std::string& commit) {
+    return "written at " + commit.substr(0, 7) + ", ";
+  };
+  EXPECT_EQ(lines, (Lines{line("dated", true, written(first_) + "src/a.py changed since" + since),
+                          line("new", false, written(fifth) + "no source changed since\"}"),
+                          line("old", true, written(third) + "src/a.py changed since" + since),
+                          line("untracked", true, "names no commit and was never committed\"}")}));
+}
+
+TEST_F(Wiki, TakesSourcesFromLinks) {
+  repository_.git({"remote", "add", "origin", "git@host.example:team/project.git"});
+  const std::string host = "https://host.example/team/project/";
+  const std::vector<std::pair<std::string, Lines>> cases = {
+      {"[a](../../src/a.py) and [b](../../src/sub/b.py#L3-L9 \"title\")",
+       {"src/a.py", "src/sub/b.py"}},
+      {"[a][1] [same](/src/./x/../a.py)\n\n[1]: </src/a.py>", {"src/a.py"}},
+      {"[spaces](../../my%20file.py) [and](/a&amp;b.py?raw=1)", {"my file.py", "a&b.py"}},
+      {"[folder](../../src/) | [beside](notes.txt)", {"src", "docs/guide/notes.txt"}},
+      {"[blob](" + host + "blob/main/src/a.py#L1) <" + host + "-/blob/1a2b/lib/c.py>",
+       {"src/a.py", "lib/c.py"}},
+      {"[tree](" + host + "tree/main/src)", {"src"}},
+      {"[other](https://host.example/team/other/blob/main/src/a.py)", {}},
+      {"[shorter](https://host.example/team/proj/blob/main/src/a.py)", {}},
+      {"[out](../../../src/a.py) [page](../other.md) [top](#x) [up](../..) []()", {}},
+      {"[mail](mailto:src/a.py) [site](//src/a.py) [glob](/src/*.py) [nul](/a%00b)", {}},
+      {"`[code](/src/a.py)`\n\n    [indented](/src/a.py)\n\n```\n[fenced](/src/a.py)\n```\n"
+       "<!-- [comment](/src/a.py) -->\n\n![image](/src/a.py) \\[escaped](/src/a.py)",
+       {}},
+      {"---\nsources: lib/c.py\n---\n[a](/src/a.py) [c](/lib/c.py)", {"lib/c.py", "src/a.py"}},
+  };
+  for (const auto& [text, sources] : cases) {
+    repository_.write("docs/guide/page.md", text);
+    const RepositorySite site{repository_.root(),
+                              "[remote \"origin\"]\n\turl = git@host.example:team/project.git\n"};
+    const std::vector<Page> pages = read_pages(repository_.root() / "docs", site);
+    EXPECT_EQ(pages.empty() ? Lines{} : pages[0].sources, sources) << text;
+  }
+  // Outside the repository a path that does not begin at the top has no place to begin.
+  page("outside.md",
+       "[a](src/a.py) [b](../src/sub/b.py) [c](/lib/c.py) [d](" + host + "blob/main/src/a.py)");
+  EXPECT_EQ(pages_citing({"lib/c.py"}), Lines{"outside.md"});
+  EXPECT_EQ(pages_citing({"src/a.py"}), Lines{"outside.md"});
+  EXPECT_EQ(pages_citing({"src/sub/b.py"}), Lines{});
 }
 
 TEST_F(Wiki, TakesTitlesFromFrontMatterHeadingOrName) {
