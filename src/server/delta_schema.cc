@@ -116,7 +116,9 @@ constexpr std::string_view SCHEMA = R"json({
           "title": {"type": "string"},
           "sources": {"type": "array", "items": {"type": "string"}},
           "stale": {"type": "boolean"},
-          "reason": {"type": "string"}
+          "reason": {"type": "string"},
+          "stale_source": {"type": "string"},
+          "changed_in": {"type": "string"}
         },
         "required": ["page", "title", "sources", "stale", "reason"]
       }
