@@ -29,7 +29,10 @@ install(FILES ${folder}/context-delta.fish DESTINATION ${share}/fish/vendor_comp
 install(FILES ${folder}/context-delta.1.gz DESTINATION ${CMAKE_INSTALL_MANDIR}/man1
   COMPONENT program)
 file(GLOB documents CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/docs/*.md)
-install(FILES ${PROJECT_SOURCE_DIR}/README.md ${documents} DESTINATION ${CMAKE_INSTALL_DOCDIR}
+install(FILES ${PROJECT_SOURCE_DIR}/README.md DESTINATION ${CMAKE_INSTALL_DOCDIR}
   COMPONENT program)
+install(FILES ${documents} DESTINATION ${CMAKE_INSTALL_DOCDIR}/docs COMPONENT program)
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/examples DESTINATION ${CMAKE_INSTALL_DOCDIR}
+  COMPONENT development)
 
 include(copyright.cmake)
