@@ -14,9 +14,9 @@ std::string json(const json::Mapping& pack, const ReportStyle&) { return render_
 
 constexpr std::array FORMATS = {
     Format{"text", "for a person at a terminal", false, render_text},
-    Format{"html", "a page for a browser", false, render_html},
     Format{"json", "for a program, on one line", true, json},
     Format{"markdown", "for a pull-request comment", false, render_markdown},
+    Format{"html", "a page for a browser", false, render_html},
 };
 
 std::string joined_names() {

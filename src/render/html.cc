@@ -34,9 +34,10 @@ void head(Markup& page, const PackView& pack) {
   page.empty("meta", {{"name", "referrer"}, {"content", "no-referrer"}});
   page.leaf("title", {}, plain_text(title(pack)));
   page.empty("link", {{"rel", "icon"},
-                      {"href", "data:image/svg+xml,%3Csvg xmlns='http://www.w3.org/2000/svg' "
-                               "viewBox='0 0 16 16'%3E%3Cpath fill='%233451b2' d='M8 1l7 13H1z'/"
-                               "%3E%3C/svg%3E"}});
+                      {"href",
+                       "data:image/svg+xml,%3Csvg xmlns='http://www.w3.org/2000/svg' "
+                       "viewBox='0 0 16 16'%3E%3Cpath fill='%233451b2' d='M8 1l7 13H1z'/"
+                       "%3E%3C/svg%3E"}});
   const auto style = page.open("style");
   page.trusted(HTML_STYLE);
 }

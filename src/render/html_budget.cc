@@ -79,8 +79,7 @@ std::string total(std::int64_t tokens_used, const ReportStyle& style) {
   if (!style.budget) return text;
   text += " of a budget of " + grouped(*style.budget);
   if (style.token_scale == 100) return text;
-  return text + ", counted at " + std::to_string(style.token_scale) +
-         "% in the tokens of --budget";
+  return text + ", counted at " + std::to_string(style.token_scale) + "% in the tokens of --budget";
 }
 
 }  // namespace

@@ -6,8 +6,8 @@
 
 namespace context_delta::render {
 
-/// The section that says where the budget went: one bar, and its parts in words. Nothing for a pack that took
-/// no token.
+/// The section that says where the budget went: one bar, and its parts in words. Nothing for a pack
+/// that took no token.
 void write_budget(Markup& page, const json::Mapping& pack, std::int64_t tokens_used,
                   const ReportStyle& style);
 

@@ -16,9 +16,9 @@ void wiki_page(Markup& page, const WikiRow& row) {
   page.leaf("bdi", {{"class", "page-title"}}, row.title.empty() ? row.page : row.title);
   page.text(" ");
   page.leaf("code", {{"class", "place"}}, row.page);
-  if (!row.reason.empty()) {
+  if (const std::string why = verdict(row); !why.empty()) {
     const auto reason = page.open("div", {{"class", "remark"}});
-    page.leaf("bdi", {}, row.reason);
+    page.leaf("bdi", {}, why);
   }
   if (row.sources.empty()) return;
   const auto sources = page.open("div", {{"class", "remark"}});
@@ -84,15 +84,17 @@ void write_left_out(Markup& page, const PackView& pack, std::optional<std::int64
             "shows the first changed lines of the first files.");
   }
   if (pack.wiki_pages.empty()) {
-    lacking(page, "No wiki pages.", "--wiki DIR", "lists the pages of DIR that cite changed files.");
+    lacking(page, "No wiki pages.", "--wiki DIR",
+            "lists the pages of DIR that cite changed files.");
   }
 }
 
 void write_footer(Markup& page) {
   const auto footer = page.open("footer");
-  page.leaf("p", {},
-            "\u201cProven\u201d claims that a call names this definition in this commit, not that it "
-            "runs. \u201cGuessed\u201d callers may call another definition of the name.");
+  page.leaf(
+      "p", {},
+      "\u201cProven\u201d claims that a call names this definition in this commit, not that it "
+      "runs. \u201cGuessed\u201d callers may call another definition of the name.");
 }
 
 }  // namespace context_delta::render

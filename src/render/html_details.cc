@@ -22,8 +22,8 @@ struct CallerItem {
 };
 
 void caller(Markup& page, const CallerItem& caller) {
-  const auto item = page.open(
-      "li", {{"id", caller.anchor}, {"class", caller.proven ? "proven" : "guessed"}});
+  const auto item =
+      page.open("li", {{"id", caller.anchor}, {"class", caller.proven ? "proven" : "guessed"}});
   write_evidence(page, caller.proven);
   page.text(" ");
   write_qualified_name(page, caller.row->fqn);
@@ -87,9 +87,9 @@ void symbol(Markup& page, const LinkedPack& linked, std::size_t place) {
 void snippet(Markup& page, const SnippetRow& row, bool only_deletions) {
   const auto figure = page.open("figure", {{"class", "snippet"}});
   const std::string lines = line_range(row.line, row.end_line, "\u2013");
-  page.leaf("figcaption", {},
-            only_deletions ? "Where lines were deleted: line " + lines
-                           : "First changed lines: " + lines);
+  page.leaf(
+      "figcaption", {},
+      only_deletions ? "Where lines were deleted: line " + lines : "First changed lines: " + lines);
   const auto code = page.open("pre", {{"class", only_deletions ? "beside" : "changed"}});
   // Lines are joined by line feeds: an empty last line is one.
   std::string_view rest = row.content;
@@ -115,17 +115,17 @@ void file_summary(Markup& page, const LinkedFile& file) {
   }
   write_status(page, file.row->status);
   write_line_counts(page, file.row->additions, file.row->deletions);
-  page.leaf("span", {{"class", "facts"}},
-            grouped(file.row->references) +
-                (file.row->references == 1 ? " reference" : " references"));
+  page.leaf(
+      "span", {{"class", "facts"}},
+      grouped(file.row->references) + (file.row->references == 1 ? " reference" : " references"));
 }
 
 void file(Markup& page, const LinkedPack& linked, std::size_t place, bool open) {
   const LinkedFile& rows = linked.files[place];
-  const auto details = page.open("details", {{"class", "file"},
-                                             {"id", "f" + std::to_string(place)},
-                                             {"open", open ? std::optional<std::string>("open")
-                                                           : std::nullopt}});
+  const auto details =
+      page.open("details", {{"class", "file"},
+                            {"id", "f" + std::to_string(place)},
+                            {"open", open ? std::optional<std::string>("open") : std::nullopt}});
   file_summary(page, rows);
   for (const std::size_t i : rows.snippets) {
     const bool only_deletions =

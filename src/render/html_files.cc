@@ -34,10 +34,9 @@ Scale scale_of(const PackView& pack) {
 
 void bar_part(Markup& page, const char* kind, std::int64_t start, std::int64_t length) {
   if (length <= 0) return;
-  page.empty("rect", {{"class", kind},
-                      {"x", percent(start)},
-                      {"width", percent(length)},
-                      {"height", "100%"}});
+  page.empty(
+      "rect",
+      {{"class", kind}, {"x", percent(start)}, {"width", percent(length)}, {"height", "100%"}});
 }
 
 Markup::Element bar(Markup& page) {

@@ -18,8 +18,7 @@ struct Attribute {
 
   Attribute(std::string_view key, std::string text) : name(key), value(std::move(text)) {}
   Attribute(std::string_view key, const char* text) : name(key), value(text) {}
-  Attribute(std::string_view key, std::int64_t number)
-      : name(key), value(std::to_string(number)) {}
+  Attribute(std::string_view key, std::int64_t number) : name(key), value(std::to_string(number)) {}
   Attribute(std::string_view key, std::optional<std::string> text)
       : name(key), value(std::move(text)) {}
 };

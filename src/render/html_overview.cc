@@ -38,9 +38,7 @@ void tile(Markup& page, std::string_view label, std::int64_t number, std::string
   if (!remark.empty()) page.leaf("dd", {{"class", "remark"}}, remark);
 }
 
-std::string of_files(std::int64_t omitted) {
-  return omitted > 0 ? "in the files listed" : "";
-}
+std::string of_files(std::int64_t omitted) { return omitted > 0 ? "in the files listed" : ""; }
 
 std::string listed(std::size_t rows, std::int64_t omitted) {
   if (omitted <= 0) return "";
@@ -59,7 +57,8 @@ void lines_tile(Markup& page, const FileTotals& totals, std::int64_t files_omitt
 /// A pack looks for the callers of its first symbols only.
 void callers_tile(Markup& page, std::string_view label, std::size_t rows, std::int64_t omitted) {
   const std::string remark = listed(rows, omitted);
-  tile(page, label, static_cast<std::int64_t>(rows) + std::max<std::int64_t>(omitted, 0),
+  tile(page, label,
+       bounded_sum(static_cast<std::int64_t>(rows), std::max<std::int64_t>(omitted, 0)),
        remark.empty() ? "of the first symbols" : "of the first symbols, " + remark);
 }
 
@@ -91,7 +90,8 @@ void excluded(Markup& page, const PackView& pack) {
   if (pack.excluded_files <= 0 || pack.message) return;
   const bool one = pack.excluded_files == 1;
   const auto line = page.open("p", {{"class", "remark"}});
-  page.text(grouped(pack.excluded_files) + (one ? " more changed file is" : " more changed files are") +
+  page.text(grouped(pack.excluded_files) +
+            (one ? " more changed file is" : " more changed files are") +
             " no production source: tests, documents, generated. ");
   write_name(page, "--all-files");
   page.text(one ? " lists it." : " lists them.");

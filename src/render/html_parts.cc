@@ -8,8 +8,8 @@
 namespace context_delta::render {
 
 Section::Section(Markup& page, std::string_view id, std::string_view title, std::string_view remark)
-    : element_(page.open("section", {{"id", std::string(id)},
-                                     {"aria-labelledby", std::string(id) + "-title"}})) {
+    : element_(page.open(
+          "section", {{"id", std::string(id)}, {"aria-labelledby", std::string(id) + "-title"}})) {
   page.add_heading({std::string(id), std::string(title)});
   page.leaf("h2", {{"id", std::string(id) + "-title"}}, title);
   if (!remark.empty()) page.leaf("p", {{"class", "remark"}}, remark);
@@ -98,7 +98,8 @@ void write_omitted(Markup& page, std::int64_t omitted, std::string_view one,
   if (omitted <= 0) return;
   const auto line = page.open("p", {{"class", "omitted"}});
   page.text("\u2026 and " + grouped(omitted) + " " + std::string(omitted == 1 ? one : many) + ": ");
-  page.leaf("a", {{"href", "#left-out"}}, "how to get " + std::string(omitted == 1 ? "it" : "them"));
+  page.leaf("a", {{"href", "#left-out"}},
+            "how to get " + std::string(omitted == 1 ? "it" : "them"));
 }
 
 std::string file_target(const LinkedPack& linked, std::size_t file) {

@@ -76,7 +76,8 @@ void file_box(Markup& page, const LinkedPack& linked, const PictureNode& node,
   page.leaf("title", {}, plain_text(file.path + ": " + status + ", " + facts(file)));
   const auto inside = frame(page, box);
   outline(page, box);
-  page.empty("rect", {{"class", "stripe"}, {"x", 5}, {"y", 8}, {"width", 4}, {"height", 34}, {"rx", 2}});
+  page.empty("rect",
+             {{"class", "stripe"}, {"x", 5}, {"y", 8}, {"width", 4}, {"height", 34}, {"rx", 2}});
   label(page, 15, 19, "name",
         shortened_middle(plain_text(base_name(file.path)), NAME_COLUMNS, ELLIPSIS));
   label(page, 15, 35, "small",
@@ -107,25 +108,28 @@ void symbol_box(Markup& page, const SymbolRow& symbol, const PictureNode& node,
   const auto link =
       page.open("a", {{"href", "#s" + std::to_string(node.what)}, {"class", "node symbol"}});
   const std::string lines = lines_spanned(symbol);
-  page.leaf("title", {}, plain_text(symbol.fqn + ": " + symbol.kind + ", " + symbol.file + ", " + lines));
+  page.leaf("title", {},
+            plain_text(symbol.fqn + ": " + symbol.kind + ", " + symbol.file + ", " + lines));
   const auto inside = frame(page, box);
   outline(page, box);
   label(page, 14, 17, "name", shortened_start(plain_text(symbol.fqn), NAME_COLUMNS, ELLIPSIS));
   label(page, 14, 33, "small",
         shortened_end(plain_text(symbol.kind), SMALL_COLUMNS - 26, ELLIPSIS) + ", " + lines);
   if (more_callers == 0) return;
-  label(page, BOX_WIDTH - 12, 33, "more", "+" + counted(static_cast<std::int64_t>(more_callers), "call", "calls"));
+  label(page, BOX_WIDTH - 12, 33, "more",
+        "+" + counted(static_cast<std::int64_t>(more_callers), "call", "calls"));
 }
 
 void caller_box(Markup& page, const PictureCaller& caller) {
   const Box box{2, caller.top, CALLER_HEIGHT};
   const CallerRow& row = *caller.row;
   const std::string place = ":" + std::to_string(row.call_line);
-  const auto link = page.open("a", {{"href", "#" + caller.anchor},
-                                    {"class", caller.proven ? "node caller proven"
-                                                            : "node caller guessed"}});
-  page.leaf("title", {}, plain_text(row.fqn + ": " + (caller.proven ? "proven" : "guessed") +
-                                    " caller, " + row.file + place));
+  const auto link =
+      page.open("a", {{"href", "#" + caller.anchor},
+                      {"class", caller.proven ? "node caller proven" : "node caller guessed"}});
+  page.leaf("title", {},
+            plain_text(row.fqn + ": " + (caller.proven ? "proven" : "guessed") + " caller, " +
+                       row.file + place));
   const auto inside = frame(page, box);
   outline(page, box);
   label(page, 13, 26, "mark", caller.proven ? "\u25cf" : "?");
@@ -139,11 +143,10 @@ void edge(Markup& page, const char* kind, std::int64_t column, std::int64_t from
   const std::int64_t start = column * COLUMN_STEP + BOX_WIDTH;
   const std::int64_t end = (column + 1) * COLUMN_STEP;
   const std::string bend = std::to_string((start + end) / 2);
-  page.empty("path",
-             {{"class", std::string("edge ") + kind},
-              {"d", "M" + std::to_string(start) + " " + std::to_string(from) + "C" + bend + " " +
-                        std::to_string(from) + " " + bend + " " + std::to_string(to) + " " +
-                        std::to_string(end) + " " + std::to_string(to)}});
+  page.empty("path", {{"class", std::string("edge ") + kind},
+                      {"d", "M" + std::to_string(start) + " " + std::to_string(from) + "C" + bend +
+                                " " + std::to_string(from) + " " + bend + " " + std::to_string(to) +
+                                " " + std::to_string(end) + " " + std::to_string(to)}});
 }
 
 /// A symbol with all its lines: one group, so that pointing at the symbol brings them out.
@@ -181,11 +184,10 @@ void column_titles(Markup& page, const LinkedPack& linked, const Picture& pictur
         column_title("Changed symbols", picture.symbols.size(),
                      at_least(pack.total_changed_symbols, picture.symbols.size())));
   label(page, 2 * COLUMN_STEP + 2, 18, "column",
-        picture.callers.empty()
-            ? "Callers \u00b7 none listed"
-            : column_title("Callers", picture.callers.size(),
-                           static_cast<std::int64_t>(picture.all_callers)) +
-                  " listed");
+        picture.callers.empty() ? "Callers \u00b7 none listed"
+                                : column_title("Callers", picture.callers.size(),
+                                               static_cast<std::int64_t>(picture.all_callers)) +
+                                      " listed");
 }
 
 std::string description(const Picture& picture) {
@@ -193,8 +195,7 @@ std::string description(const Picture& picture) {
   for (const PictureCall& call : picture.calls) proven += call.proven ? 1 : 0;
   const auto calls = static_cast<std::int64_t>(picture.calls.size());
   return "Lines lead from " +
-         counted(static_cast<std::int64_t>(picture.files.size()), "changed file",
-                 "changed files") +
+         counted(static_cast<std::int64_t>(picture.files.size()), "changed file", "changed files") +
          " to " +
          counted(static_cast<std::int64_t>(picture.symbols.size()), "changed symbol",
                  "changed symbols") +

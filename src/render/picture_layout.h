@@ -42,8 +42,9 @@ struct Picture {
   std::int64_t height = 0;
 };
 
-/// A picture of at most 16 symbols, their files (others up to 8 files in all) and 24 callers: symbols with callers go before others,
-/// proven calls before guessed ones, each in the pack's order. Without symbols it is empty.
+/// A picture of at most 16 symbols, their files (others up to 8 files in all) and 24 callers:
+/// symbols with callers go before others, proven calls before guessed ones, each in the pack's
+/// order. Without symbols it is empty.
 Picture picture_layout(const LinkedPack& linked);
 
 /// Tops for boxes of one height in a column, at least `gap` apart, from 0 to `room` as far as there

@@ -22,11 +22,12 @@ std::string renaming(const std::string& old, const std::string& path, std::strin
   return path.substr(0, front) + "{" + change + "}" + path.substr(path.size() - back);
 }
 
-void add(std::int64_t& sum, std::int64_t number) {
-  if (__builtin_add_overflow(sum, number, &sum)) sum = std::numeric_limits<std::int64_t>::max();
-}
-
 }  // namespace
+
+std::int64_t bounded_sum(std::int64_t a, std::int64_t b) {
+  std::int64_t sum = 0;
+  return __builtin_add_overflow(a, b, &sum) ? std::numeric_limits<std::int64_t>::max() : sum;
+}
 
 std::string counted(std::int64_t number, std::string_view one, std::string_view many) {
   return std::to_string(number) + " " + std::string(number == 1 ? one : many);
@@ -60,9 +61,9 @@ std::string doubt(const CallerRow& caller) {
 FileTotals file_totals(const PackView& pack) {
   FileTotals totals;
   for (const FileRow& file : pack.files) {
-    add(totals.additions, file.additions);
-    add(totals.deletions, file.deletions);
-    add(totals.references, file.references);
+    totals.additions = bounded_sum(totals.additions, file.additions);
+    totals.deletions = bounded_sum(totals.deletions, file.deletions);
+    totals.references = bounded_sum(totals.references, file.references);
   }
   return totals;
 }

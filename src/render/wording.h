@@ -26,6 +26,9 @@ std::string file_name(const FileRow& file, std::string_view arrow);
 /// Why a caller is only guessed; empty when the pack does not say.
 std::string doubt(const CallerRow& caller);
 
+/// The sum, or the largest number where there is none: a pack may hold numbers of any size.
+std::int64_t bounded_sum(std::int64_t a, std::int64_t b);
+
 /// Sums over the files that a pack lists, as far as numbers go.
 struct FileTotals {
   std::int64_t additions = 0;

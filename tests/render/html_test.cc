@@ -19,16 +19,20 @@ using test::HtmlPage;
 
 /// Everything that a page may be made of; nothing of it runs or loads anything.
 const std::set<std::string> ELEMENTS = {
-    "a",    "b",       "bdi",  "body", "caption", "code",   "dd",   "desc",    "details", "div",
-    "dl",   "dt",      "figcaption",   "figure",  "footer", "g",    "h1",      "h2",      "h3",
-    "head", "header",  "html", "li",   "link",    "main",   "meta", "nav",     "p",       "path",
-    "pre",  "rect",    "section",      "span",    "strong", "style", "summary", "svg",    "table",
-    "tbody", "td",     "text", "th",   "thead",   "title",  "tr",   "ul"};
-const std::set<std::string> ATTRIBUTES = {
-    "aria-hidden", "aria-label", "aria-labelledby", "charset", "class", "content", "d",
-    "height",      "href",       "http-equiv",      "id",      "lang",  "name",    "open",
-    "rel",         "role",       "rx",              "scope",   "tabindex", "viewBox", "width",
-    "x",           "y"};
+    "a",       "b",      "bdi",   "body",    "caption",    "code",   "dd",     "desc",
+    "details", "div",    "dl",    "dt",      "figcaption", "figure", "footer", "g",
+    "h1",      "h2",     "h3",    "head",    "header",     "html",   "li",     "link",
+    "main",    "meta",   "nav",   "p",       "path",       "pre",    "rect",   "section",
+    "span",    "strong", "style", "summary", "svg",        "table",  "tbody",  "td",
+    "text",    "th",     "thead", "title",   "tr",         "ul"};
+const std::set<std::string> ATTRIBUTES = {"aria-hidden", "aria-label", "aria-labelledby",
+                                          "charset",     "class",      "content",
+                                          "d",           "height",     "href",
+                                          "http-equiv",  "id",         "lang",
+                                          "name",        "open",       "rel",
+                                          "role",        "rx",         "scope",
+                                          "tabindex",    "viewBox",    "width",
+                                          "x",           "y"};
 
 /// Why a page must not be shown to anyone; empty when it may.
 std::string fault_of(const HtmlPage& page) {
@@ -54,8 +58,8 @@ TEST(Html, IsWellFormedForEveryShapeOfPack) {
                              {"callers", json::List{json::Mapping()}},
                              {"neighbours", "none"}};
   for (const json::Mapping& pack :
-       {test::full_pack(), test::truncated_pack(), test::nothing_changed_pack(),
-        test::error_pack(), test::hostile_pack(), json::Mapping(), odd}) {
+       {test::full_pack(), test::truncated_pack(), test::nothing_changed_pack(), test::error_pack(),
+        test::hostile_pack(), json::Mapping(), odd}) {
     EXPECT_EQ(fault_of(test::read_page(render_html(pack, {.budget = 100}))), "");
   }
 }
@@ -78,11 +82,36 @@ json::Value replaced(const json::Value& value, const std::vector<std::string>& t
 }
 
 std::string hostile_piece(std::size_t choice) {
-  static const std::vector<std::string> PIECES = {
-      "<script>alert(1)</script>", "</title><img src=x onerror=alert(1)>", "\"", "'", "&", "&lt;",
-      "]]>", "<!--", "-->", "</style>", "javascript:alert(1)", "\xE2\x80\xAE", "\xFF", "\xC3",
-      "\xED\xA0\x80", "\xEF\xBF\xBE", "\xEF\xBF\xBF", "\n", "\t", std::string(1, '\0'), "\x1b[31m", "/", "::", ".",
-      "\xF4\x8F\xBF\xBF", "a", "src/a.cc", "\xE6\x97\xA5", "#", "\xCC\x81"};
+  static const std::vector<std::string> PIECES = {"<script>alert(1)</script>",
+                                                  "</title><img src=x onerror=alert(1)>",
+                                                  "\"",
+                                                  "'",
+                                                  "&",
+                                                  "&lt;",
+                                                  "]]>",
+                                                  "<!--",
+                                                  "-->",
+                                                  "</style>",
+                                                  "javascript:alert(1)",
+                                                  "\xE2\x80\xAE",
+                                                  "\xFF",
+                                                  "\xC3",
+                                                  "\xED\xA0\x80",
+                                                  "\xEF\xBF\xBE",
+                                                  "\xEF\xBF\xBF",
+                                                  "\n",
+                                                  "\t",
+                                                  std::string(1, '\0'),
+                                                  "\x1b[31m",
+                                                  "/",
+                                                  "::",
+                                                  ".",
+                                                  "\xF4\x8F\xBF\xBF",
+                                                  "a",
+                                                  "src/a.cc",
+                                                  "\xE6\x97\xA5",
+                                                  "#",
+                                                  "\xCC\x81"};
   return PIECES[choice % PIECES.size()];
 }
 
@@ -139,7 +168,8 @@ TEST(Html, WritesOutWhatHidesOrSteers) {
   const std::string page = render_html(test::hostile_pack(), {});
   EXPECT_NE(page.find("<span class=\"odd\">\\x1b</span>"), page.npos);
   EXPECT_NE(page.find("<span class=\"odd\">\\xff\\u{202e}</span>"), page.npos);
-  for (const char byte : page) EXPECT_TRUE(byte == '\n' || static_cast<unsigned char>(byte) >= 0x20);
+  for (const char byte : page)
+    EXPECT_TRUE(byte == '\n' || static_cast<unsigned char>(byte) >= 0x20);
 }
 
 TEST(Html, NamesTheBudgetAsTheTextReportDoes) {

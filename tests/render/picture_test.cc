@@ -1,5 +1,3 @@
-#include "render/picture_layout.h"
-
 #include <algorithm>
 #include <set>
 #include <string>
@@ -9,6 +7,7 @@
 #include <gtest/gtest.h>
 #include <rapidcheck/gtest.h>
 
+#include "render/picture_layout.h"
 #include "render/sample_packs.h"
 #include "render/token_use.h"
 
