@@ -14,6 +14,7 @@ constexpr std::int64_t BAR_CELLS = 24;
 constexpr std::string_view CLEAR_LINE = "\r\x1b[K";
 
 std::string counts(std::string_view phase, std::int64_t done, std::int64_t total) {
+  if (total == 0) return std::string(phase);
   return std::string(phase) + " " + std::to_string(done) + " of " + std::to_string(total);
 }
 

@@ -41,6 +41,7 @@ Transaction begin_writing(const storage::Database& database, const UpdateOptions
       return {database, Transaction::Mode::WRITE};
     } catch (const IndexError& error) {
       if (error.cause != IndexError::Cause::BUSY || Clock::now() > end) throw;
+      if (options.progress) options.progress(WAITING, 0, 0);
     }
   }
 }

@@ -18,10 +18,13 @@ struct Language;
 
 using context_delta::Cancelled;
 
+inline constexpr std::string_view WAITING = "waiting for another process that updates the index";
+
 struct UpdateOptions {
   std::span<const Language* const> languages = {};  ///< none: languages()
   unsigned threads = 0;                             ///< 0: as many as the machine runs at once
-  /// Called on the calling thread, often. `phase` is "parsing", "resolving" or "writing".
+  /// Called on the calling thread, often. `phase` is "parsing", "resolving", "writing", or WAITING
+  /// with a total of 0.
   std::function<void(std::string_view phase, std::int64_t done, std::int64_t total)> progress = {};
   CancelFlag cancelled = nullptr;
   std::int64_t most_file_bytes = 4 << 20;  ///< longer files are skipped

@@ -42,8 +42,9 @@ void Progress::update(std::string_view phase, std::int64_t done, std::int64_t to
   last_time_ = now;
   std::string params = "{\"progressToken\": " + token_ + ", \"progress\": ";
   params += std::to_string(value) + ", \"total\": " + std::to_string(WHOLE) + ", \"message\": ";
-  json::append_quoted(
-      params, std::string(phase) + " " + std::to_string(done) + " of " + std::to_string(total));
+  std::string message(phase);
+  if (total > 0) message += " " + std::to_string(done) + " of " + std::to_string(total);
+  json::append_quoted(params, message);
   writer_.write(notification_line("notifications/progress", params + "}"));
 }
 

@@ -1,6 +1,7 @@
 #include "indexer/update.h"
 
 #include <csignal>
+#include <optional>
 #include <thread>
 
 #include <gtest/gtest.h>
@@ -205,6 +206,20 @@ TEST_F(Update, GivesUpWaitingForAnother) {
   } catch (const IndexError& error) {
     EXPECT_EQ(error.cause, IndexError::Cause::BUSY);
   }
+}
+
+TEST_F(Update, SaysThatItWaitsForAnother) {
+  commit_files(2);
+  Repository holder(indexed.index_path());
+  std::optional<storage::Transaction> held(std::in_place, holder.db,
+                                           storage::Transaction::Mode::WRITE);
+  Repository repository(indexed.index_path());
+  UpdateOptions options = indexed.options();
+  options.progress = [&](std::string_view phase, std::int64_t, std::int64_t) {
+    if (phase == WAITING) held.reset();
+  };
+  EXPECT_EQ(indexed.update(repository, options).files, 2);
+  EXPECT_FALSE(held.has_value());
 }
 
 /// Runs `body` in a child process and returns how it ended.
