@@ -31,14 +31,6 @@ std::string joined(const std::vector<std::string>& words, std::string_view separ
   return text;
 }
 
-std::string spaced(std::string_view choices_text) {
-  std::string text(choices_text);
-  for (char& letter : text) {
-    if (letter == '|') letter = ' ';
-  }
-  return text;
-}
-
 std::string command_names(std::string_view separator) {
   std::vector<std::string> names;
   for (const CommandRow& row : commands()) names.emplace_back(row.name);

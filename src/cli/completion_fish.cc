@@ -24,14 +24,6 @@ std::string in_quotes(std::string_view text) {
   return result + "'";
 }
 
-std::string spaced(std::string_view choices_text) {
-  std::string text(choices_text);
-  for (char& letter : text) {
-    if (letter == '|') letter = ' ';
-  }
-  return text;
-}
-
 std::string value_action(const OptionRow& option) {
   if (option.value.empty()) return "";
   switch (option.completion) {

@@ -1,8 +1,16 @@
 #include "cli/completions.h"
 
+#include <algorithm>
+
 #include "cli/options.h"
 
 namespace context_delta::cli {
+
+std::string spaced(std::string_view choices) {
+  std::string text(choices);
+  std::replace(text.begin(), text.end(), '|', ' ');
+  return text;
+}
 
 std::string completion_of(std::string_view shell) {
   if (shell == "bash") return bash_completion();

@@ -10,6 +10,9 @@ std::string bash_completion();
 std::string zsh_completion();
 std::string fish_completion();
 
+/// The choices of "a|b|c" as "a b c", which all these shells read as words.
+std::string spaced(std::string_view choices);
+
 /// The completion of a shell by its name. Raises UsageError for an empty or unknown one.
 std::string completion_of(std::string_view shell);
 

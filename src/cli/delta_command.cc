@@ -50,6 +50,12 @@ void write(const Settings& settings, std::string_view text) {
   output.finish();
 }
 
+/// Whether whoever reads the error reads the answer, which says the same, beside it.
+bool is_said_twice(const Settings& settings) {
+  return settings.output == "-" && !settings.format->for_programs && output_is_terminal() &&
+         errors_are_terminal();
+}
+
 }  // namespace
 
 int run_delta(const Settings& settings) {
@@ -62,12 +68,12 @@ int run_delta(const Settings& settings) {
   }
   const services::DeltaRequest request = scaled_request(settings);
   const json::Mapping pack = make_pack(settings, request);
-  const std::string text = rendered(pack, settings, request.token_budget);
   const json::Value* error = pack.find("error");
   if (error != nullptr) {
     report_failure(*error->as<std::string>(), EXIT_GIT, settings.format->for_programs);
+    if (is_said_twice(settings)) return EXIT_GIT;
   }
-  write(settings, text);
+  write(settings, rendered(pack, settings, request.token_budget));
   return error == nullptr ? EXIT_DONE : EXIT_GIT;
 }
 
