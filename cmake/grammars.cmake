@@ -8,9 +8,12 @@ endif()
 set(runtime ${node_modules}/tree-sitter/vendor/tree-sitter/lib)
 add_library(tree_sitter STATIC ${runtime}/src/lib.c)
 target_include_directories(tree_sitter SYSTEM PUBLIC ${runtime}/include PRIVATE ${runtime}/src)
-target_compile_definitions(tree_sitter PRIVATE _DEFAULT_SOURCE _POSIX_C_SOURCE=200112L)
-# With exceptions: an allocation that goes too far is thrown out of it.
-target_compile_options(tree_sitter PRIVATE -w -O2 -fexceptions)
+target_compile_definitions(tree_sitter PRIVATE _DEFAULT_SOURCE _POSIX_C_SOURCE=200112L
+  TREE_SITTER_HIDE_SYMBOLS)
+# With exceptions: an allocation that goes too far is thrown out of it. The runtime is one
+# translation unit: its functions can be inlined unless others may replace them.
+target_compile_options(tree_sitter PRIVATE -w -O3 -fexceptions -fvisibility=hidden
+  -fno-semantic-interposition)
 set_target_properties(tree_sitter PROPERTIES C_STANDARD 11 EXPORT_COMPILE_COMMANDS OFF)
 
 # context_delta_grammar(NAME FOLDER): the grammar in node_modules/FOLDER as target tree_sitter_NAME.
