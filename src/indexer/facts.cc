@@ -28,10 +28,11 @@ class Hash {
   std::uint64_t value_ = 0xCBF29CE484222325u;
 };
 
-void add_definition(Hash& hash, const Definition& definition) {
+/// `scope`: what stands for the enclosing definition.
+void add_definition(Hash& hash, const Definition& definition, std::int64_t scope) {
   hash.add(definition.name);
   hash.add(static_cast<std::int64_t>(definition.kind));
-  hash.add(definition.parent);
+  hash.add(scope);
   hash.add(definition.signature);
   hash.add(definition.scope);
   for (const std::string& base : definition.bases) hash.add(base);
@@ -52,22 +53,45 @@ bool is_inside_function(const Facts& facts, const Binding& binding) {
   return scope == Kind::FUNCTION || scope == Kind::METHOD || scope == Kind::CONSTRUCTOR;
 }
 
-void add_binding(Hash& hash, const Binding& binding) {
+void add_binding(Hash& hash, const Binding& binding, std::int64_t scope) {
   hash.add(binding.name);
   hash.add(static_cast<std::int64_t>(binding.kind));
-  hash.add(binding.scope);
+  hash.add(scope);
   hash.add(binding.type);
   hash.add(binding.value);
   hash.add(binding.traits);
 }
 
-void add_import(Hash& hash, const Import& import) {
+void add_import(Hash& hash, const Import& import, std::int64_t scope) {
   hash.add(import.module);
   hash.add(import.name);
   hash.add(import.alias);
-  hash.add(import.scope);
+  hash.add(scope);
   hash.add(import.traits);
 }
+
+/// Numbers for scopes that do not depend on other definitions: of the names around them, and which
+/// of several namesakes in one scope each is.
+class ScopeNumbers {
+ public:
+  explicit ScopeNumbers(const Facts& facts) {
+    std::unordered_map<std::int64_t, std::int64_t> namesakes;
+    for (const Definition& definition : facts.definitions) {
+      Hash hash;
+      hash.add(of(definition.parent));
+      hash.add(definition.name);
+      const std::int64_t named = static_cast<std::int64_t>(hash.value());
+      hash.add(namesakes[named]++);
+      numbers_.push_back(static_cast<std::int64_t>(hash.value()));
+    }
+  }
+  std::int64_t of(DefinitionIndex scope) const {
+    return scope == NOWHERE ? 0 : numbers_[static_cast<std::size_t>(scope)];
+  }
+
+ private:
+  std::vector<std::int64_t> numbers_;
+};
 
 void append_with_dots(std::string& text, std::string_view name) {
   if (name.empty()) return;
@@ -103,19 +127,51 @@ std::string container_name(const Facts& facts, DefinitionIndex definition) {
   return text;
 }
 
+std::string_view bound_name(const Import& import) {
+  if (!import.alias.empty()) return import.alias;
+  if (!import.name.empty()) return import.name;
+  return std::string_view(import.module).substr(0, import.module.find('.'));
+}
+
 std::uint64_t interface_hash(const Facts& facts) {
   Hash hash;
-  for (const Definition& definition : facts.definitions) add_definition(hash, definition);
+  for (const Definition& definition : facts.definitions) {
+    add_definition(hash, definition, definition.parent);
+  }
   hash.add(static_cast<std::int64_t>(facts.definitions.size()));
   for (const Binding& binding : facts.bindings) {
-    if (!is_inside_function(facts, binding)) add_binding(hash, binding);
+    if (!is_inside_function(facts, binding)) add_binding(hash, binding, binding.scope);
   }
   hash.add(-1);
-  for (const Import& import : facts.imports) add_import(hash, import);
-  hash.add(static_cast<std::int64_t>(facts.imports.size()));
+  hash.add(static_cast<std::int64_t>(imports_hash(facts)));
   for (const std::string& name : facts.exports) hash.add(name);
   hash.add(static_cast<std::int64_t>(facts.exports.size()));
   return hash.value();
+}
+
+std::uint64_t imports_hash(const Facts& facts) {
+  Hash hash;
+  for (const Import& import : facts.imports) add_import(hash, import, import.scope);
+  return hash.value();
+}
+
+std::unordered_map<std::string_view, std::uint64_t> name_hashes(const Facts& facts) {
+  const ScopeNumbers scopes(facts);
+  std::unordered_map<std::string_view, Hash> hashes;
+  for (const Definition& each : facts.definitions) {
+    add_definition(hashes[each.name], each, scopes.of(each.parent));
+  }
+  for (const Binding& each : facts.bindings) {
+    if (!is_inside_function(facts, each)) {
+      add_binding(hashes[each.name], each, scopes.of(each.scope));
+    }
+  }
+  for (const Import& each : facts.imports) {
+    add_import(hashes[bound_name(each)], each, scopes.of(each.scope));
+  }
+  std::unordered_map<std::string_view, std::uint64_t> values;
+  for (const auto& [name, hash] : hashes) values.emplace(name, hash.value());
+  return values;
 }
 
 }  // namespace context_delta::indexer

@@ -4,6 +4,7 @@
 #include <limits>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <vector>
 
 /// What one source text says by itself, whatever repository it stands in: the facts of a blob.
@@ -144,5 +145,16 @@ Facts decode_facts(std::string_view bytes);
 /// A hash of what other files may build on: everything but references, the bindings inside
 /// functions, and line numbers.
 std::uint64_t interface_hash(const Facts& facts);
+/// The same of the imports alone.
+std::uint64_t imports_hash(const Facts& facts);
+
+/// The name that an import gives a meaning to: its alias, else what is imported, else the first
+/// part of a dotted module: `a` of `a.b.c`.
+std::string_view bound_name(const Import& import);
+
+/// For each name, a hash of what the facts say of it in any scope, in their order: its definitions,
+/// bindings (but for those inside functions) and imports. A scope counts as the names around it, so
+/// that other definitions may come and go. The names point into the facts.
+std::unordered_map<std::string_view, std::uint64_t> name_hashes(const Facts& facts);
 
 }  // namespace context_delta::indexer

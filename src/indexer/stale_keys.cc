@@ -24,11 +24,31 @@ bool is_same(const Defined& a, const Defined& b) {
          a.most_arguments == b.most_arguments && a.container == b.container;
 }
 
+/// Adds the keys of the names that the file says something else of.
+void compare_names(std::string_view path, const Facts& before, const Facts& after,
+                   StaleKeys& stale) {
+  const auto old_names = name_hashes(before);
+  const auto new_names = name_hashes(after);
+  for (const auto& [name, hash] : old_names) {
+    const auto counterpart = new_names.find(name);
+    if (counterpart == new_names.end() || counterpart->second != hash) {
+      stale.add(World::said_key(path, name));
+    }
+  }
+  for (const auto& [name, hash] : new_names) {
+    if (!old_names.contains(name)) stale.add(World::said_key(path, name));
+  }
+}
+
 }  // namespace
 
 std::vector<DefinitionIndex> compare_facts(std::string_view path, const Facts& before,
                                            const Facts& after, StaleKeys& stale) {
-  if (interface_hash(before) != interface_hash(after)) stale.add(World::interface_key(path));
+  if (interface_hash(before) != interface_hash(after)) {
+    stale.add(World::interface_key(path));
+    if (imports_hash(before) != imports_hash(after)) stale.add(World::imports_key(path));
+    compare_names(path, before, after, stale);
+  }
   const std::vector<Defined> old_definitions = defined(before);
   const std::vector<Defined> new_definitions = defined(after);
   const IndexesByName old_names = by_name(old_definitions);
@@ -62,6 +82,8 @@ void add_whole_file(std::string_view path, const Facts& facts, StaleKeys& stale)
   const std::size_t name = slash == std::string_view::npos ? 0 : slash + 1;
   stale.add(World::path_key(path));
   stale.add(World::interface_key(path));
+  stale.add(World::imports_key(path));
+  for (const auto& [said, hash] : name_hashes(facts)) stale.add(World::said_key(path, said));
   stale.add(World::folder_key(slash == std::string_view::npos ? "" : path.substr(0, slash)));
   stale.add(World::basename_key(path.substr(name)));
   for (const Definition& definition : facts.definitions) {

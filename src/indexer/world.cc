@@ -10,13 +10,18 @@ namespace {
 /// What a World may remember before it forgets everything at the start of the next record.
 constexpr std::size_t MOST_BYTES = std::size_t{48} << 20;
 
-std::uint32_t key_of(char space, std::string_view text) {
+/// Keys that are compared with one another lately; a power of two.
+constexpr std::size_t RECENT_KEYS = 4096;
+
+std::uint32_t key_of(char space, std::string_view text, std::string_view more = {}) {
   std::uint64_t hash = 0xCBF29CE484222325u;
   const auto add = [&](char byte) {
     hash = (hash ^ static_cast<unsigned char>(byte)) * 0x100000001B3u;
   };
   add(space);
   for (const char byte : text) add(byte);
+  if (!more.empty()) add('\0');
+  for (const char byte : more) add(byte);
   return static_cast<std::uint32_t>(hash ^ (hash >> 32));
 }
 
@@ -32,6 +37,10 @@ std::size_t footprint(const Facts& facts) {
 std::uint32_t World::name_key(std::string_view name) { return key_of('n', name); }
 std::uint32_t World::path_key(std::string_view path) { return key_of('p', path); }
 std::uint32_t World::interface_key(std::string_view path) { return key_of('i', path); }
+std::uint32_t World::imports_key(std::string_view path) { return key_of('m', path); }
+std::uint32_t World::said_key(std::string_view path, std::string_view name) {
+  return key_of('s', path, name);
+}
 std::uint32_t World::folder_key(std::string_view folder) { return key_of('f', folder); }
 std::uint32_t World::basename_key(std::string_view name) { return key_of('b', name); }
 
@@ -66,16 +75,30 @@ const std::vector<const File*>& World::files_named(std::string_view name) {
   return answer(basenames_, name, basename_key, [&] { return source_.files_named(name); });
 }
 
-const Facts& World::facts(const File& file) {
+World::Given<std::shared_ptr<const Facts>>& World::given_facts(const File& file) {
   Given<std::shared_ptr<const Facts>>& given = facts_[file.id];
   if (given.answer == nullptr) {
     given.answer = source_.facts(file);
     given.key = interface_key(file.path);
     bytes_ += footprint(*given.answer);
   }
+  return given;
+}
+
+const Facts& World::facts(const File& file) {
+  Given<std::shared_ptr<const Facts>>& given = given_facts(file);
   note(given);
   return *given.answer;
 }
+
+const std::vector<Import>& World::imports(const File& file) {
+  note(imports_key(file.path));
+  return given_facts(file).answer->imports;
+}
+
+const Facts& World::facts_by_name(const File& file) { return *given_facts(file).answer; }
+
+void World::rely_on(const File& file, std::string_view name) { note(said_key(file.path, name)); }
 
 void World::start_record() {
   forget_when_large();
@@ -107,11 +130,20 @@ void World::note(Given<Answer>& given) {
   records_.back().keys.push_back(given.key);
 }
 
+void World::note(std::uint32_t key) {
+  if (records_.empty()) return;
+  const std::pair seen(records_.back().number, key);
+  if (recent_.empty()) recent_.resize(RECENT_KEYS);
+  if (std::exchange(recent_[key % RECENT_KEYS], seen) != seen) records_.back().keys.push_back(key);
+}
+
 const std::any& World::remember_any(std::string_view question, const File& file,
+                                    DefinitionIndex definition,
                                     const std::function<std::any()>& compute) {
   auto about = remembered_.find(question);
   if (about == remembered_.end()) about = remembered_.try_emplace(std::string(question)).first;
-  const auto [place, added] = about->second.try_emplace(file.id);
+  const std::int64_t subject = file.id << 32 | static_cast<std::uint32_t>(definition);
+  const auto [place, added] = about->second.try_emplace(subject);
   Remembered& remembered = place->second;
   if (added) {
     start_inner_record();

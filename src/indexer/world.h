@@ -8,6 +8,7 @@
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 #include "indexer/facts.h"
@@ -67,6 +68,15 @@ class World {
   /// What another file defines, binds at its top level and in its classes, and imports. Only the
   /// parts that interface_hash covers may be relied on.
   const Facts& facts(const File& file);
+  /// What another file imports. Everything but lines may be relied on.
+  const std::vector<Import>& imports(const File& file);
+
+  /// For a view of another file that says what it was asked: its facts, of which only what they
+  /// say of the names in rely_on() may be relied on.
+  const Facts& facts_by_name(const File& file);
+  /// Records a dependency on what the facts of `file` say of one name: the definitions, bindings
+  /// and imports that give it a meaning in some scope (name_hashes tells when that changes).
+  void rely_on(const File& file, std::string_view name);
 
   /// The answer to `question` about `file`, computed once and then remembered together with all
   /// that it depended on (for instance the include closure of a header). `compute` may ask the
@@ -74,8 +84,15 @@ class World {
   template <class Answer>
   const Answer& remember(std::string_view question, const File& file,
                          const std::function<Answer()>& compute) {
-    return *std::any_cast<std::shared_ptr<Answer>>(remember_any(
-        question, file, [&]() -> std::any { return std::make_shared<Answer>(compute()); }));
+    return remember<Answer>(question, file, NOWHERE, compute);
+  }
+  /// The same about one definition of the file.
+  template <class Answer>
+  const Answer& remember(std::string_view question, const File& file, DefinitionIndex definition,
+                         const std::function<Answer()>& compute) {
+    return *std::any_cast<std::shared_ptr<Answer>>(
+        remember_any(question, file, definition,
+                     [&]() -> std::any { return std::make_shared<Answer>(compute()); }));
   }
 
   /// Starts the record of a file; finish_record returns what was asked since, sorted and unique.
@@ -87,6 +104,8 @@ class World {
   static std::uint32_t name_key(std::string_view name);
   static std::uint32_t path_key(std::string_view path);       ///< whether the file is there
   static std::uint32_t interface_key(std::string_view path);  ///< its interface_hash
+  static std::uint32_t imports_key(std::string_view path);
+  static std::uint32_t said_key(std::string_view path, std::string_view name);  ///< of rely_on
   static std::uint32_t folder_key(std::string_view folder);
   static std::uint32_t basename_key(std::string_view name);
 
@@ -118,6 +137,7 @@ class World {
   using ByText = std::unordered_map<std::string, Given<Answer>, TextHash, std::equal_to<>>;
 
   const std::any& remember_any(std::string_view question, const File& file,
+                               DefinitionIndex definition,
                                const std::function<std::any()>& compute);
   /// The answer to a question about `text`, from the source when it was not given before.
   template <class Answer, class AskSource>
@@ -125,6 +145,8 @@ class World {
                        std::uint32_t (*key)(std::string_view), AskSource ask_source);
   template <class Answer>
   void note(Given<Answer>& given);
+  void note(std::uint32_t key);
+  Given<std::shared_ptr<const Facts>>& given_facts(const File& file);
   void start_inner_record();
   std::vector<std::uint32_t> finish_inner_record();
   void forget_when_large();
@@ -133,6 +155,8 @@ class World {
   std::size_t bytes_ = 0;  // roughly, of all that is remembered
   std::uint64_t last_record_ = 0;
   std::vector<Record> records_;  // innermost last
+  // The keys noted last, so that few are noted twice in a record.
+  std::vector<std::pair<std::uint64_t, std::uint32_t>> recent_;
   ByText<std::vector<Candidate>> names_;
   ByText<const File*> paths_;
   ByText<std::vector<const File*>> folders_;

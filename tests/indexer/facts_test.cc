@@ -1,6 +1,7 @@
 #include "indexer/facts.h"
 
 #include <random>
+#include <set>
 #include <stdexcept>
 
 #include <gtest/gtest.h>
@@ -150,6 +151,67 @@ TEST(Facts, InterfaceHashCoversWhatOthersMaySeeAndNothingElse) {
   EXPECT_TRUE(changed([](Facts& f) { std::swap(f.definitions[0], f.definitions[2]); }));
   EXPECT_TRUE(changed([](Facts& f) { f.imports.push_back({"m", "", "", NOWHERE, 1, 0}); }));
   EXPECT_TRUE(changed([](Facts& f) { f.exports = {"Box"}; }));
+}
+
+/// The names of which two versions say different things.
+std::set<std::string> changed_names(const Facts& before, const Facts& after) {
+  const auto old_names = name_hashes(before);
+  const auto new_names = name_hashes(after);
+  std::set<std::string> changed;
+  for (const auto& [name, hash] : old_names) {
+    const auto place = new_names.find(name);
+    if (place == new_names.end() || place->second != hash) changed.emplace(name);
+  }
+  for (const auto& [name, hash] : new_names) {
+    if (!old_names.contains(name)) changed.emplace(name);
+  }
+  return changed;
+}
+
+TEST(Facts, NameHashesTellWhichNamesChanged) {
+  using Names = std::set<std::string>;
+  const auto changed = [&](auto change) {
+    Facts facts = small_facts();
+    change(facts);
+    return changed_names(small_facts(), facts);
+  };
+  EXPECT_EQ(changed([](Facts& f) { f.definitions[1].first_line = 9; }), Names());
+  EXPECT_EQ(changed([](Facts& f) { f.references.clear(); }), Names());
+  EXPECT_EQ(changed([](Facts& f) { f.bindings[1].value = "other()"; }), Names());
+  EXPECT_EQ(changed([](Facts& f) { f.bindings[0].value = "other()"; }), Names({"size"}));
+  EXPECT_EQ(changed([](Facts& f) { f.definitions[1].type = "int"; }), Names({"open"}));
+  EXPECT_EQ(changed([](Facts& f) { f.definitions[0].bases = {"Base"}; }), Names({"Box"}));
+  EXPECT_EQ(changed([](Facts& f) { f.definitions[0].name = "Case"; }),
+            Names({"Box", "Case", "open", "size"}));
+  EXPECT_EQ(changed([](Facts& f) {
+              f.imports.push_back({"m.n", "", "", NOWHERE, 1, 0});
+            }),
+            Names({"m"}));
+  EXPECT_EQ(changed([](Facts& f) {
+              f.imports.push_back({"m", "*", "", NOWHERE, 1, 0});
+            }),
+            Names({"*"}));
+  // A second Box: what is in the first is as before.
+  EXPECT_EQ(changed([](Facts& f) { f.definitions.push_back(f.definitions[0]); }), Names({"Box"}));
+}
+
+/// Puts a definition of a new name first, so that all others get other numbers.
+void put_first(Facts& facts) {
+  for (Definition& each : facts.definitions) each.parent += each.parent == NOWHERE ? 0 : 1;
+  for (Binding& each : facts.bindings) each.scope += each.scope == NOWHERE ? 0 : 1;
+  for (Import& each : facts.imports) each.scope += each.scope == NOWHERE ? 0 : 1;
+  Definition made;
+  made.name = "new";
+  facts.definitions.insert(facts.definitions.begin(), made);
+}
+
+TEST(Facts, OtherNamesKeepTheirHashesWhenDefinitionsAreNumberedAnew) {
+  for (std::uint32_t seed = 0; seed < 300; ++seed) {
+    const Facts before = Generator(seed).facts();
+    Facts after = before;
+    put_first(after);
+    ASSERT_EQ(changed_names(before, after), std::set<std::string>{"new"}) << "seed " << seed;
+  }
 }
 
 }  // namespace

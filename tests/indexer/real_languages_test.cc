@@ -193,6 +193,39 @@ TEST_P(RealLanguages, AnUpdateOfModulesEqualsAColdBuild) {
 
 INSTANTIATE_TEST_SUITE_P(Seeds, RealLanguages, testing::Range(0u, 6u));
 
+TEST(RealLanguagesUpdate, ResolvesTheFilesWhoseAnswersChanged) {
+  test::GitRepository repository;
+  repository.write("p/base.py", "class Base:\n    def run(self): pass\n\ndef make(): pass\n");
+  repository.write("p/use.py", "from .base import Base\n\ndef f():\n    Base().run()\n");
+  repository.write("p/other.py", "from .base import make\n\nmake()\n");
+  repository.write("t.h", "int twice(int);\n");
+  repository.write("t.c", "#include \"t.h\"\nint twice(int a) { return 2 * a; }\n");
+  repository.write("u.c", "#include \"t.h\"\nint main(void) { return twice(1); }\n");
+  const git_utils::Git git(repository.root());
+  storage::Repository index(repository.beside() / "index.sqlite");
+  indexer::update(index, git, repository.commit());
+  const auto resolved = [&](const char* path, const char* text) {
+    repository.write(path, text);
+    return indexer::update(index, git, repository.commit()).resolved;
+  };
+  EXPECT_EQ(resolved("p/base.py",
+                     "def more(): pass\n\nclass Base:\n    def run(self): pass\n\n"
+                     "def make(): pass\n"),
+            1);
+  EXPECT_EQ(resolved("p/base.py",
+                     "def more(): pass\n\nclass Base:\n    def run(self): pass\n\n"
+                     "def make() -> Base: pass\n"),
+            2)
+      << "and p/other.py";
+  EXPECT_EQ(resolved("p/base.py",
+                     "def more(): pass\n\nclass Base(Top):\n    def run(self): pass\n"
+                     "\ndef make() -> Base: pass\n"),
+            2)
+      << "and p/use.py";
+  EXPECT_EQ(resolved("t.h", "int twice(int);\nint thrice(int);\n"), 1);
+  EXPECT_EQ(resolved("t.h", "#include \"p.h\"\nint twice(int);\nint thrice(int);\n"), 3);
+}
+
 TEST(RealLanguagesGraph, CallsAcrossFilesAreProven) {
   test::GitRepository repository;
   write_first_texts(repository, FILES);

@@ -65,6 +65,35 @@ TEST(World, KeysOfDifferentKindsDiffer) {
   EXPECT_NE(World::name_key("a"), World::path_key("a"));
   EXPECT_NE(World::path_key("a"), World::interface_key("a"));
   EXPECT_NE(World::folder_key("a"), World::basename_key("a"));
+  EXPECT_NE(World::imports_key("a"), World::interface_key("a"));
+  EXPECT_NE(World::said_key("a", "bc"), World::said_key("ab", "c"));
+}
+
+TEST(World, RecordsPartsOfAFileByThemselves) {
+  CountingSource source;
+  World world(source);
+  const Keys parts = sorted({World::imports_key("a/b.x"), World::said_key("a/b.x", "f")});
+  for (int round = 0; round < 2; ++round) {
+    world.start_record();
+    world.imports(source.own);
+    world.facts_by_name(source.own);
+    world.rely_on(source.own, "f");
+    world.rely_on(source.own, "f");
+    EXPECT_EQ(world.finish_record(), parts);
+  }
+}
+
+TEST(World, RemembersAnswersOfEachDefinition) {
+  CountingSource source;
+  World world(source);
+  const auto ask = [&](DefinitionIndex definition, int answer) {
+    return world.remember<int>("q", source.own, definition, [&] { return answer; });
+  };
+  EXPECT_EQ(ask(NOWHERE, 1), 1);
+  EXPECT_EQ(ask(0, 2), 2);
+  EXPECT_EQ(ask(1, 3), 3);
+  EXPECT_EQ(ask(0, 4), 2);
+  EXPECT_EQ(ask(NOWHERE, 4), 1);
 }
 
 TEST(World, RememberedAnswersBringTheirDependenciesAlong) {

@@ -63,7 +63,7 @@ const std::vector<const File*>& direct_includes(const File& file, World& world) 
   using Answer = std::vector<const File*>;
   return world.remember<Answer>("c:includes", file, [&] {
     Answer answer;
-    for (const Import& import : world.facts(file).imports) {
+    for (const Import& import : world.imports(file)) {
       const bool include = import.module.starts_with('"') || import.module.starts_with('<');
       const File* found = include ? included_file(file, import.module, world) : nullptr;
       if (found != nullptr) answer.push_back(found);

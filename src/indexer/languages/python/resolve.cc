@@ -14,18 +14,20 @@
 namespace context_delta::indexer::python {
 namespace {
 
-using support::definition_at;
-
 /// What a receiver of unknown type leaves open.
 enum class Shape { BARE, ON_VALUE, ON_CLASS };
 
 class Resolver {
  public:
   Resolver(const File& file, const Facts& facts, World& world)
-      : file_(file), facts_(facts), world_(world), values_(file, facts, world) {
+      : file_(file),
+        facts_(facts),
+        world_(world),
+        scopes_(facts),
+        values_(file, {facts, scopes_}, world) {
     neighbourhood_.file = &file;
     for (const Import& import : facts.imports) {
-      const ModuleAnswer answer = find_module(file, import.module, world);
+      const ModuleAnswer& answer = values_.module(file, import.module);
       if (answer.file != nullptr) neighbourhood_.imported.insert(answer.file->id);
     }
   }
@@ -49,6 +51,7 @@ class Resolver {
   const File& file_;
   const Facts& facts_;
   World& world_;
+  support::ScopeIndex scopes_;
   Evaluator values_;
   support::Neighbourhood neighbourhood_;
   Resolution made_;
@@ -81,7 +84,7 @@ void Resolver::resolve(std::int32_t index) {
 /// The meaning of the name; `owner` is that of its receiver.
 Value Resolver::meaning(const Reference& reference, Value& owner) {
   if (reference.role == Role::IMPORT) {
-    const ModuleAnswer answer = find_module(file_, reference.receiver, world_);
+    const ModuleAnswer& answer = values_.module(file_, reference.receiver);
     if (answer.file == nullptr) return {};
     Value found = values_.module_member(*answer.file, reference.name);
     found.rule = "import";
@@ -142,9 +145,9 @@ std::vector<Candidate> Resolver::overrides_of(const Value& owner, const Value& m
   for (const Candidate& candidate : world_.definitions(name)) {
     if (!support::is_function_kind(candidate.kind) || candidate.container.empty()) continue;
     if (candidate.file->language != file_.language) continue;
-    const Facts& there = values_.facts(*candidate.file);
-    const DefinitionIndex parent = definition_at(there, candidate.definition).parent;
-    if (parent == NOWHERE || !support::is_class_kind(definition_at(there, parent).kind)) continue;
+    const support::Outline& there = values_.outline(*candidate.file);
+    const DefinitionIndex parent = there.definition(candidate.definition).parent;
+    if (parent == NOWHERE || !support::is_class_kind(there.definition(parent).kind)) continue;
     const Value other = {.kind = Value::Kind::CLASS, .file = candidate.file, .definition = parent};
     Value base = owner;
     base.kind = Value::Kind::CLASS;

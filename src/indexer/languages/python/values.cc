@@ -4,7 +4,6 @@
 
 #include "indexer/languages/python/builtins.h"
 #include "indexer/languages/python/definitions.h"
-#include "indexer/languages/python/modules.h"
 #include "indexer/languages/support/facts_builder.h"
 #include "indexer/languages/support/text.h"
 
@@ -12,7 +11,6 @@ namespace context_delta::indexer::python {
 namespace {
 
 using support::Binder;
-using support::definition_at;
 
 /// How many steps of names, members and calls are followed.
 constexpr int DEEPEST = 14;
@@ -68,34 +66,41 @@ bool same_definition(const Value& a, const Value& b) {
          (a.file == nullptr || b.file == nullptr ? a.file == b.file : a.file->id == b.file->id);
 }
 
-Evaluator::Evaluator(const File& file, const Facts& facts, World& world)
-    : file_(file), facts_(facts), world_(world), scopes_(facts) {}
-
-const Facts& Evaluator::facts(const File& file) {
-  return file.id == file_.id ? facts_ : world_.facts(file);
+Evaluator::Evaluator(const File& file, const support::Outline& own, World& world)
+    : file_(file), world_(world) {
+  outlines_.emplace(file.id, own);
 }
 
-const support::ScopeIndex& Evaluator::scopes(const File& file) {
-  return file.id == file_.id ? scopes_ : support::scopes_of(file, world_);
+const support::Outline& Evaluator::outline(const File& file) {
+  const auto place = outlines_.find(file.id);
+  if (place != outlines_.end()) return place->second;
+  return outlines_.emplace(file.id, support::Outline(file, world_)).first->second;
 }
 
 const Definition& Evaluator::definition(const Value& value) {
-  return definition_at(facts(*value.file), value.definition);
+  return outline(*value.file).definition(value.definition);
+}
+
+const ModuleAnswer& Evaluator::module(const File& importer, std::string_view dotted) {
+  auto& answers = modules_[importer.id];
+  const auto place = answers.find(dotted);
+  if (place != answers.end()) return place->second;
+  return answers.emplace(std::string(dotted), find_module(importer, dotted, world_)).first->second;
 }
 
 Value Evaluator::name_value(const File& file, DefinitionIndex scope, std::string_view name,
                             int depth) {
   if (depth > DEEPEST) return {};
-  const Facts& known = facts(file);
+  const support::Outline& known = outline(file);
   DefinitionIndex at = scope;
   while (true) {
-    const bool is_class = at != NOWHERE && support::is_class_kind(definition_at(known, at).kind);
+    const bool is_class = at != NOWHERE && support::is_class_kind(known.definition(at).kind);
     if (!is_class || at == scope) {
-      const Binders binders = scopes(file).find(at, name);
+      const Binders binders = known.find(at, name);
       if (!binders.empty()) return combined(file, at, binders, depth);
     }
     if (at == NOWHERE) break;
-    at = definition_at(known, at).parent;
+    at = known.definition(at).parent;
   }
   const Value wild = wildcard_value(file, name, depth);
   if (wild.kind != Value::Kind::UNKNOWN) return wild;
@@ -104,28 +109,27 @@ Value Evaluator::name_value(const File& file, DefinitionIndex scope, std::string
 }
 
 Value Evaluator::combined(const File& file, DefinitionIndex scope, Binders binders, int depth) {
-  const Facts& known = facts(file);
+  const support::Outline& known = outline(file);
   std::vector<Value> values;
   bool has_definition = false;
   const bool overloaded = std::any_of(binders.begin(), binders.end(), [&](const Binder& binder) {
     if (binder.kind != Binder::Kind::DEFINITION) return false;
-    const Definition& each = definition_at(known, binder.index);
+    const Definition& each = known.definition(binder.index);
     return support::is_function_kind(each.kind) && (each.traits & DECLARATION) == 0;
   });
   for (const Binder& binder : binders) {
-    const auto index = static_cast<std::size_t>(binder.index);
     if (binder.kind == Binder::Kind::DEFINITION) {
-      const Definition& each = known.definitions[index];
+      const Definition& each = known.definition(binder.index);
       if (each.kind == Kind::VARIABLE) continue;
       if (overloaded && (each.traits & (DECLARATION | VIRTUAL)) == DECLARATION) continue;
       values.push_back(definition_value(file, binder.index));
       has_definition = true;
     } else if (binder.kind == Binder::Kind::BINDING) {
-      const Binding& binding = known.bindings[index];
+      const Binding& binding = known.binding(binder);
       if (!binding.type.empty()) return binding_value(file, binding, depth + 1);
       values.push_back(binding_value(file, binding, depth + 1));
     } else {
-      values.push_back(import_value(file, known.imports[index], depth + 1));
+      values.push_back(import_value(file, known.import(binder), depth + 1));
     }
   }
   const std::size_t all = values.size();
@@ -140,7 +144,7 @@ Value Evaluator::combined(const File& file, DefinitionIndex scope, Binders binde
 }
 
 Value Evaluator::definition_value(const File& file, DefinitionIndex index) {
-  const Definition& found = definition_at(facts(file), index);
+  const Definition& found = outline(file).definition(index);
   Value made;
   made.kind = support::is_class_kind(found.kind) ? Value::Kind::CLASS : Value::Kind::FUNCTION;
   made.file = &file;
@@ -157,7 +161,7 @@ Value Evaluator::definition_value(const File& file, DefinitionIndex index) {
 Value Evaluator::binding_value(const File& file, const Binding& binding, int depth) {
   if (depth > DEEPEST) return {};
   if (binding.kind == Binding::Kind::PARAMETER && binding.value == RECEIVER_VALUE) {
-    const Definition& method = definition_at(facts(file), binding.scope);
+    const Definition& method = outline(file).definition(binding.scope);
     Value made;
     made.kind = makes_class_receiver(method) ? Value::Kind::CLASS : Value::Kind::INSTANCE;
     made.file = &file;
@@ -179,7 +183,7 @@ Value Evaluator::import_value(const File& file, const Import& import, int depth)
   const bool relative = import.module.starts_with('.');
   std::string_view module = import.module;
   if (import.name.empty() && import.alias.empty()) module = module.substr(0, module.find('.'));
-  const ModuleAnswer answer = find_module(file, module, world_);
+  const ModuleAnswer& answer = this->module(file, module);
   Value made;
   if (answer.file != nullptr) {
     made = {.kind = Value::Kind::MODULE, .file = answer.file, .rule = "import"};
@@ -187,7 +191,7 @@ Value Evaluator::import_value(const File& file, const Import& import, int depth)
   } else if (relative && !import.name.empty()) {
     const std::string inner =
         import.module + (import.module.ends_with('.') ? "" : ".") + import.name;
-    const ModuleAnswer sibling = find_module(file, inner, world_);
+    const ModuleAnswer& sibling = this->module(file, inner);
     if (sibling.file != nullptr) made = {.kind = Value::Kind::MODULE, .file = sibling.file};
   } else {
     made.kind = Value::Kind::EXTERNAL;
@@ -198,7 +202,7 @@ Value Evaluator::import_value(const File& file, const Import& import, int depth)
 
 Value Evaluator::module_member(const File& module, std::string_view name, int depth) {
   if (depth > DEEPEST) return {};
-  const Binders binders = scopes(module).find(NOWHERE, name);
+  const Binders binders = outline(module).find(NOWHERE, name);
   if (!binders.empty()) return combined(module, NOWHERE, binders, depth + 1);
   const File* inner = submodule(module, name, world_);
   if (inner != nullptr) return {.kind = Value::Kind::MODULE, .file = inner, .rule = "import"};
@@ -207,21 +211,24 @@ Value Evaluator::module_member(const File& module, std::string_view name, int de
 
 Value Evaluator::wildcard_value(const File& file, std::string_view name, int depth) {
   if (depth > DEEPEST || name.starts_with('_')) return {};
-  for (const Import& import : facts(file).imports) {
-    if (import.name != "*") continue;
-    const ModuleAnswer answer = find_module(file, import.module, world_);
-    if (answer.file == nullptr || answer.file->id == file.id) continue;
+  Value made;
+  outline(file).each_wildcard([&](const Import& import) {
+    const ModuleAnswer& answer = module(file, import.module);
+    if (answer.file == nullptr || answer.file->id == file.id) return false;
     const Value found = module_member(*answer.file, name, depth + 1);
-    if (found.is_definition()) return unsure(found, "the name comes from a wildcard import");
-    if (found.kind == Value::Kind::MODULE || found.kind == Value::Kind::INSTANCE) return found;
-  }
-  return {};
+    const bool known = found.is_definition() || found.kind == Value::Kind::MODULE ||
+                       found.kind == Value::Kind::INSTANCE;
+    if (known)
+      made = found.is_definition() ? unsure(found, "the name comes from a wildcard import") : found;
+    return known;
+  });
+  return made;
 }
 
 Value Evaluator::enclosing_class(const File& file, DefinitionIndex scope) {
-  const Facts& known = facts(file);
-  for (DefinitionIndex at = scope; at != NOWHERE; at = definition_at(known, at).parent) {
-    if (support::is_class_kind(definition_at(known, at).kind)) {
+  const support::Outline& known = outline(file);
+  for (DefinitionIndex at = scope; at != NOWHERE; at = known.definition(at).parent) {
+    if (support::is_class_kind(known.definition(at).kind)) {
       return {.kind = Value::Kind::CLASS, .file = &file, .definition = at};
     }
   }
@@ -311,7 +318,8 @@ Value Evaluator::class_member(const Value& owner, std::string_view name, int dep
     if (i >= line.known) found = unsure(found, "a base class is not known");
     if (i > 0 && !line.linear) {
       for (std::size_t later = i + 1; later < line.classes.size(); ++later) {
-        if (!scopes(*line.classes[later].file).find(line.classes[later].definition, name).empty()) {
+        const Value& other = line.classes[later];
+        if (!outline(*other.file).find(other.definition, name).empty()) {
           found = unsure(found, "several base classes have the member");
         }
       }
@@ -323,7 +331,7 @@ Value Evaluator::class_member(const Value& owner, std::string_view name, int dep
 }
 
 Value Evaluator::own_member(const Value& owner, std::string_view name, int depth) {
-  const Binders binders = scopes(*owner.file).find(owner.definition, name);
+  const Binders binders = outline(*owner.file).find(owner.definition, name);
   if (binders.empty()) return {};
   Value found = combined(*owner.file, owner.definition, binders, depth + 1);
   if (found.is_definition()) found.rule = "class";
@@ -366,18 +374,15 @@ Value Evaluator::subscripted(const Value& value, int depth) {
   return {};
 }
 
-const std::vector<std::vector<Value>>& Evaluator::bases(const File& file) {
-  using Answer = std::vector<std::vector<Value>>;
-  return world_.remember<Answer>("python:bases", file, [&] {
-    Evaluator there(file, world_.facts(file), world_);
+const std::vector<Value>& Evaluator::bases(const File& file, DefinitionIndex definition) {
+  return world_.remember<std::vector<Value>>("python:bases", file, definition, [&] {
+    const support::Outline known(file, world_);
+    Evaluator there(file, known, world_);
     there.own_members_only_ = true;
-    Answer answer(there.facts_.definitions.size());
-    for (std::size_t i = 0; i < answer.size(); ++i) {
-      const Definition& each = there.facts_.definitions[i];
-      for (const std::string& base : each.bases) {
-        if (!has_members(base)) continue;
-        answer[i].push_back(there.expression_value(file, each.parent, base));
-      }
+    const Definition& of = known.definition(definition);
+    std::vector<Value> answer;
+    for (const std::string& base : of.bases) {
+      if (has_members(base)) answer.push_back(there.expression_value(file, of.parent, base));
     }
     return answer;
   });
@@ -398,7 +403,7 @@ void Evaluator::add_ancestors(Ancestry& line, const Value& of, int depth) {
   line.classes.push_back(
       {.kind = Value::Kind::CLASS, .file = of.file, .definition = of.definition});
   if (line.complete) line.known = line.classes.size();
-  const std::vector<Value> direct = bases(*of.file)[static_cast<std::size_t>(of.definition)];
+  const std::vector<Value>& direct = bases(*of.file, of.definition);
   line.linear = line.linear && direct.size() < 2;
   for (const Value& base : direct) {
     line.complete = line.complete && base.kind == Value::Kind::CLASS && base.sure;

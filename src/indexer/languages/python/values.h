@@ -5,11 +5,13 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <utility>
 #include <vector>
 
 #include "indexer/facts.h"
-#include "indexer/languages/support/scopes.h"
+#include "indexer/languages/python/modules.h"
+#include "indexer/languages/support/outline.h"
 #include "indexer/world.h"
 
 /// What names and expressions of Python mean, as far as the text says.
@@ -51,13 +53,15 @@ struct Ancestry {
 /// Reads names and expressions in the light of the repository, for the file being resolved.
 class Evaluator {
  public:
-  Evaluator(const File& file, const Facts& facts, World& world);
+  /// `own`: of `file`, which may be another than the one being resolved.
+  Evaluator(const File& file, const support::Outline& own, World& world);
 
   const File& file() const { return file_; }
   World& world() { return world_; }
-  const Facts& facts(const File& file);
-  const support::ScopeIndex& scopes(const File& file);
+  const support::Outline& outline(const File& file);
   const Definition& definition(const Value& value);
+  /// find_module(), each answer kept.
+  const ModuleAnswer& module(const File& importer, std::string_view dotted);
 
   /// What `name` means in a scope of `file`.
   Value name_value(const File& file, DefinitionIndex scope, std::string_view name, int depth = 0);
@@ -93,13 +97,13 @@ class Evaluator {
   Value apply(const Value& value, std::string_view operation, Value& receiver, int depth);
   Value generic_annotation(const File& file, DefinitionIndex scope, std::string_view head,
                            std::string_view arguments, int depth);
-  const std::vector<std::vector<Value>>& bases(const File& file);
+  const std::vector<Value>& bases(const File& file, DefinitionIndex definition);
   void add_ancestors(Ancestry& line, const Value& of, int depth);
 
   const File& file_;
-  const Facts& facts_;
   World& world_;
-  support::ScopeIndex scopes_;
+  std::unordered_map<std::int64_t, support::Outline> outlines_;  // by the file's id
+  std::map<std::int64_t, std::map<std::string, ModuleAnswer, std::less<>>> modules_;
   std::map<std::pair<std::int64_t, DefinitionIndex>, Ancestry> ancestries_;
   // While the bases of classes are read: what is inherited is not known yet.
   bool own_members_only_ = false;

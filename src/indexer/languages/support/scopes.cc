@@ -40,12 +40,6 @@ const ScopeIndex& scopes_of(const File& file, World& world) {
   return world.remember<ScopeIndex>("scopes", file, [&] { return ScopeIndex(world.facts(file)); });
 }
 
-std::string_view bound_name(const Import& import) {
-  if (!import.alias.empty()) return import.alias;
-  if (!import.name.empty()) return import.name;
-  return std::string_view(import.module).substr(0, import.module.find('.'));
-}
-
 const Definition& definition_at(const Facts& facts, DefinitionIndex index) {
   return facts.definitions[static_cast<std::size_t>(index)];
 }

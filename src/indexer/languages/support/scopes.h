@@ -35,9 +35,6 @@ class ScopeIndex {
 /// The index of another file, kept in the world.
 const ScopeIndex& scopes_of(const File& file, World& world);
 
-/// The first part of a dotted path that an import without an alias binds: `a` of `a.b.c`.
-std::string_view bound_name(const Import& import);
-
 const Definition& definition_at(const Facts& facts, DefinitionIndex index);
 
 }  // namespace context_delta::indexer::support

@@ -1,0 +1,48 @@
+#pragma once
+
+#include <span>
+#include <string_view>
+
+#include "indexer/facts.h"
+#include "indexer/languages/support/scopes.h"
+#include "indexer/world.h"
+
+namespace context_delta::indexer::support {
+
+/// What a file says, name by name. Of another file every look is recorded as a dependency on what
+/// that file says of the one name, so that a change of its other names leaves the looker alone.
+class Outline {
+ public:
+  /// Of the file that is resolved: nothing is recorded.
+  Outline(const Facts& facts, const ScopeIndex& scopes) : facts_(&facts), scopes_(&scopes) {}
+  /// Of another file. Valid until the next record starts.
+  Outline(const File& file, World& world);
+
+  /// What gives a name its meaning in one scope; see ScopeIndex::find.
+  std::span<const Binder> find(DefinitionIndex scope, std::string_view name) const;
+  const Definition& definition(DefinitionIndex index) const;
+  /// Of a binder that find() gave.
+  const Binding& binding(const Binder& binder) const;
+  const Import& import(const Binder& binder) const;
+  /// Calls `visit(import)` for each import that binds all names of a module, `*`, until it returns
+  /// true.
+  template <class Visit>
+  void each_wildcard(Visit visit) const {
+    rely_on("*");
+    for (const Import& import : facts_->imports) {
+      if (import.name == "*" && import.alias.empty() && visit(import)) return;
+    }
+  }
+
+ private:
+  void rely_on(std::string_view name) const {
+    if (world_ != nullptr) world_->rely_on(*file_, name);
+  }
+
+  const File* file_ = nullptr;
+  World* world_ = nullptr;
+  const Facts* facts_;
+  const ScopeIndex* scopes_;
+};
+
+}  // namespace context_delta::indexer::support
