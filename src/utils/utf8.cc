@@ -1,5 +1,8 @@
 #include "utils/utf8.h"
 
+#include <cstdint>
+#include <cstring>
+
 namespace context_delta::utf8 {
 namespace {
 
@@ -41,6 +44,17 @@ void append_escape(std::string& text, unsigned char byte) {
   text += static_cast<char>(0x80 + (byte & 0x3F));
 }
 
+/// How many bytes of ASCII come first, rounded down to whole words.
+std::size_t ascii_length(std::string_view bytes) {
+  constexpr std::uint64_t HIGH_BITS = 0x8080808080808080u;
+  std::size_t length = 0;
+  for (std::uint64_t word = 0; length + sizeof word <= bytes.size(); length += sizeof word) {
+    std::memcpy(&word, bytes.data() + length, sizeof word);
+    if ((word & HIGH_BITS) != 0) break;
+  }
+  return length;
+}
+
 }  // namespace
 
 std::size_t sequence_length(std::string_view bytes) {
@@ -70,12 +84,13 @@ std::size_t sequence_length(std::string_view bytes) {
 }
 
 bool is_valid(std::string_view bytes) {
-  while (!bytes.empty()) {
+  while (true) {
+    bytes.remove_prefix(ascii_length(bytes));
+    if (bytes.empty()) return true;
     const std::size_t length = sequence_length(bytes);
     if (length == 0) return false;
     bytes.remove_prefix(length);
   }
-  return true;
 }
 
 std::string replaced(std::string_view bytes) {
