@@ -18,6 +18,7 @@ WHERE name = ?1 AND kind <> ?3)";
 }  // namespace
 
 void FactsStore::keep(std::int64_t blob, std::string encoded) {
+  const std::lock_guard guard(own_lock_);
   if (bytes_ + encoded.size() > MOST_KEPT_BYTES) return;
   bytes_ += encoded.size();
   kept_.emplace(blob, std::make_shared<std::string>(std::move(encoded)));
@@ -25,18 +26,29 @@ void FactsStore::keep(std::int64_t blob, std::string encoded) {
 
 std::shared_ptr<const Facts> FactsStore::load(std::int64_t blob) const {
   std::shared_ptr<const std::string> encoded;
-  std::string stored;
+  {
+    const std::lock_guard guard(own_lock_);
+    const auto known = decoded_.find(blob);
+    std::shared_ptr<const Facts> facts;
+    if (known != decoded_.end()) facts = known->second.lock();
+    if (facts) return facts;
+    const auto place = kept_.find(blob);
+    if (place != kept_.end()) encoded = place->second;
+  }
+  const auto facts = std::make_shared<Facts>(decode_facts(encoded ? *encoded : stored(blob)));
+  const std::lock_guard guard(own_lock_);
+  decoded_[blob] = facts;
+  return facts;
+}
+
+std::string FactsStore::stored(std::int64_t blob) const {
+  std::string bytes;
   {
     const std::lock_guard guard(lock_);
-    const auto place = kept_.find(blob);
-    if (place != kept_.end()) {
-      encoded = place->second;
-    } else {
-      storage::Statement row(database_, "SELECT facts FROM blobs WHERE id = ?1");
-      if (row.bind(1, blob).step()) stored = row.blob(0);
-    }
+    storage::Statement row(database_, "SELECT facts FROM blobs WHERE id = ?1");
+    if (row.bind(1, blob).step()) bytes = row.blob(0);
   }
-  return std::make_shared<Facts>(decode_facts(encoded ? *encoded : decompressed(stored)));
+  return decompressed(bytes);
 }
 
 IndexSource::IndexSource(const storage::Database& database, std::mutex& lock,

@@ -12,21 +12,25 @@
 
 namespace context_delta::indexer {
 
-/// Encoded facts by the id of their blob: in memory as long as there is room, else in the index.
-/// For use by several threads; the lock is the one that all users of the connection share.
+/// Facts by the id of their blob: encoded in memory as long as there is room, else in the index.
+/// For use by several threads; the lock is the one that all users of the connection share. It is
+/// taken only to read the index, so that nobody waits for rows to be written otherwise.
 class FactsStore {
  public:
   FactsStore(const storage::Database& database, std::mutex& lock)
       : database_(database), lock_(lock) {}
 
-  /// The caller holds the lock.
   void keep(std::int64_t blob, std::string encoded);
-  /// The caller does not hold the lock.
+  /// The same facts as long as anybody has them. The caller does not hold the lock.
   std::shared_ptr<const Facts> load(std::int64_t blob) const;
 
  private:
+  std::string stored(std::int64_t blob) const;
+
   const storage::Database& database_;
   std::mutex& lock_;
+  mutable std::mutex own_lock_;  // of what follows
+  mutable std::unordered_map<std::int64_t, std::weak_ptr<const Facts>> decoded_;
   std::size_t bytes_ = 0;
   std::unordered_map<std::int64_t, std::shared_ptr<const std::string>> kept_;
 };
