@@ -7,8 +7,6 @@
 namespace context_delta::indexer::cpp {
 namespace {
 
-using support::definition_at;
-
 bool is_function(const Candidate& candidate) {
   return c_family::is_family(candidate.file->language) && support::is_function_kind(candidate.kind);
 }
@@ -92,15 +90,14 @@ Callees Lookup::method(const Class& owner, std::string_view name, std::int16_t a
     for (const Candidate& candidate : namesakes) {
       if (!is_function(candidate) || candidate.container != each.name) continue;
       const bool in_class =
-          candidate.file->id == each.file->id &&
-          definition_at(facts(*candidate.file), candidate.definition).parent == each.definition;
+          candidate.file->id == each.file->id && definition(candidate).parent == each.definition;
       const bool outside =
           !in_class && !is_declaration(candidate) && linkage_.includes(*candidate.file, *each.file);
       declared = declared || in_class;
       if (in_class || outside) overloads.push_back(candidate);
     }
     if (!declared) {
-      if (!scopes(*each.file).find(each.definition, name).empty()) {
+      if (!outline(*each.file).find(each.definition, name).empty()) {
         Callees made;
         made.found = made.external = true;  // a member variable that is called
         return made;
@@ -126,9 +123,9 @@ Callees Lookup::method(const Class& owner, std::string_view name, std::int16_t a
 
 bool Lookup::is_virtual(const Class& owner, std::string_view name) {
   for (const Class& each : bases(owner).classes) {
-    for (const support::Binder& binder : scopes(*each.file).find(each.definition, name)) {
+    for (const support::Binder& binder : outline(*each.file).find(each.definition, name)) {
       if (binder.kind != support::Binder::Kind::DEFINITION) continue;
-      if ((definition_at(facts(*each.file), binder.index).traits & VIRTUAL) != 0) return true;
+      if ((outline(*each.file).definition(binder.index).traits & VIRTUAL) != 0) return true;
     }
   }
   return false;
@@ -140,9 +137,9 @@ std::vector<Candidate> Lookup::overriders(const Class& owner, std::string_view n
   for (const Candidate& candidate : world_.definitions(name)) {
     if (!is_function(candidate) || candidate.container.empty()) continue;
     if (candidate.container == owner.name) continue;
-    const Facts& there = facts(*candidate.file);
-    const DefinitionIndex parent = definition_at(there, candidate.definition).parent;
-    if (parent == NOWHERE || !support::is_class_kind(definition_at(there, parent).kind)) continue;
+    const support::Outline& there = outline(*candidate.file);
+    const DefinitionIndex parent = there.definition(candidate.definition).parent;
+    if (parent == NOWHERE || !support::is_class_kind(there.definition(parent).kind)) continue;
     const Bases& line =
         bases({.file = candidate.file, .definition = parent, .name = candidate.container});
     const bool below = std::any_of(line.classes.begin() + 1, line.classes.end(),
@@ -218,7 +215,7 @@ Callees Lookup::qualified_function(const Context& context, std::string_view qual
 }
 
 Callees Lookup::constructor(const Class& owner, std::int16_t arguments) {
-  const std::string name = definition_at(facts(*owner.file), owner.definition).name;
+  const std::string name = outline(*owner.file).definition(owner.definition).name;
   Callees made;
   made.found = true;
   std::vector<Candidate> overloads;

@@ -165,9 +165,8 @@ Type Lookup::result_type(const Callees& callees, int depth) {
   Type common;
   bool first = true;
   for (const Candidate& each : callees.fitting) {
-    const Definition& definition = definition_at(facts(*each.file), each.definition);
     const Context there = {.file = each.file, .scope = each.container};
-    const Type type = type_named(there, without_qualifiers(definition.type), depth + 1);
+    const Type type = type_named(there, without_qualifiers(definition(each).type), depth + 1);
     const bool same = !first && type.kind == common.kind &&
                       (type.kind != Type::Kind::CLASS || type.in == common.in);
     if (!first && !same) return {};
@@ -199,7 +198,7 @@ Type Lookup::variable_type(const Context& context, std::string_view name, int de
   const Type owner = enclosing_class(context);
   if (owner.kind == Type::Kind::CLASS && name.find(':') == std::string_view::npos) {
     for (const Class& each : bases(owner.in).classes) {
-      if (!scopes(*each.file).find(each.definition, name).empty()) {
+      if (!outline(*each.file).find(each.definition, name).empty()) {
         return member_type(owner, name, false, depth + 1);
       }
     }
@@ -209,9 +208,8 @@ Type Lookup::variable_type(const Context& context, std::string_view name, int de
   const std::string last = dot == std::string::npos ? path : path.substr(dot + 1);
   for (const Candidate& candidate : world_.definitions(last)) {
     if (candidate.kind != Kind::VARIABLE || !is_visible(*candidate.file)) continue;
-    const Definition& definition = definition_at(facts(*candidate.file), candidate.definition);
     return type_named({.file = candidate.file, .scope = candidate.container},
-                      without_qualifiers(definition.type), depth + 1);
+                      without_qualifiers(definition(candidate).type), depth + 1);
   }
   return {};
 }
@@ -240,10 +238,10 @@ Type Lookup::member_type(const Type& owner, std::string_view name, bool called, 
   if (owner.kind != Type::Kind::CLASS) return {};
   if (called) return result_type(method(owner.in, name, ANY_NUMBER, false), depth + 1);
   for (const Class& each : bases(owner.in).classes) {
-    for (const Binder& binder : scopes(*each.file).find(each.definition, name)) {
+    for (const Binder& binder : outline(*each.file).find(each.definition, name)) {
       if (binder.kind != Binder::Kind::BINDING) continue;
-      const Binding& binding = facts(*each.file).bindings[static_cast<std::size_t>(binder.index)];
-      return type_named({.file = each.file, .scope = each.name}, without_qualifiers(binding.type),
+      const std::string& type = outline(*each.file).binding(binder).type;
+      return type_named({.file = each.file, .scope = each.name}, without_qualifiers(type),
                         depth + 1);
     }
   }

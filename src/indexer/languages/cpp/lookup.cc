@@ -25,10 +25,6 @@ bool is_type(const Candidate& candidate) {
          (support::is_class_kind(candidate.kind) || candidate.kind == Kind::TYPE);
 }
 
-std::string own_name(const Candidate& candidate, const Facts& facts) {
-  return joined(candidate.container, definition_at(facts, candidate.definition).name);
-}
-
 }  // namespace
 
 std::string dotted(std::string_view qualified) {
@@ -48,14 +44,14 @@ std::string dotted(std::string_view qualified) {
 }
 
 Lookup::Lookup(const File& file, const Facts& facts, World& world)
-    : file_(file), facts_(facts), world_(world), scopes_(facts), linkage_(file, world) {}
-
-const Facts& Lookup::facts(const File& file) {
-  return file.id == file_.id ? facts_ : world_.facts(file);
+    : file_(file), facts_(facts), world_(world), scopes_(facts), linkage_(file, world) {
+  outlines_.emplace(file.id, support::Outline(facts_, scopes_));
 }
 
-const support::ScopeIndex& Lookup::scopes(const File& file) {
-  return file.id == file_.id ? scopes_ : support::scopes_of(file, world_);
+const support::Outline& Lookup::outline(const File& file) {
+  const auto place = outlines_.find(file.id);
+  if (place != outlines_.end()) return place->second;
+  return outlines_.emplace(file.id, support::Outline(file, world_)).first->second;
 }
 
 Context Lookup::context_of(DefinitionIndex definition) const {
@@ -105,10 +101,10 @@ const Candidate* Lookup::class_candidate(const Context& context, std::string_vie
 }
 
 Type Lookup::alias_target(const Candidate& alias, int depth) {
-  const Definition& definition = definition_at(facts(*alias.file), alias.definition);
-  if (definition.type.empty() || depth > DEEPEST) return {};
+  const std::string& type = definition(alias).type;
+  if (type.empty() || depth > DEEPEST) return {};
   const Context there = {.file = alias.file, .scope = alias.container};
-  return type_named(there, definition.type, depth + 1);
+  return type_named(there, type, depth + 1);
 }
 
 /// `Alias::Name`, or a name that a using-declaration brought in.
@@ -124,11 +120,13 @@ Type Lookup::indirect_type(const Context& context, std::string_view written, int
                ? type_named(inside, path.substr(dot + 1), depth + 1)
                : Type{};
   }
-  for (const Import& import : facts(*context.file).imports) {
-    if (import.name != path || import.module.starts_with('"')) continue;
-    return type_named({.file = context.file}, import.module + "::" + path, depth + 1);
-  }
-  return {};
+  Type made;
+  outline(*context.file).each_import(path, [&](const Import& import) {
+    if (import.module.starts_with('"')) return false;
+    made = type_named({.file = context.file}, import.module + "::" + path, depth + 1);
+    return true;
+  });
+  return made;
 }
 
 Type Lookup::type_named(const Context& context, std::string_view written, int depth) {
@@ -144,7 +142,7 @@ Type Lookup::type_named(const Context& context, std::string_view written, int de
   made.kind = Type::Kind::CLASS;
   made.in = {.file = found->file,
              .definition = found->definition,
-             .name = own_name(*found, facts(*found->file))};
+             .name = joined(found->container, definition(*found).name)};
   return made;
 }
 
@@ -193,7 +191,7 @@ void Lookup::add_bases(Bases& line, const Class& of, int depth) {
   line.classes.push_back(of);
   const std::string scope(
       of.name.substr(0, of.name.rfind('.') == std::string::npos ? 0 : of.name.rfind('.')));
-  const std::vector<std::string> written = definition_at(facts(*of.file), of.definition).bases;
+  const std::vector<std::string> written = outline(*of.file).definition(of.definition).bases;
   for (const std::string& base : written) {
     const Type found = type_named({.file = of.file, .scope = scope}, base, depth + 1);
     if (found.kind == Type::Kind::CLASS) {

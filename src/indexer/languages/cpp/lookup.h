@@ -4,12 +4,13 @@
 #include <map>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <unordered_set>
 #include <vector>
 
 #include "indexer/facts.h"
 #include "indexer/languages/c_family/linkage.h"
-#include "indexer/languages/support/scopes.h"
+#include "indexer/languages/support/outline.h"
 #include "indexer/world.h"
 
 /// What names and expressions of C++ mean, as far as declarations say.
@@ -86,8 +87,10 @@ class Lookup {
     std::vector<Class> classes;  // itself first
     bool complete = true;
   };
-  const Facts& facts(const File& file);
-  const support::ScopeIndex& scopes(const File& file);
+  const support::Outline& outline(const File& file);
+  const Definition& definition(const Candidate& of) {
+    return outline(*of.file).definition(of.definition);
+  }
   std::vector<std::string> levels(const Context& context);
   bool is_visible(const File& file) { return linkage_.seen().contains(file); }
   const Candidate* class_candidate(const Context& context, std::string_view written);
@@ -111,6 +114,7 @@ class Lookup {
   const Facts& facts_;
   World& world_;
   support::ScopeIndex scopes_;
+  std::unordered_map<std::int64_t, support::Outline> outlines_;  // by the file's id
   c_family::Linkage linkage_;
   std::map<std::pair<std::int64_t, DefinitionIndex>, Bases> bases_;
 };

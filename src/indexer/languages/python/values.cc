@@ -212,7 +212,7 @@ Value Evaluator::module_member(const File& module, std::string_view name, int de
 Value Evaluator::wildcard_value(const File& file, std::string_view name, int depth) {
   if (depth > DEEPEST || name.starts_with('_')) return {};
   Value made;
-  outline(file).each_wildcard([&](const Import& import) {
+  outline(file).each_import("*", [&](const Import& import) {
     const ModuleAnswer& answer = module(file, import.module);
     if (answer.file == nullptr || answer.file->id == file.id) return false;
     const Value found = module_member(*answer.file, name, depth + 1);

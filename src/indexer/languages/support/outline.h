@@ -24,13 +24,13 @@ class Outline {
   /// Of a binder that find() gave.
   const Binding& binding(const Binder& binder) const;
   const Import& import(const Binder& binder) const;
-  /// Calls `visit(import)` for each import that binds all names of a module, `*`, until it returns
-  /// true.
+  /// Calls `visit(import)` for each import of `name` under no other name, in the order of the text,
+  /// until it returns true. The name `*` is all that a module has.
   template <class Visit>
-  void each_wildcard(Visit visit) const {
-    rely_on("*");
+  void each_import(std::string_view name, Visit visit) const {
+    rely_on(name);
     for (const Import& import : facts_->imports) {
-      if (import.name == "*" && import.alias.empty() && visit(import)) return;
+      if (import.name == name && bound_name(import) == name && visit(import)) return;
     }
   }
 
