@@ -15,6 +15,7 @@ set(public_headers
 set(library_needs
   "SQLite::SQLite3 SQLite3 libsqlite3-dev"
   "Threads::Threads Threads libc6-dev"
+  "md4c::md4c md4c libmd4c-dev"
   "yaml-cpp yaml-cpp libyaml-cpp-dev"
   "zstd::libzstd_shared zstd libzstd-dev")
 
