@@ -27,6 +27,8 @@ function(context_delta_grammar name folder)
   endif()
   add_library(tree_sitter_${name} STATIC ${files})
   target_include_directories(tree_sitter_${name} PRIVATE ${source})
+  # Scanners share the allocator, so that what they hold goes with a parse that was given up.
+  target_compile_definitions(tree_sitter_${name} PRIVATE TREE_SITTER_REUSE_ALLOCATOR)
   target_compile_options(tree_sitter_${name} PRIVATE -w -O2 -fexceptions)
   target_link_libraries(tree_sitter_${name} PUBLIC tree_sitter)
   set_target_properties(tree_sitter_${name} PROPERTIES C_STANDARD 11 EXPORT_COMPILE_COMMANDS OFF)

@@ -91,12 +91,17 @@ for (const [kind, connect] of Object.entries(KINDS)) {
 
     test('leaves a whole index when it is cancelled on the way', async () => {
       const expected = coldCliPack(large);
-      for (const phase of ['parsing', 'resolving']) {
+      const isCancelledWhile = async (phase) => {
         dropIndex(large);
         const abort = new AbortController();
         const onprogress = ({ message }) => { if (message.startsWith(phase)) abort.abort(); };
-        const cancelled = server.call(delta({ repo_root: large }), { onprogress, signal: abort.signal });
-        await assert.rejects(cancelled);
+        const call = server.call(delta({ repo_root: large }), { onprogress, signal: abort.signal });
+        return call.then(() => false, () => true);
+      };
+      for (const phase of ['parsing', 'resolving']) {
+        // The answer may be faster than the wish to have none.
+        let tries = 1;
+        while (!await isCancelledWhile(phase)) assert.ok(++tries <= 10, phase);
         assert.equal((await server.call(delta({ repo_root: small }))).isError, false);
         assert.equal((await server.call(delta({ repo_root: large }))).content[0].text, expected);
       }
