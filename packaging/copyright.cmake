@@ -72,7 +72,7 @@ foreach(library IN LISTS header_libraries)
 endforeach()
 
 # All others are linked as shared libraries, with licences of their own; a new one is looked at.
-list(REMOVE_ITEM others Python3::Module md4c::md4c SQLite::SQLite3 Threads::Threads yaml-cpp
+list(REMOVE_ITEM others Python3::Module md4c SQLite::SQLite3 Threads::Threads yaml-cpp
   zstd::libzstd_shared)
 if(others)
   message(FATAL_ERROR "the programs are linked from ${others}: if they are compiled in, name "

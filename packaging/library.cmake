@@ -11,11 +11,12 @@ set(public_headers
   tool_handlers/context_delta/handler.h
   workers/git_history.h)
 
-# The libraries that the archive needs: target, package for find_package, Debian package.
+# The libraries that the archive needs: target, package for find_package ("-" for those that are
+# linked by name), Debian package.
 set(library_needs
   "SQLite::SQLite3 SQLite3 libsqlite3-dev"
   "Threads::Threads Threads libc6-dev"
-  "md4c::md4c md4c libmd4c-dev"
+  "md4c - libmd4c-dev"
   "yaml-cpp yaml-cpp libyaml-cpp-dev"
   "zstd::libzstd_shared zstd libzstd-dev")
 
@@ -37,9 +38,11 @@ foreach(need IN LISTS library_needs)
   list(GET need 1 package)
   if(target IN_LIST others)
     list(REMOVE_ITEM others ${target})
-    find_package(${package} REQUIRED)
     target_link_libraries(context_delta_archive PRIVATE ${target})
-    string(APPEND library_dependencies "find_dependency(${package})\n")
+    if(NOT package STREQUAL "-")
+      find_package(${package} REQUIRED)
+      string(APPEND library_dependencies "find_dependency(${package})\n")
+    endif()
     list(GET need 2 package)
     list(APPEND library_packages ${package})
   endif()
