@@ -34,7 +34,7 @@ async function connected(args, mode, era) {
 const delta = (args = {}) => ({ name: 'context', arguments: { action: 'delta', ...args } });
 
 const small = makeRepository('small', 12);
-const large = makeRepository('large', 120);
+const large = makeRepository('large', 200);
 
 for (const [kind, connect] of Object.entries(KINDS)) {
   describe(kind, () => {
