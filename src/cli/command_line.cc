@@ -100,7 +100,6 @@ void read_words(const std::vector<std::string>& words, CommandLine& line) {
   if (words.empty()) return;
   const CommandRow& row = command_named(words[0]);
   line.command = row.command;
-  line.command_given = true;
   const std::size_t most = row.words.empty() ? 1 : 2;
   if (words.size() > most) throw UsageError("unexpected argument '" + words[most] + "'");
   if (words.size() < 2) return;
@@ -173,7 +172,6 @@ CommandLine parse_command_line(std::span<const std::string> arguments) {
 
 void apply(const CommandLine& line, Settings& settings) {
   settings.command = line.command;
-  settings.command_given = line.command_given;
   settings.word = line.word;
   settings.request.base_parameter = "--base";
   settings.request.target_parameter = "--target";

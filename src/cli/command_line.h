@@ -16,9 +16,8 @@ struct Given {
 
 struct CommandLine {
   Command command = Command::DELTA;
-  bool command_given = false;  ///< rather than `delta` for want of a word
-  std::string word;            ///< the word after the command; empty when there is none
-  std::vector<Given> given;    ///< of an option given twice, in the order given
+  std::string word;          ///< the word after the command; empty when there is none
+  std::vector<Given> given;  ///< of an option given twice, in the order given
 };
 
 /// Reads the arguments (without the program's name). The command may stand anywhere among the

@@ -49,8 +49,8 @@ std::span<const Described> files() {
        "the user's presets: budget = 8000, snippets = true; below XDG_CONFIG_HOME where that is "
        "set"},
       {".context-delta.toml",
-       "the project's presets, at the top of its work tree: those that neither hide a change nor "
-       "reach outside"},
+       "the project's presets, at the top of its work tree: those that neither choose what "
+       "is compared nor reach outside"},
       {".git/context-delta/index.sqlite", "the index; may be deleted at any time"},
   };
   return FILES;

@@ -54,7 +54,7 @@ std::string option_tag(const OptionRow& option) {
   return tag;
 }
 
-/// "Also of index, graph." for options that `delta` is not alone with.
+/// "delta, graph": the commands that take it.
 std::string takers(const OptionRow& option) {
   std::string names;
   for (const CommandRow& row : commands()) {

@@ -41,11 +41,8 @@ const std::string& not_empty(const std::string& value) {
 void set_format(Settings& settings, const std::string& value) {
   settings.format = render::find_format(value);
   if (settings.format == nullptr) {
-    std::string names;
-    for (const render::Format& format : render::formats()) {
-      names.append(names.empty() ? "" : ", ").append(format.name);
-    }
-    throw UsageError("takes one of " + names + ", not '" + value + "'");
+    throw UsageError("takes one of " + std::string(render::format_names()) + ", not '" + value +
+                     "'");
   }
 }
 

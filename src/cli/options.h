@@ -32,8 +32,8 @@ struct CommandRow {
 enum class Completion : unsigned char { NOTHING, CHOICES, FILE, FOLDER, REVISION };
 
 /// Who may preset an option, beside the command line; each includes those before it. The project's
-/// file belongs to whoever wrote the branch under review, and must not hide what the branch changed
-/// or reach outside the repository.
+/// file belongs to whoever wrote the branch under review, and must not choose what is compared or
+/// reach outside the work tree.
 enum class Preset : unsigned char { NOBODY, ENVIRONMENT, USER, PROJECT };
 
 struct OptionRow {

@@ -19,8 +19,7 @@ enum class Question : unsigned char { NONE, SHORT_HELP, HELP, VERSION };
 /// What a command line asks for.
 struct Settings {
   Command command = Command::DELTA;
-  bool command_given = false;  ///< rather than `delta` for want of a word
-  std::string word;            ///< the word after the command; empty when there is none
+  std::string word;  ///< the word after the command; empty when there is none
   Question question = Question::NONE;
   bool configuration = true;  ///< read files and variables that preset options
   std::filesystem::path directory = ".";

@@ -95,7 +95,7 @@ TEST(CommandLine, SaysWhatIsWrong) {
       {{"--budget", "99999999999999999999"},
        "--budget takes a number of tokens from 0 to 1000000000, not '99999999999999999999'"},
       {{"--token-scale", "0"}, "--token-scale takes a percentage from 1 to 10000, not '0'"},
-      {{"--format", "xml"}, "--format takes one of text, json, markdown, html, not 'xml'"},
+      {{"--format", "xml"}, "--format takes one of text|json|markdown|html, not 'xml'"},
       {{"--color=red"}, "--color takes one of auto, always, never, not 'red'"},
   };
   for (const auto& [words, text] : cases) EXPECT_EQ(usage_error(words), text);
