@@ -67,6 +67,11 @@ class Terminal:
     def type(self, keys):
         os.write(self.screen, keys.encode())
 
+    def await_prompt(self):
+        """Until less waits for a key: it drops what is typed while it draws after a signal."""
+        self.read(until=":\x1b[K")
+        self.shown = ""
+
     def finish(self):
         self.read()
         _, status = os.waitpid(self.child, 0)
@@ -94,10 +99,9 @@ def test_pages_a_long_text_with_less(on_terminal):
 
 def test_an_interrupt_stays_with_the_pager(on_terminal):
     terminal = on_terminal()
-    terminal.read(until="a.py")
+    terminal.await_prompt()
     terminal.type("\x03")
-    terminal.shown = ""
-    terminal.read(until=":")  # it draws its prompt again; what is typed before that is lost
+    terminal.await_prompt()
     terminal.type("G")
     terminal.read(until="f39")
     terminal.type("q")
