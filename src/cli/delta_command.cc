@@ -4,7 +4,9 @@
 #include "cli/current_index.h"
 #include "cli/exit_codes.h"
 #include "cli/explain_files.h"
+#include "cli/gate.h"
 #include "cli/interruption.h"
+#include "cli/options.h"
 #include "cli/output.h"
 #include "cli/pager.h"
 #include "cli/report.h"
@@ -56,9 +58,33 @@ bool is_said_twice(const Settings& settings) {
          errors_are_terminal();
 }
 
+/// Gates that could never fail are a mistake that would pass unseen.
+void check_gates(const Settings& settings) {
+  for (const Gate* gate : settings.gates) {
+    const std::string option = "--fail-if " + std::string(gate->name);
+    if (settings.explain_files) throw UsageError(option + " does not go with --explain-files");
+    if (gate->name == STALE_WIKI_GATE && !settings.request.wiki) {
+      throw UsageError(option + " needs a wiki: --wiki DIR");
+    }
+  }
+}
+
+int pass_gates(const Settings& settings, const json::Mapping& pack) {
+  int code = EXIT_DONE;
+  for (const Gate* gate : settings.gates) {
+    const std::string finding = gate->finding(pack);
+    if (finding.empty()) continue;
+    report_failure("--fail-if " + std::string(gate->name) + ": " + finding, EXIT_GATE,
+                   settings.format->for_programs);
+    code = EXIT_GATE;
+  }
+  return code;
+}
+
 }  // namespace
 
 int run_delta(const Settings& settings) {
+  check_gates(settings);
   if (settings.explain_files) {
     const git_utils::Git git(settings.directory);
     const services::CurrentIndex index = bring_up_to_date(git, settings);
@@ -74,7 +100,7 @@ int run_delta(const Settings& settings) {
     if (is_said_twice(settings)) return EXIT_GIT;
   }
   write(settings, rendered(pack, settings, request.token_budget));
-  return error == nullptr ? EXIT_DONE : EXIT_GIT;
+  return error == nullptr ? pass_gates(settings, pack) : EXIT_GIT;
 }
 
 }  // namespace context_delta::cli

@@ -14,6 +14,7 @@ std::span<const Described> examples() {
       {"context-delta --snippets --wiki docs",
        "with changed lines, and the pages that may be out of date"},
       {"context-delta --format json | jq .", "for a program"},
+      {"context-delta --wiki docs --fail-if stale-wiki", "for a job: exit code 1 for stale pages"},
       {"context-delta --explain-files", "why which file is left out"},
       {"context-delta index", "prepare the index only"},
   };
@@ -22,9 +23,10 @@ std::span<const Described> examples() {
 
 std::vector<Described> exit_codes() {
   return {{std::to_string(EXIT_DONE), "done, also when nothing changed"},
-          {std::to_string(EXIT_FAILED), "failed: index, wiki or output file"},
+          {std::to_string(EXIT_GATE), "the answer has what --fail-if names"},
           {std::to_string(EXIT_USAGE), "the command line or a preset cannot be understood"},
           {std::to_string(EXIT_GIT), "git cannot compare; the error result is written"},
+          {std::to_string(EXIT_FAILED), "failed: index, wiki or output file"},
           {std::to_string(EXIT_SIGNAL_BASE + 2) + ", " + std::to_string(EXIT_SIGNAL_BASE + 15),
            "interrupted, terminated; the index is as before"}};
 }

@@ -46,6 +46,14 @@ void set_format(Settings& settings, const std::string& value) {
   }
 }
 
+void add_gate(Settings& settings, const std::string& value) {
+  const Gate* gate = find_gate(value);
+  if (gate == nullptr) {
+    throw UsageError("takes one of " + std::string(gate_names()) + ", not '" + value + "'");
+  }
+  settings.gates.push_back(gate);
+}
+
 void set_colour(Settings& settings, const std::string& value) {
   constexpr std::pair<std::string_view, Colour> COLOURS[] = {
       {"auto", Colour::AUTO}, {"always", Colour::ALWAYS}, {"never", Colour::NEVER}};
@@ -103,6 +111,8 @@ const OptionRow OPTIONS[] = {
     {"", "--wiki", "DIR", "d", "Markdown pages that name their sources: list those concerned",
      Completion::FOLDER, Preset::PROJECT,
      [](Settings& settings, Text value) { settings.request.wiki = not_empty(value); }},
+    {"", "--fail-if", gate_names(), "d", "exit with 1 when the answer has this; may be repeated",
+     Completion::CHOICES, Preset::NOBODY, add_gate},
     {"", "--format", render::format_names(), "d", "how the answer is written (default: text)",
      Completion::CHOICES, Preset::USER, set_format},
     {"-o", "--output", "FILE", "dg", "write the answer to FILE, whole or not at all; - is stdout",

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "cli/gate.h"
 #include "render/formats.h"
 #include "services/delta.h"
 
@@ -34,6 +35,7 @@ struct Settings {
   const render::Format* format = render::formats().data();
   std::int64_t token_scale = 100;  ///< percent: what a token of the caller's model counts here
   bool explain_files = false;      ///< instead of the pack
+  std::vector<const Gate*> gates;  ///< what the answer must not have
   std::vector<std::filesystem::path> roots;  ///< of the tool server; none: the repository here
   services::DeltaRequest request;
   std::vector<std::string> remarks;   ///< where presets came from, a line each

@@ -128,10 +128,43 @@ TEST_F(Program, ShowsStaleWikiPages) {
   const Ending ending = run_here({"--wiki", beside("wiki")});
   EXPECT_NE(ending.out.find("stale   store.md\n"), std::string::npos) << ending.out;
   const Ending missing = run_here({"--wiki", beside("none")});
-  EXPECT_EQ(missing.status, 1);
+  EXPECT_EQ(missing.status, 4);
   EXPECT_EQ(missing.out, "");
   EXPECT_EQ(missing.errors, "context-delta: cannot read the wiki folder " + beside("none") +
                                 ": No such file or directory\n");
+}
+
+TEST_F(Program, TellsByItsExitCodeWhatItWasAskedToFailOn) {
+  const auto ends = [&](std::vector<std::string> arguments, int status, const std::string& errors) {
+    const Ending ending = run_here(arguments);
+    EXPECT_EQ(ending.status, status) << errors;
+    EXPECT_EQ(ending.errors, errors);
+    EXPECT_EQ(ending.out.empty(), status == 2) << errors;
+  };
+  std::filesystem::create_directory(beside("wiki"));
+  const std::string page = "---\nsources: store.py\ncommit: ";
+  const std::vector<std::string> wiki = {"--wiki", beside("wiki"), "--fail-if=stale-wiki"};
+  repository_.write("../wiki/store.md", page + repository_.git({"rev-parse", "HEAD"}) + "\n---\n");
+  ends(wiki, 0, "");
+  repository_.write("../wiki/store.md", page + repository_.git({"rev-parse", "main"}) + "\n---\n");
+  ends(wiki, 1, "context-delta: --fail-if stale-wiki: the wiki page store.md is stale\n");
+  repository_.write("../wiki/again.md", page + "main~9\n---\n");
+  ends(wiki, 1,
+       "context-delta: --fail-if stale-wiki: 2 wiki pages are stale, the first is again.md\n");
+
+  ends({"--fail-if=changed", "--fail-if=truncated", "--budget=0", "--format=json"}, 1,
+       "{\"error\": \"--fail-if changed: 1 file changed\", \"exit_code\": 1}\n"
+       "{\"error\": \"--fail-if truncated: the budget left something out\", \"exit_code\": 1}\n");
+  ends({"--fail-if=changed", "--fail-if=truncated", "--base=HEAD"}, 0, "");
+  EXPECT_EQ(run_here({"--fail-if=changed", "--base=nowhere"}).status, 3);
+
+  const std::string help = " (see context-delta --help)\n";
+  ends({"--fail-if=stale-wiki"}, 2,
+       "context-delta: --fail-if stale-wiki needs a wiki: --wiki DIR" + help);
+  ends({"--fail-if=changed", "--explain-files"}, 2,
+       "context-delta: --fail-if changed does not go with --explain-files" + help);
+  ends({"--fail-if=x"}, 2,
+       "context-delta: --fail-if takes one of changed|stale-wiki|truncated, not 'x'" + help);
 }
 
 TEST_F(Program, AnswersEvenWhenGitCannotCompare) {
@@ -210,11 +243,11 @@ TEST_F(Program, PutsTheOutputFileInPlaceWholeOrNotAtAll) {
   EXPECT_EQ(entries_in(repository_.beside()), before);
 
   const Ending failed = run_here({"-o", beside("no/such/folder")});
-  EXPECT_EQ(failed.status, 1);
+  EXPECT_EQ(failed.status, 4);
   EXPECT_EQ(failed.errors, "context-delta: cannot write " + beside("no/such/folder") +
                                ": No such file or directory\n");
   EXPECT_EQ(run_here({"-o", "/dev/null"}).status, 0);
-  EXPECT_EQ(run_here({"-o", "/dev/full"}).status, 1);
+  EXPECT_EQ(run_here({"-o", "/dev/full"}).status, 4);
 }
 
 TEST_F(Program, IsQuietAboutAClosedPipe) {
@@ -226,10 +259,10 @@ TEST_F(Program, IsQuietAboutAClosedPipe) {
   const Ending full = run_shell("\"$program\"" + here + "> /dev/full; echo status $? >&2");
   EXPECT_EQ(full.errors,
             "{\"error\": \"cannot write standard output: No space left on device\", \"exit_code\": "
-            "1}\nstatus 1\n");
+            "4}\nstatus 4\n");
   const Ending none = run_shell("\"$program\"" + here + "--format=text >&-; echo status $? >&2");
   EXPECT_EQ(none.errors,
-            "context-delta: cannot write standard output: Bad file descriptor\nstatus 1\n");
+            "context-delta: cannot write standard output: Bad file descriptor\nstatus 4\n");
 }
 
 TEST_F(Program, ColoursAsAsked) {
