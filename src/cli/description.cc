@@ -14,7 +14,7 @@ std::span<const Described> examples() {
       {"context-delta --snippets --wiki docs",
        "with changed lines, and the pages that may be out of date"},
       {"context-delta --format json | jq .", "for a program"},
-      {"context-delta --wiki docs --fail-if stale-wiki", "for a job: exit code 1 for stale pages"},
+      {"context-delta --fail-if changed", "for a job: exit code 1 when source changed"},
       {"context-delta --explain-files", "why which file is left out"},
       {"context-delta index", "prepare the index only"},
   };

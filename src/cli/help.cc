@@ -64,10 +64,12 @@ std::string described_lines(const Rows& rows) {
 }
 
 std::string example_lines() {
+  std::size_t longest = 0;
+  for (const Described& example : examples()) longest = std::max(longest, example.name.size());
   std::string text;
   for (const Described& example : examples()) {
     std::string line = "  " + example.name;
-    line.resize(std::max<std::size_t>(line.size() + 2, 40), ' ');
+    line.resize(longest + 4, ' ');
     text += line + example.meaning + "\n";
   }
   return text;
