@@ -79,6 +79,7 @@ class ScopeNumbers {
     for (const Definition& definition : facts.definitions) {
       Hash hash;
       hash.add(of(definition.parent));
+      hash.add(definition.scope);
       hash.add(definition.name);
       const std::int64_t named = static_cast<std::int64_t>(hash.value());
       hash.add(namesakes[named]++);
@@ -160,6 +161,9 @@ std::unordered_map<std::string_view, std::uint64_t> name_hashes(const Facts& fac
   std::unordered_map<std::string_view, Hash> hashes;
   for (const Definition& each : facts.definitions) {
     add_definition(hashes[each.name], each, scopes.of(each.parent));
+    if (each.parent == NOWHERE) continue;
+    const Definition& parent = facts.definitions[static_cast<std::size_t>(each.parent)];
+    if (parent.kind == Kind::INTERFACE) hashes[parent.name].add(each.name);
   }
   for (const Binding& each : facts.bindings) {
     if (!is_inside_function(facts, each)) {

@@ -24,6 +24,16 @@ bool is_same(const Defined& a, const Defined& b) {
          a.most_arguments == b.most_arguments && a.container == b.container;
 }
 
+std::string_view folder_of(std::string_view path) {
+  const std::size_t slash = path.rfind('/');
+  return slash == std::string_view::npos ? "" : path.substr(0, slash);
+}
+
+void add_said(std::string_view path, std::string_view name, StaleKeys& stale) {
+  stale.add(World::said_key(path, name));
+  stale.add(World::said_in_key(folder_of(path), name));
+}
+
 /// Adds the keys of the names that the file says something else of.
 void compare_names(std::string_view path, const Facts& before, const Facts& after,
                    StaleKeys& stale) {
@@ -32,11 +42,11 @@ void compare_names(std::string_view path, const Facts& before, const Facts& afte
   for (const auto& [name, hash] : old_names) {
     const auto counterpart = new_names.find(name);
     if (counterpart == new_names.end() || counterpart->second != hash) {
-      stale.add(World::said_key(path, name));
+      add_said(path, name, stale);
     }
   }
   for (const auto& [name, hash] : new_names) {
-    if (!old_names.contains(name)) stale.add(World::said_key(path, name));
+    if (!old_names.contains(name)) add_said(path, name, stale);
   }
 }
 
@@ -78,14 +88,12 @@ std::vector<DefinitionIndex> compare_facts(std::string_view path, const Facts& b
 }
 
 void add_whole_file(std::string_view path, const Facts& facts, StaleKeys& stale) {
-  const std::size_t slash = path.rfind('/');
-  const std::size_t name = slash == std::string_view::npos ? 0 : slash + 1;
   stale.add(World::path_key(path));
   stale.add(World::interface_key(path));
   stale.add(World::imports_key(path));
-  for (const auto& [said, hash] : name_hashes(facts)) stale.add(World::said_key(path, said));
-  stale.add(World::folder_key(slash == std::string_view::npos ? "" : path.substr(0, slash)));
-  stale.add(World::basename_key(path.substr(name)));
+  for (const auto& [said, hash] : name_hashes(facts)) add_said(path, said, stale);
+  stale.add(World::folder_key(folder_of(path)));
+  stale.add(World::basename_key(path.substr(path.rfind('/') + 1)));
   for (const Definition& definition : facts.definitions) {
     stale.add(World::name_key(definition.name));
   }

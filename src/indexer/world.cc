@@ -41,6 +41,9 @@ std::uint32_t World::imports_key(std::string_view path) { return key_of('m', pat
 std::uint32_t World::said_key(std::string_view path, std::string_view name) {
   return key_of('s', path, name);
 }
+std::uint32_t World::said_in_key(std::string_view folder, std::string_view name) {
+  return key_of('d', folder, name);
+}
 std::uint32_t World::folder_key(std::string_view folder) { return key_of('f', folder); }
 std::uint32_t World::basename_key(std::string_view name) { return key_of('b', name); }
 
@@ -99,6 +102,10 @@ const std::vector<Import>& World::imports(const File& file) {
 const Facts& World::facts_by_name(const File& file) { return *given_facts(file).answer; }
 
 void World::rely_on(const File& file, std::string_view name) { note(said_key(file.path, name)); }
+
+void World::rely_on_folder(std::string_view folder, std::string_view name) {
+  note(said_in_key(folder, name));
+}
 
 void World::start_record() {
   forget_when_large();

@@ -77,6 +77,8 @@ class World {
   /// Records a dependency on what the facts of `file` say of one name: the definitions, bindings
   /// and imports that give it a meaning in some scope (name_hashes tells when that changes).
   void rely_on(const File& file, std::string_view name);
+  /// The same of all files directly in a folder, whether they are there yet or not.
+  void rely_on_folder(std::string_view folder, std::string_view name);
 
   /// The answer to `question` about `file`, computed once and then remembered together with all
   /// that it depended on (for instance the include closure of a header). `compute` may ask the
@@ -106,6 +108,7 @@ class World {
   static std::uint32_t interface_key(std::string_view path);  ///< its interface_hash
   static std::uint32_t imports_key(std::string_view path);
   static std::uint32_t said_key(std::string_view path, std::string_view name);  ///< of rely_on
+  static std::uint32_t said_in_key(std::string_view folder, std::string_view name);
   static std::uint32_t folder_key(std::string_view folder);
   static std::uint32_t basename_key(std::string_view name);
 

@@ -181,6 +181,12 @@ TEST(Facts, NameHashesTellWhichNamesChanged) {
   EXPECT_EQ(changed([](Facts& f) { f.bindings[0].value = "other()"; }), Names({"size"}));
   EXPECT_EQ(changed([](Facts& f) { f.definitions[1].type = "int"; }), Names({"open"}));
   EXPECT_EQ(changed([](Facts& f) { f.definitions[0].bases = {"Base"}; }), Names({"Box"}));
+  Facts interface = small_facts();
+  interface.definitions[0].kind = Kind::INTERFACE;
+  Facts wider = interface;
+  wider.definitions.emplace_back().name = "more";
+  wider.definitions.back().parent = 0;
+  EXPECT_EQ(changed_names(interface, wider), Names({"Box", "more"})) << "it lists its members";
   EXPECT_EQ(changed([](Facts& f) { f.definitions[0].name = "Case"; }),
             Names({"Box", "Case", "open", "size"}));
   EXPECT_EQ(changed([](Facts& f) {

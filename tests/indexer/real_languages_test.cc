@@ -200,11 +200,15 @@ TEST(RealLanguagesUpdate, ResolvesTheFilesWhoseAnswersChanged) {
   repository.write("p/other.py", "from .base import make\n\nmake()\n");
   repository.write("t.h", "int twice(int);\n");
   repository.write("t.c", "#include \"t.h\"\nint twice(int a) { return 2 * a; }\n");
+  repository.write("g/go.mod", "module m\n");
+  repository.write("g/q/q.go", "package q\n\ntype Q interface{ Run() }\n\nfunc New() Q\n");
+  repository.write("g/q/own.go", "package q\n\nvar own = New()\n");
+  repository.write("g/use.go", "package g\n\nimport \"m/q\"\n\nfunc f() { q.New().Run() }\n");
   repository.write("u.c", "#include \"t.h\"\nint main(void) { return twice(1); }\n");
   const git_utils::Git git(repository.root());
   storage::Repository index(repository.beside() / "index.sqlite");
   indexer::update(index, git, repository.commit());
-  const auto resolved = [&](const char* path, const char* text) {
+  const auto resolved = [&](const char* path, const std::string& text) {
     repository.write(path, text);
     return indexer::update(index, git, repository.commit()).resolved;
   };
@@ -223,6 +227,14 @@ TEST(RealLanguagesUpdate, ResolvesTheFilesWhoseAnswersChanged) {
             2)
       << "and p/use.py";
   EXPECT_EQ(resolved("t.h", "int twice(int);\nint thrice(int);\n"), 1);
+
+  const std::string made = "func New() Q\n";
+  EXPECT_EQ(resolved("g/q/own.go", "package q\n\nvar own, more = New(), 1\n"), 1);
+  EXPECT_EQ(resolved("g/q/q.go", "package q\n\ntype Q interface{ Run(); Stop() }\n\n" + made), 2)
+      << "and g/use.go, whose call may mean whatever has all methods";
+  EXPECT_EQ(resolved("g/q/q.go", "package q\n\ntype Q struct{ size int }\n\n" + made), 2);
+  EXPECT_EQ(resolved("g/q/own.go", "package q\n\nfunc (q Q) Run() {}\n"), 2)
+      << "and g/use.go, which looked for it";
   EXPECT_EQ(resolved("t.h", "#include \"p.h\"\nint twice(int);\nint thrice(int);\n"), 3);
 }
 

@@ -67,18 +67,21 @@ TEST(World, KeysOfDifferentKindsDiffer) {
   EXPECT_NE(World::folder_key("a"), World::basename_key("a"));
   EXPECT_NE(World::imports_key("a"), World::interface_key("a"));
   EXPECT_NE(World::said_key("a", "bc"), World::said_key("ab", "c"));
+  EXPECT_NE(World::said_key("a", "b"), World::said_in_key("a", "b"));
 }
 
 TEST(World, RecordsPartsOfAFileByThemselves) {
   CountingSource source;
   World world(source);
-  const Keys parts = sorted({World::imports_key("a/b.x"), World::said_key("a/b.x", "f")});
+  const Keys parts = sorted(
+      {World::imports_key("a/b.x"), World::said_key("a/b.x", "f"), World::said_in_key("a", "f")});
   for (int round = 0; round < 2; ++round) {
     world.start_record();
     world.imports(source.own);
     world.facts_by_name(source.own);
     world.rely_on(source.own, "f");
     world.rely_on(source.own, "f");
+    world.rely_on_folder("a", "f");
     EXPECT_EQ(world.finish_record(), parts);
   }
 }

@@ -12,7 +12,6 @@ namespace context_delta::indexer::go {
 namespace {
 
 using support::Binder;
-using support::definition_at;
 
 constexpr int DEEPEST = 24;
 /// How many types may be embedded in one another.
@@ -86,21 +85,21 @@ Value Evaluator::type_parameter(const Type& type, std::string_view name, int dep
 }
 
 Value Evaluator::constrained_by(const Type& type, std::string_view parameter, int depth) {
-  const Facts& known = facts(*type.file);
-  for (DefinitionIndex at = type.scope; at != NOWHERE; at = definition_at(known, at).parent) {
+  const support::Outline& known = outline(*type.file);
+  for (DefinitionIndex at = type.scope; at != NOWHERE; at = known.definition(at).parent) {
     const File* file = type.file;
     DefinitionIndex scope = at;
-    const Definition& made = definition_at(known, at);
+    const Definition& made = known.definition(at);
     if (made.kind == Kind::METHOD && !made.scope.empty()) {
       const Value receiver = name_value(*type.file, NOWHERE, made.scope, depth + 1);
       if (!receiver.is_definition()) continue;
       file = receiver.file;
       scope = receiver.definition;
     }
-    for (const Binder& binder : scopes(*file).find(scope, parameter)) {
+    const support::Outline& there = outline(*file);
+    for (const Binder& binder : there.find(scope, parameter)) {
       if (binder.kind != Binder::Kind::BINDING) continue;
-      const Binding& bound = facts(*file).bindings[static_cast<std::size_t>(binder.index)];
-      return named_type({file, scope, bound.type}, depth + 1);
+      return named_type({file, scope, there.binding(binder).type}, depth + 1);
     }
   }
   return {};
@@ -130,12 +129,13 @@ Type Evaluator::underlying(const Type& type, int depth) {
 Value Evaluator::anonymous_member(const Type& type, std::string_view name) {
   std::string field(without_pointers(type.text));
   (field += '.') += name;
-  const Facts& known = facts(*type.file);
-  for (DefinitionIndex at = type.scope;; at = definition_at(known, at).parent) {
-    for (const Binder& binder : scopes(*type.file).find(at, field)) {
+  const support::Outline& known = outline(*type.file);
+  for (DefinitionIndex at = type.scope;; at = known.definition(at).parent) {
+    for (const Binder& binder : known.find(at, field)) {
       if (binder.kind != Binder::Kind::BINDING) continue;
-      const Binding& found = known.bindings[static_cast<std::size_t>(binder.index)];
-      return {.kind = Value::Kind::INSTANCE, .type = type.with(found.type), .rule = "field-type"};
+      return {.kind = Value::Kind::INSTANCE,
+              .type = type.with(known.binding(binder).type),
+              .rule = "field-type"};
     }
     if (at == NOWHERE) return {};
   }
@@ -205,22 +205,21 @@ Value Evaluator::own_member(const Value& type, std::string_view name, int depth)
   const Definition& owner = definition(type);
   if (const Package* package = origin(*type.file).package;
       package != nullptr && owner.parent == NOWHERE) {
-    std::string key = owner.name;
-    const auto found = package->methods.find((key += '.') += name);
-    if (found != package->methods.end()) {
-      Value made = chosen(found->second, file_, depth + 1);
+    const std::vector<Place>* places = methods_named(*package, owner.name, name, world_);
+    if (places != nullptr) {
+      Value made = chosen(*places, file_, depth + 1);
       made.type.arguments = type.type.arguments;
       if (made.is_definition()) return made;
     }
   }
-  for (const Binder& binder : scopes(*type.file).find(type.definition, name)) {
+  const support::Outline& there = outline(*type.file);
+  for (const Binder& binder : there.find(type.definition, name)) {
     if (binder.kind == Binder::Kind::BINDING) {
-      const Binding& field = facts(*type.file).bindings[static_cast<std::size_t>(binder.index)];
       return {.kind = Value::Kind::INSTANCE,
-              .type = {type.file, owner.parent, field.type, type.type.arguments},
+              .type = {type.file, owner.parent, there.binding(binder).type, type.type.arguments},
               .rule = "field-type"};
     }
-    const Definition& method = definition_at(facts(*type.file), binder.index);
+    const Definition& method = there.definition(binder.index);
     return {.kind = Value::Kind::FUNCTION,
             .type = {type.file, type.definition, method.type, type.type.arguments},
             .file = type.file,
@@ -245,30 +244,28 @@ std::vector<Value> Evaluator::embedded(const Value& type, int depth) {
         named_type({type.file, owner.parent, owner.type, type.type.arguments}, depth + 1);
     return below.is_definition() ? embedded(below, depth + 1) : found;
   }
+  const support::Outline& there = outline(*type.file);
   for (const std::string& base : owner.bases) {
     Type written = {type.file, owner.parent, base, type.type.arguments};
-    for (const Binder& binder : scopes(*type.file).find(type.definition, last_name(base))) {
+    for (const Binder& binder : there.find(type.definition, last_name(base))) {
       if (binder.kind != Binder::Kind::BINDING) continue;
-      written.text = facts(*type.file).bindings[static_cast<std::size_t>(binder.index)].type;
+      written.text = there.binding(binder).type;
     }
     found.push_back(named_type(written, depth + 1));
   }
   return found;
 }
 
-std::vector<std::string> Evaluator::method_names(const Value& interface) {
-  std::vector<std::string> names;
+std::vector<std::string_view> Evaluator::method_names(const Value& interface) {
+  std::vector<std::string_view> names;
   std::vector<Value> pending = {interface};
   std::set<std::pair<std::int64_t, DefinitionIndex>> seen;
   while (!pending.empty()) {
     const Value each = std::move(pending.back());
     pending.pop_back();
     if (!each.is_definition() || !seen.emplace(each.file->id, each.definition).second) continue;
-    const Facts& known = facts(*each.file);
-    for (std::size_t i = static_cast<std::size_t>(each.definition) + 1;
-         i < known.definitions.size() && known.definitions[i].parent >= each.definition; ++i) {
-      if (known.definitions[i].parent == each.definition)
-        names.push_back(known.definitions[i].name);
+    for (const std::string_view name : outline(*each.file).members_of_interface(each.definition)) {
+      names.push_back(name);
     }
     for (Value& below : embedded(each, 0)) pending.push_back(std::move(below));
   }

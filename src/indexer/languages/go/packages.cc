@@ -48,11 +48,12 @@ Folder read_folder(std::string_view folder, World& world) {
   Folder read;
   for (const File* file : world.folder(folder)) {
     if (!is_go(*file)) continue;
-    const Facts& facts = world.facts(*file);
+    const Facts& facts = clause_of(*file, world);
     const std::string_view name = package_name(facts);
     if (name.empty()) continue;
     Package& package = read[std::string(name)];
     package.name = name;
+    package.folder = folder;
     package.files.push_back(
         {file, &facts, constraint_of(file->path, facts), is_test_file(file->path)});
   }
@@ -118,6 +119,27 @@ Imported read_import(const File& file, const Import& written, World& world) {
 
 }  // namespace
 
+const std::vector<Place>* members_named(const Package& package, std::string_view name,
+                                        World& world) {
+  world.rely_on_folder(package.folder, name);
+  const auto found = package.members.find(name);
+  return found == package.members.end() ? nullptr : &found->second;
+}
+
+const std::vector<Place>* methods_named(const Package& package, std::string_view type,
+                                        std::string_view name, World& world) {
+  world.rely_on_folder(package.folder, name);
+  std::string key(type);
+  const auto found = package.methods.find((key += '.') += name);
+  return found == package.methods.end() ? nullptr : &found->second;
+}
+
+const Facts& clause_of(const File& file, World& world) {
+  world.rely_on(file, PACKAGE_NAME);
+  world.rely_on(file, BUILD_CONSTRAINT);
+  return world.facts_by_name(file);
+}
+
 const Package* package_of(const File& file, const Facts& facts, World& world) {
   const Folder* folder = folder_at(folder_of(file.path), world);
   if (folder == nullptr) return nullptr;
@@ -136,7 +158,7 @@ std::string import_path(const File& file, const Facts& facts, World& world) {
 const std::vector<Imported>& imports_of(const File& file, World& world) {
   return world.remember<std::vector<Imported>>("go imports", file, [&] {
     std::vector<Imported> made;
-    for (const Import& each : world.facts(file).imports) {
+    for (const Import& each : world.imports(file)) {
       made.push_back(read_import(file, each, world));
     }
     return made;

@@ -26,13 +26,25 @@ struct Place {
   DefinitionIndex definition = NOWHERE;
 };
 
-/// The names of one package. Points into facts, as World keeps them.
+/// The names of one package. Points into facts, as World keeps them. What it holds of a name is
+/// looked up by members_named and methods_named, which record that.
 struct Package {
   std::string name;
+  std::string folder;
   std::vector<PackageFile> files;                                    ///< by path
   std::unordered_map<std::string_view, std::vector<Place>> members;  ///< at the top level
   std::unordered_map<std::string, std::vector<Place>> methods;       ///< by `Type.Method`
 };
+
+/// What a package defines under a name at its top level; null when it defines nothing.
+const std::vector<Place>* members_named(const Package& package, std::string_view name,
+                                        World& world);
+/// The methods of a name that a package declares for one of its types; null when there are none.
+const std::vector<Place>* methods_named(const Package& package, std::string_view type,
+                                        std::string_view name, World& world);
+
+/// The facts of a file, of which only the package clause and what stands above it may be read.
+const Facts& clause_of(const File& file, World& world);
 
 /// The package that a file belongs to; null for files without a package clause.
 const Package* package_of(const File& file, const Facts& facts, World& world);

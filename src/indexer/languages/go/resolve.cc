@@ -150,8 +150,8 @@ void Resolver::resolve_call(std::int32_t index, const Value& value, const Value&
 }
 
 Candidate Resolver::candidate_of(const File& file, DefinitionIndex definition) {
-  const Facts& known = values_.facts(file);
-  const Definition& made = definition_at(known, definition);
+  const support::Outline& known = values_.outline(file);
+  const Definition& made = known.definition(definition);
   return {.file = &file,
           .definition = definition,
           .kind = made.kind,
@@ -159,7 +159,7 @@ Candidate Resolver::candidate_of(const File& file, DefinitionIndex definition) {
           .least_arguments = made.least_arguments,
           .most_arguments = made.most_arguments,
           .first_line = made.first_line,
-          .container = container_name(known, definition)};
+          .container = known.container(definition)};
 }
 
 void Resolver::prove(std::int32_t index, const Value& value) {
@@ -212,13 +212,12 @@ bool Resolver::is_hidden_test(const Candidate& candidate) const {
 
 /// Counts, for each type of the repository, the methods that it shares with the interface.
 const Resolver::Implementers& Resolver::implementers_of(const Value& method) {
-  const DefinitionIndex owner =
-      definition_at(values_.facts(*method.file), method.definition).parent;
+  const DefinitionIndex owner = values_.definition(method).parent;
   const auto [place, added] = implementers_.try_emplace({method.file->id, owner});
   if (!added) return place->second;
   Implementers& made = place->second;
   const Value interface = {.kind = Value::Kind::TYPE, .file = method.file, .definition = owner};
-  for (const std::string& name : values_.method_names(interface)) {
+  for (const std::string_view name : values_.method_names(interface)) {
     ++made.of;
     std::set<std::string> having;
     for (const Candidate& each : world_.definitions(name)) {
@@ -231,9 +230,11 @@ const Resolver::Implementers& Resolver::implementers_of(const Value& method) {
 
 /// Whether the type of a method embeds others, which may bring it the methods that it lacks.
 bool Resolver::embeds(const Candidate& method) {
-  const Facts& there = values_.facts(*method.file);
-  return std::any_of(there.definitions.begin(), there.definitions.end(), [&](const auto& each) {
-    return each.parent == NOWHERE && each.name == method.container && !each.bases.empty();
+  const support::Outline& there = values_.outline(*method.file);
+  const auto types = there.find(NOWHERE, method.container);
+  return std::any_of(types.begin(), types.end(), [&](const support::Binder& each) {
+    return each.kind == support::Binder::Kind::DEFINITION &&
+           !there.definition(each.index).bases.empty();
   });
 }
 

@@ -52,34 +52,30 @@ bool is_plain_name(std::string_view root) { return support::is_identifier(root) 
 
 Evaluator::Evaluator(const File& file, const Facts& facts, World& world)
     : file_(file), facts_(facts), world_(world), scopes_(facts) {
+  outlines_.emplace(file.id, support::Outline(facts_, scopes_));
   bindings_.resize(facts.bindings.size());
   package_ = origin(file).package;
 }
 
-const Facts& Evaluator::facts(const File& file) {
-  return file.id == file_.id ? facts_ : world_.facts(file);
-}
-
-const support::ScopeIndex& Evaluator::scopes(const File& file) {
-  return file.id == file_.id ? scopes_ : support::scopes_of(file, world_);
-}
-
-const Definition& Evaluator::definition(const Value& value) {
-  return definition_at(facts(*value.file), value.definition);
+const support::Outline& Evaluator::outline(const File& file) {
+  const auto place = outlines_.find(file.id);
+  if (place != outlines_.end()) return place->second;
+  return outlines_.emplace(file.id, support::Outline(file, world_)).first->second;
 }
 
 const Evaluator::Origin& Evaluator::origin(const File& file) {
   const auto [place, added] = origins_.try_emplace(file.id);
   if (added) {
-    place->second.package = go::package_of(file, facts(file), world_);
-    place->second.constraint = constraint_of(file.path, facts(file));
+    const Facts& clause = file.id == file_.id ? facts_ : clause_of(file, world_);
+    place->second.package = go::package_of(file, clause, world_);
+    place->second.constraint = constraint_of(file.path, clause);
   }
   return place->second;
 }
 
 Value Evaluator::definition_value(const Place& place, int depth) {
   const File& file = *place.in->file;
-  const Definition& found = definition_at(facts(file), place.definition);
+  const Definition& found = outline(file).definition(place.definition);
   if (found.kind == Kind::VARIABLE) return variable_value(file, found.name, depth + 1);
   Value made;
   made.file = &file;
@@ -116,9 +112,9 @@ Value Evaluator::chosen(const std::vector<Place>& places, const File& from, int 
 
 Value Evaluator::package_member(const Package& package, const File& from, std::string_view name,
                                 int depth) {
-  const auto found = package.members.find(name);
-  if (found == package.members.end()) return {};
-  Value made = chosen(found->second, from, depth + 1);
+  const std::vector<Place>* places = members_named(package, name, world_);
+  if (places == nullptr) return {};
+  Value made = chosen(*places, from, depth + 1);
   if (!made.is_definition()) return made;
   made.rule = made.file->id == from.id           ? "same-file"
               : origin(from).package == &package ? "same-package"
@@ -128,9 +124,10 @@ Value Evaluator::package_member(const Package& package, const File& from, std::s
 
 Value Evaluator::variable_value(const File& file, std::string_view name, int depth) {
   if (depth > DEEPEST) return {};
-  for (const Binder& binder : scopes(file).find(NOWHERE, name)) {
+  const support::Outline& known = outline(file);
+  for (const Binder& binder : known.find(NOWHERE, name)) {
     if (binder.kind != Binder::Kind::BINDING) continue;
-    const Binding& binding = facts(file).bindings[static_cast<std::size_t>(binder.index)];
+    const Binding& binding = known.binding(binder);
     if (!binding.type.empty()) {
       return {.kind = Value::Kind::INSTANCE,
               .type = {&file, NOWHERE, binding.type},
@@ -144,11 +141,11 @@ Value Evaluator::variable_value(const File& file, std::string_view name, int dep
 }
 
 Value Evaluator::local_type(const File& file, DefinitionIndex scope, std::string_view name) {
-  const Facts& known = facts(file);
-  for (DefinitionIndex at = scope; at != NOWHERE; at = definition_at(known, at).parent) {
-    for (const Binder& binder : scopes(file).find(at, name)) {
+  const support::Outline& known = outline(file);
+  for (DefinitionIndex at = scope; at != NOWHERE; at = known.definition(at).parent) {
+    for (const Binder& binder : known.find(at, name)) {
       if (binder.kind != Binder::Kind::DEFINITION) continue;
-      const Definition& found = definition_at(known, binder.index);
+      const Definition& found = known.definition(binder.index);
       if (support::is_function_kind(found.kind)) continue;
       return {.kind = Value::Kind::TYPE,
               .type = {&file, found.parent, found.name},
@@ -190,9 +187,9 @@ Value Evaluator::name_value(const File& file, DefinitionIndex scope, std::string
                             int depth) {
   if (depth > DEEPEST) return {};
   if (Value local = local_type(file, scope, name); local.is_definition()) return local;
-  if (const Package* package = origin(file).package; package != nullptr) {
-    const auto found = package->members.find(name);
-    if (found != package->members.end()) return package_member(*package, file, name, depth + 1);
+  if (const Package* package = origin(file).package;
+      package != nullptr && members_named(*package, name, world_) != nullptr) {
+    return package_member(*package, file, name, depth + 1);
   }
   Value imported = import_value(file, name);
   if (imported.kind != Value::Kind::UNKNOWN) return imported;
@@ -253,10 +250,10 @@ Value Evaluator::root_value(const File& file, DefinitionIndex scope, std::string
   if (root.starts_with('@')) {
     DefinitionIndex closure = NOWHERE;
     std::from_chars(root.data() + 1, root.data() + root.size(), closure);
-    if (closure < 0 || static_cast<std::size_t>(closure) >= facts(file).definitions.size())
-      return {};
+    const Definition* made = outline(file).definition_if(closure);
+    if (made == nullptr) return {};
     return {.kind = Value::Kind::FUNCTION,
-            .type = {&file, scope, definition_at(facts(file), closure).type},
+            .type = {&file, scope, made->type},
             .file = &file,
             .definition = closure,
             .rule = "local"};

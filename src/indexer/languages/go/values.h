@@ -9,7 +9,7 @@
 #include "indexer/facts.h"
 #include "indexer/languages/go/packages.h"
 #include "indexer/languages/go/types.h"
-#include "indexer/languages/support/scopes.h"
+#include "indexer/languages/support/outline.h"
 #include "indexer/world.h"
 
 /// What names and expressions of Go mean, as far as the text says.
@@ -46,8 +46,10 @@ class Evaluator {
   Evaluator(const File& file, const Facts& facts, World& world);
 
   World& world() { return world_; }
-  const Facts& facts(const File& file);
-  const Definition& definition(const Value& value);
+  const support::Outline& outline(const File& file);
+  const Definition& definition(const Value& value) {
+    return outline(*value.file).definition(value.definition);
+  }
   /// The package of the file being resolved; null without a package clause.
   const Package* package() const { return package_; }
 
@@ -68,11 +70,10 @@ class Evaluator {
   /// UNKNOWN.
   Value named_type(const Type& type, int depth = 0);
   /// The methods that an interface lists or embeds.
-  std::vector<std::string> method_names(const Value& interface);
+  std::vector<std::string_view> method_names(const Value& interface);
 
  private:
   using Binders = std::span<const support::Binder>;
-  const support::ScopeIndex& scopes(const File& file);
   Value package_member(const Package& package, const File& from, std::string_view name, int depth);
   Value definition_value(const Place& place, int depth);
   Value chosen(const std::vector<Place>& places, const File& from, int depth);
@@ -98,6 +99,7 @@ class Evaluator {
   const Facts& facts_;
   World& world_;
   support::ScopeIndex scopes_;
+  std::unordered_map<std::int64_t, support::Outline> outlines_;  // by the file's id
   const Package* package_;
   struct Origin {
     const Package* package = nullptr;

@@ -18,6 +18,29 @@ const Definition& Outline::definition(DefinitionIndex index) const {
   return found;
 }
 
+const Definition* Outline::definition_if(DefinitionIndex index) const {
+  const auto count = static_cast<DefinitionIndex>(facts_->definitions.size());
+  return index < 0 || index >= count ? nullptr : &definition(index);
+}
+
+std::string Outline::container(DefinitionIndex index) const {
+  // Each look is recorded.
+  for (DefinitionIndex at = index; at != NOWHERE;) at = definition(at).parent;
+  return container_name(*facts_, index);
+}
+
+std::vector<std::string_view> Outline::members_of_interface(DefinitionIndex interface) const {
+  rely_on(definition_at(*facts_, interface).name);
+  std::vector<std::string_view> names;
+  for (std::size_t i = static_cast<std::size_t>(interface) + 1; i < facts_->definitions.size();
+       ++i) {
+    const Definition& each = facts_->definitions[i];
+    if (each.parent < interface) break;
+    if (each.parent == interface) names.push_back(each.name);
+  }
+  return names;
+}
+
 const Binding& Outline::binding(const Binder& binder) const {
   return facts_->bindings[static_cast<std::size_t>(binder.index)];
 }

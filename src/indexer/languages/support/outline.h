@@ -1,7 +1,9 @@
 #pragma once
 
 #include <span>
+#include <string>
 #include <string_view>
+#include <vector>
 
 #include "indexer/facts.h"
 #include "indexer/languages/support/scopes.h"
@@ -21,6 +23,12 @@ class Outline {
   /// What gives a name its meaning in one scope; see ScopeIndex::find.
   std::span<const Binder> find(DefinitionIndex scope, std::string_view name) const;
   const Definition& definition(DefinitionIndex index) const;
+  /// The same; null when the file has no such definition.
+  const Definition* definition_if(DefinitionIndex index) const;
+  /// See container_name.
+  std::string container(DefinitionIndex index) const;
+  /// The names of the definitions directly in an interface, in the order of the text.
+  std::vector<std::string_view> members_of_interface(DefinitionIndex interface) const;
   /// Of a binder that find() gave.
   const Binding& binding(const Binder& binder) const;
   const Import& import(const Binder& binder) const;
