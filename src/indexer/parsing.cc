@@ -1,6 +1,5 @@
 #include "indexer/parsing.h"
 
-#include <memory>
 #include <stdexcept>
 
 #include "storage/schema.h"
@@ -39,12 +38,6 @@ const char* read_text(void* payload, std::uint32_t offset, TSPoint, std::uint32_
   return text.data() + offset;
 }
 
-struct DeleteTree {
-  void operator()(TSTree* tree) const { ts_tree_delete(tree); }
-};
-
-using Tree = std::unique_ptr<TSTree, DeleteTree>;
-
 const Language* accepting(const std::vector<const Language*>& languages, std::string_view text) {
   if (languages.size() == 1) return languages.front();
   for (const Language* language : languages) {
@@ -57,31 +50,28 @@ const Language* accepting(const std::vector<const Language*>& languages, std::st
 
 TextParser::TextParser(const std::atomic<bool>* cancelled) : cancelled_(cancelled) {}
 
-TextParser::~TextParser() { ts_parser_delete(parser_); }
-
 void TextParser::parse_with_grammar(std::string_view text, ParsedText& parsed) {
+  const std::string prepared =
+      parsed.language->prepare == nullptr ? std::string() : parsed.language->prepare(text);
+  std::string_view read = prepared.empty() ? text : std::string_view(prepared);
+  // The parser and the tree go with the scope.
   const ParserMemory::Scope scope(memory_, LEAST_MEMORY + text.size() * MEMORY_PER_BYTE);
   try {
-    if (parser_ == nullptr) parser_ = ts_parser_new();
-    ts_parser_reset(parser_);
-    if (!ts_parser_set_language(parser_, parsed.language->grammar())) {
+    TSParser* parser = ts_parser_new();
+    if (!ts_parser_set_language(parser, parsed.language->grammar())) {
       throw std::runtime_error("the grammar of " + std::string(parsed.language->name) +
                                " does not fit the parser");
     }
-    const std::string prepared =
-        parsed.language->prepare == nullptr ? std::string() : parsed.language->prepare(text);
-    std::string_view read = prepared.empty() ? text : std::string_view(prepared);
     const TSInput input = {&read, read_text, TSInputEncodingUTF8, nullptr};
     Progress progress{cancelled_, 0, LEAST_ASKS + text.size()};
-    const Tree tree(ts_parser_parse_with_options(parser_, nullptr, input, {&progress, must_stop}));
+    const TSTree* tree =
+        ts_parser_parse_with_options(parser, nullptr, input, {&progress, must_stop});
     if (tree == nullptr) {
       parsed.problem = "too costly to parse";
     } else {
-      parsed.facts = parsed.language->extract(ts_tree_root_node(tree.get()), text);
+      parsed.facts = parsed.language->extract(ts_tree_root_node(tree), text);
     }
   } catch (const ParserMemory::Exceeded&) {
-    parser_ = nullptr;
-    memory_.release();
     parsed.problem = "too costly to parse";
   }
 }

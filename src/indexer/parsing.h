@@ -10,8 +10,6 @@
 #include "indexer/language.h"
 #include "indexer/parser_memory.h"
 
-struct TSParser;
-
 namespace context_delta::indexer {
 
 /// What became of a text.
@@ -26,9 +24,6 @@ class TextParser {
  public:
   /// `cancelled` (may be null) ends a parse early; what it returned is then of no use.
   explicit TextParser(const std::atomic<bool>* cancelled);
-  ~TextParser();
-  TextParser(const TextParser&) = delete;
-  TextParser& operator=(const TextParser&) = delete;
 
   /// The facts of a text in the first of `languages` that accepts it. Bytes that are not UTF-8
   /// count as replacement characters.
@@ -39,7 +34,6 @@ class TextParser {
 
   const std::atomic<bool>* cancelled_;
   ParserMemory memory_;
-  TSParser* parser_ = nullptr;  // made with the first text
 };
 
 }  // namespace context_delta::indexer
