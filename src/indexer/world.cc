@@ -13,17 +13,23 @@ constexpr std::size_t MOST_BYTES = std::size_t{48} << 20;
 /// Keys that are compared with one another lately; a power of two.
 constexpr std::size_t RECENT_KEYS = 4096;
 
-std::uint32_t key_of(char space, std::string_view text, std::string_view more = {}) {
-  std::uint64_t hash = 0xCBF29CE484222325u;
-  const auto add = [&](char byte) {
-    hash = (hash ^ static_cast<unsigned char>(byte)) * 0x100000001B3u;
-  };
-  add(space);
-  for (const char byte : text) add(byte);
-  if (!more.empty()) add('\0');
-  for (const char byte : more) add(byte);
+/// FNV-1a over 64 bits.
+std::uint64_t hashed(std::uint64_t hash, std::string_view text) {
+  for (const char byte : text) hash = (hash ^ static_cast<unsigned char>(byte)) * 0x100000001B3u;
+  return hash;
+}
+
+std::uint64_t hash_of(char space, std::string_view text) {
+  return hashed(hashed(0xCBF29CE484222325u, {&space, 1}), text);
+}
+
+/// The key of what was hashed, and of a name after it.
+std::uint32_t folded(std::uint64_t hash, std::string_view name = {}) {
+  if (!name.empty()) hash = hashed(hashed(hash, {"", 1}), name);
   return static_cast<std::uint32_t>(hash ^ (hash >> 32));
 }
+
+std::uint32_t key_of(char space, std::string_view text) { return folded(hash_of(space, text)); }
 
 std::size_t footprint(const Facts& facts) {
   return sizeof(Facts) + facts.definitions.size() * (sizeof(Definition) + 100) +
@@ -34,15 +40,19 @@ std::size_t footprint(const Facts& facts) {
 
 }  // namespace
 
+SaidKeys::SaidKeys(std::string_view path) : path_hash_(hash_of('s', path)) {}
+
+std::uint32_t SaidKeys::key(std::string_view name) const { return folded(path_hash_, name); }
+
 std::uint32_t World::name_key(std::string_view name) { return key_of('n', name); }
 std::uint32_t World::path_key(std::string_view path) { return key_of('p', path); }
 std::uint32_t World::interface_key(std::string_view path) { return key_of('i', path); }
 std::uint32_t World::imports_key(std::string_view path) { return key_of('m', path); }
 std::uint32_t World::said_key(std::string_view path, std::string_view name) {
-  return key_of('s', path, name);
+  return SaidKeys(path).key(name);
 }
 std::uint32_t World::said_in_key(std::string_view folder, std::string_view name) {
-  return key_of('d', folder, name);
+  return folded(hash_of('d', folder), name);
 }
 std::uint32_t World::folder_key(std::string_view folder) { return key_of('f', folder); }
 std::uint32_t World::basename_key(std::string_view name) { return key_of('b', name); }
@@ -100,8 +110,6 @@ const std::vector<Import>& World::imports(const File& file) {
 }
 
 const Facts& World::facts_by_name(const File& file) { return *given_facts(file).answer; }
-
-void World::rely_on(const File& file, std::string_view name) { note(said_key(file.path, name)); }
 
 void World::rely_on_folder(std::string_view folder, std::string_view name) {
   note(said_in_key(folder, name));

@@ -49,7 +49,19 @@ class WorldSource {
   virtual std::vector<const File*> folder(std::string_view folder) = 0;
   /// Indexed files whose last path component is `name`, by path.
   virtual std::vector<const File*> files_named(std::string_view name) = 0;
+  /// The references may be left out: they are for the file's own resolution alone.
   virtual std::shared_ptr<const Facts> facts(const File& file) = 0;
+};
+
+/// The keys of what one file says of names; see World::rely_on.
+class SaidKeys {
+ public:
+  SaidKeys() = default;
+  explicit SaidKeys(std::string_view path);
+  std::uint32_t key(std::string_view name) const;
+
+ private:
+  std::uint64_t path_hash_ = 0;
 };
 
 /// The repository as seen while files are resolved. Every answer is recorded as a dependency of
@@ -74,9 +86,9 @@ class World {
   /// For a view of another file that says what it was asked: its facts, of which only what they
   /// say of the names in rely_on() may be relied on.
   const Facts& facts_by_name(const File& file);
-  /// Records a dependency on what the facts of `file` say of one name: the definitions, bindings
+  /// Records a dependency on what the facts of a file say of one name: the definitions, bindings
   /// and imports that give it a meaning in some scope (name_hashes tells when that changes).
-  void rely_on(const File& file, std::string_view name);
+  void rely_on(const SaidKeys& file, std::string_view name) { note(file.key(name)); }
   /// The same of all files directly in a folder, whether they are there yet or not.
   void rely_on_folder(std::string_view folder, std::string_view name);
 

@@ -79,8 +79,8 @@ TEST(World, RecordsPartsOfAFileByThemselves) {
     world.start_record();
     world.imports(source.own);
     world.facts_by_name(source.own);
-    world.rely_on(source.own, "f");
-    world.rely_on(source.own, "f");
+    world.rely_on(SaidKeys(source.own.path), "f");
+    world.rely_on(SaidKeys(source.own.path), "f");
     world.rely_on_folder("a", "f");
     EXPECT_EQ(world.finish_record(), parts);
   }

@@ -135,8 +135,9 @@ const std::vector<Place>* methods_named(const Package& package, std::string_view
 }
 
 const Facts& clause_of(const File& file, World& world) {
-  world.rely_on(file, PACKAGE_NAME);
-  world.rely_on(file, BUILD_CONSTRAINT);
+  const SaidKeys said(file.path);
+  world.rely_on(said, PACKAGE_NAME);
+  world.rely_on(said, BUILD_CONSTRAINT);
   return world.facts_by_name(file);
 }
 

@@ -1,6 +1,8 @@
 #include <algorithm>
+#include <map>
 #include <optional>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "indexer/languages/python/builtins.h"
@@ -42,7 +44,8 @@ class Resolver {
   void guess(std::int32_t index, const Value& value, const Value& owner);
   void dispatch(std::int32_t index, const Value& value, const Value& owner,
                 const std::vector<Candidate>& overrides);
-  std::vector<Candidate> overrides_of(const Value& owner, const Value& method);
+  const std::vector<Candidate>& overrides_of(const Value& owner, const Value& method);
+  std::vector<Candidate> find_overrides(const Value& owner, const Value& method);
   bool is_patched(const Value& owner, const std::string& name);
   bool fits(const Candidate& candidate, const Reference& reference, Shape shape) const;
   std::optional<Candidate> candidate_of(const Value& value);
@@ -54,6 +57,10 @@ class Resolver {
   support::ScopeIndex scopes_;
   Evaluator values_;
   support::Neighbourhood neighbourhood_;
+  // By the owner's file and definition, then the method's.
+  std::map<std::tuple<std::int64_t, DefinitionIndex, std::int64_t, DefinitionIndex>,
+           std::vector<Candidate>>
+      overrides_;
   Resolution made_;
 };
 
@@ -114,7 +121,7 @@ void Resolver::resolve_call(std::int32_t index, const Value& value, const Value&
     return prove(index, value, owner.kind == Value::Kind::SUPER ? "super" : value.rule);
   if (is_patched(owner, method.name)) return guess(index, value, owner);
   if (!owner.exact) {
-    const std::vector<Candidate> overrides = overrides_of(owner, value);
+    const std::vector<Candidate>& overrides = overrides_of(owner, value);
     if (!overrides.empty()) return dispatch(index, value, owner, overrides);
   }
   prove(index, value,
@@ -130,15 +137,27 @@ void Resolver::prove(std::int32_t index, const Value& value, std::string_view ru
 }
 
 std::optional<Candidate> Resolver::candidate_of(const Value& value) {
-  for (const Candidate& candidate : world_.definitions(values_.definition(value).name)) {
-    if (candidate.file->id == value.file->id && candidate.definition == value.definition) {
-      return candidate;
-    }
+  const std::vector<Candidate>& all = world_.definitions(values_.definition(value).name);
+  const auto place = std::lower_bound(
+      all.begin(), all.end(), value, [](const Candidate& candidate, const Value& wanted) {
+        return std::tie(candidate.file->path, candidate.definition) <
+               std::tie(wanted.file->path, wanted.definition);
+      });
+  if (place == all.end() || place->file->id != value.file->id ||
+      place->definition != value.definition) {
+    return std::nullopt;
   }
-  return std::nullopt;
+  return *place;
 }
 
-std::vector<Candidate> Resolver::overrides_of(const Value& owner, const Value& method) {
+const std::vector<Candidate>& Resolver::overrides_of(const Value& owner, const Value& method) {
+  const std::tuple key(owner.file->id, owner.definition, method.file->id, method.definition);
+  const auto place = overrides_.find(key);
+  if (place != overrides_.end()) return place->second;
+  return overrides_.emplace(key, find_overrides(owner, method)).first->second;
+}
+
+std::vector<Candidate> Resolver::find_overrides(const Value& owner, const Value& method) {
   std::vector<Candidate> found;
   const std::string name = values_.definition(method).name;
   if (name.starts_with("__") && !name.ends_with("__")) return found;
@@ -228,19 +247,19 @@ void Resolver::guess(std::int32_t index, const Value& value, const Value& owner)
                           : Shape::ON_VALUE;
   const bool common =
       !bare && !favourite && owner.kind == Value::Kind::UNKNOWN && is_common_method(reference.name);
-  std::vector<Candidate> fitting;
+  std::vector<const Candidate*> fitting;
   for (const Candidate& candidate : world_.definitions(reference.name)) {
     const bool is_favourite = favourite && candidate == *favourite;
     if (!is_favourite && !fits(candidate, reference, shape)) continue;
     if (common && support::nearness(candidate, neighbourhood_) == 3) continue;
-    fitting.push_back(candidate);
+    fitting.push_back(&candidate);
   }
   support::add_guess(made_.edges,
                      {.reference = index,
                       .rule = "namesake",
                       .why = reason(value, owner, reference),
                       .favourite = favourite ? &*favourite : nullptr},
-                     std::move(fitting), neighbourhood_);
+                     fitting, neighbourhood_);
 }
 
 }  // namespace

@@ -108,7 +108,15 @@ Value Evaluator::name_value(const File& file, DefinitionIndex scope, std::string
   return {};
 }
 
-Value Evaluator::combined(const File& file, DefinitionIndex scope, Binders binders, int depth) {
+const Value& Evaluator::combined(const File& file, DefinitionIndex scope, Binders binders,
+                                 int depth) {
+  const std::pair key(binders.data(), depth);
+  const auto place = combined_.find(key);
+  if (place != combined_.end()) return place->second;
+  return combined_.emplace(key, combine(file, scope, binders, depth)).first->second;
+}
+
+Value Evaluator::combine(const File& file, DefinitionIndex scope, Binders binders, int depth) {
   const support::Outline& known = outline(file);
   std::vector<Value> values;
   bool has_definition = false;

@@ -85,7 +85,8 @@ class Evaluator {
 
  private:
   using Binders = std::span<const support::Binder>;
-  Value combined(const File& file, DefinitionIndex scope, Binders binders, int depth);
+  const Value& combined(const File& file, DefinitionIndex scope, Binders binders, int depth);
+  Value combine(const File& file, DefinitionIndex scope, Binders binders, int depth);
   Value definition_value(const File& file, DefinitionIndex index);
   Value binding_value(const File& file, const Binding& binding, int depth);
   Value import_value(const File& file, const Import& import, int depth);
@@ -105,6 +106,9 @@ class Evaluator {
   std::unordered_map<std::int64_t, support::Outline> outlines_;  // by the file's id
   std::map<std::int64_t, std::map<std::string, ModuleAnswer, std::less<>>> modules_;
   std::map<std::pair<std::int64_t, DefinitionIndex>, Ancestry> ancestries_;
+  // By the first binder and the depth, which bounds what is followed. An evaluator serves one
+  // record, so what an answer depends on is noted already when it is given again.
+  std::map<std::pair<const support::Binder*, int>, Value> combined_;
   // While the bases of classes are read: what is inherited is not known yet.
   bool own_members_only_ = false;
 };

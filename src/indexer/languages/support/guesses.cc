@@ -36,9 +36,8 @@ int nearness(const Candidate& candidate, const Neighbourhood& neighbourhood) {
   return 3;
 }
 
-void add_guess(std::vector<Edge>& edges, const Guess& guess, std::vector<Candidate> fitting,
-               const Neighbourhood& neighbourhood) {
-  if (fitting.empty()) return;
+void add_guess(std::vector<Edge>& edges, const Guess& guess,
+               std::span<const Candidate* const> fitting, const Neighbourhood& neighbourhood) {
   struct Ranked {
     bool other;
     int nearness;
@@ -46,18 +45,21 @@ void add_guess(std::vector<Edge>& edges, const Guess& guess, std::vector<Candida
     const Candidate* candidate;
   };
   std::vector<Ranked> ranked;
-  for (const Candidate& candidate : fitting) {
-    const bool favourite = guess.favourite != nullptr && candidate == *guess.favourite;
-    ranked.push_back({!favourite, nearness(candidate, neighbourhood),
-                      distance(candidate.file->path, neighbourhood.file->path), &candidate});
+  ranked.reserve(fitting.size());
+  for (const Candidate* candidate : fitting) {
+    const bool favourite = guess.favourite != nullptr && *candidate == *guess.favourite;
+    ranked.push_back({!favourite, nearness(*candidate, neighbourhood),
+                      distance(candidate->file->path, neighbourhood.file->path), candidate});
   }
-  std::sort(ranked.begin(), ranked.end(), [](const Ranked& a, const Ranked& b) {
+  const std::size_t listed = std::min(ranked.size(), MOST_GUESSES);
+  const auto end_of_listed = ranked.begin() + static_cast<std::ptrdiff_t>(listed);
+  const auto before = [](const Ranked& a, const Ranked& b) {
     return std::tie(a.other, a.nearness, a.distance, a.candidate->file->path,
                     a.candidate->definition) < std::tie(b.other, b.nearness, b.distance,
                                                         b.candidate->file->path,
                                                         b.candidate->definition);
-  });
-  const std::size_t listed = std::min(ranked.size(), MOST_GUESSES);
+  };
+  std::partial_sort(ranked.begin(), end_of_listed, ranked.end(), before);
   for (std::size_t i = 0; i < listed; ++i) {
     edges.push_back({.reference = guess.reference,
                      .target = *ranked[i].candidate,
@@ -67,6 +69,14 @@ void add_guess(std::vector<Edge>& edges, const Guess& guess, std::vector<Candida
                      .candidates = static_cast<std::int32_t>(fitting.size()),
                      .rank = static_cast<std::int32_t>(i)});
   }
+}
+
+void add_guess(std::vector<Edge>& edges, const Guess& guess, const std::vector<Candidate>& fitting,
+               const Neighbourhood& neighbourhood) {
+  std::vector<const Candidate*> pointers;
+  pointers.reserve(fitting.size());
+  for (const Candidate& candidate : fitting) pointers.push_back(&candidate);
+  add_guess(edges, guess, pointers, neighbourhood);
 }
 
 }  // namespace context_delta::indexer::support

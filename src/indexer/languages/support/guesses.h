@@ -1,6 +1,6 @@
 #pragma once
 
-#include <functional>
+#include <span>
 #include <string_view>
 #include <unordered_set>
 #include <vector>
@@ -35,7 +35,9 @@ bool accepts_arguments(const Candidate& candidate, std::int16_t arguments);
 /// Appends the edges of a guess among `fitting`: same file, then same folder, then imported files,
 /// then the rest; within each, fewer folders apart first, then by path and definition. No edge when
 /// nothing fits.
-void add_guess(std::vector<Edge>& edges, const Guess& guess, std::vector<Candidate> fitting,
+void add_guess(std::vector<Edge>& edges, const Guess& guess,
+               std::span<const Candidate* const> fitting, const Neighbourhood& neighbourhood);
+void add_guess(std::vector<Edge>& edges, const Guess& guess, const std::vector<Candidate>& fitting,
                const Neighbourhood& neighbourhood);
 
 /// 0 same file, 1 same folder, 2 imported, 3 the rest.

@@ -3,7 +3,7 @@
 namespace context_delta::indexer::support {
 
 Outline::Outline(const File& file, World& world)
-    : file_(&file), world_(&world), facts_(&world.facts_by_name(file)) {
+    : said_(file.path), world_(&world), facts_(&world.facts_by_name(file)) {
   scopes_ = &world.remember<ScopeIndex>("outline", file, [&] { return ScopeIndex(*facts_); });
 }
 

@@ -44,10 +44,10 @@ class Outline {
 
  private:
   void rely_on(std::string_view name) const {
-    if (world_ != nullptr) world_->rely_on(*file_, name);
+    if (world_ != nullptr) world_->rely_on(said_, name);
   }
 
-  const File* file_ = nullptr;
+  SaidKeys said_;
   World* world_ = nullptr;
   const Facts* facts_;
   const ScopeIndex* scopes_;
