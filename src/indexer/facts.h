@@ -138,9 +138,18 @@ std::string local_name(const Facts& facts, DefinitionIndex definition);
 /// The names that enclose a definition, joined by '.': local_name without its own name.
 std::string container_name(const Facts& facts, DefinitionIndex definition);
 
-/// The facts as bytes, and back. decode_facts raises std::runtime_error on bytes that are no facts.
-std::string encode_facts(const Facts& facts);
-Facts decode_facts(std::string_view bytes);
+/// Facts as bytes, in two parts: what other files may ask for, and the references, which only
+/// the file's own resolution reads.
+struct EncodedFacts {
+  std::string shared;      ///< all but the references
+  std::string references;  ///< of no use without the other part
+};
+
+EncodedFacts encode_facts(const Facts& facts);
+/// Both raise std::runtime_error on bytes that are no facts.
+Facts decode_facts(const EncodedFacts& encoded);
+/// Without the references.
+Facts decode_shared_facts(std::string_view shared);
 
 /// A hash of what other files may build on: everything but references, the bindings inside
 /// functions, and line numbers.

@@ -4,9 +4,10 @@
 #include "indexer/facts.h"
 #include "indexer/varint.h"
 
-// Layout: the strings of the blob, each once, in the order of first use (count, then length and
-// bytes of each), then the five lists (count, then items). All numbers are variable-length
-// integers; lines are differences from the line of the item before, strings indexes.
+// Layout of each part: the strings that no part before it has, each once, in the order of first use
+// (count, then length and bytes of each), then its lists (count, then items). All numbers are
+// variable-length integers; lines are differences from the line of the item before, strings
+// indexes.
 namespace context_delta::indexer {
 namespace {
 
@@ -22,6 +23,7 @@ class Writer {
   void string(std::string_view text) {
     const auto [place, added] = indexes_.try_emplace(text, indexes_.size());
     if (added) {
+      ++added_;
       append_number(strings_, text.size());
       strings_ += text;
     }
@@ -33,26 +35,34 @@ class Writer {
     last_line_ = 0;
     for (const Item& item : items) write_item(item);
   }
-  std::string bytes() const {
-    std::string all;
-    all.reserve(strings_.size() + body_.size() + 10);
-    append_number(all, indexes_.size());
-    all += strings_;
-    all += body_;
-    return all;
+  /// Ends a part; what is written next belongs to the one after it.
+  std::string take_part() {
+    std::string part;
+    part.reserve(strings_.size() + body_.size() + 10);
+    append_number(part, added_);
+    part += strings_;
+    part += body_;
+    strings_.clear();
+    body_.clear();
+    added_ = 0;
+    return part;
   }
 
  private:
   std::unordered_map<std::string_view, std::size_t> indexes_;
-  std::string strings_, body_;
+  std::string strings_, body_;  // of the part being written
+  std::size_t added_ = 0;       // strings
   std::int64_t last_line_ = 0;
 };
 
 class Reader {
  public:
-  explicit Reader(std::string_view bytes) : bytes_(bytes) {
-    strings_.reserve(count());
-    for (std::size_t left = strings_.capacity(); left > 0; --left) {
+  /// Begins a part. Its bytes must outlive the reader.
+  void begin(std::string_view part) {
+    bytes_ = part;
+    std::size_t left = count();
+    strings_.reserve(strings_.size() + left);
+    for (; left > 0; --left) {
       const std::uint64_t length = unsigned_number();
       if (length > bytes_.size()) fail();
       strings_.push_back(bytes_.substr(0, length));
@@ -223,31 +233,48 @@ void read(Reader& reader, Import& import, DefinitionIndex last) {
   import.traits = reader.traits();
 }
 
-}  // namespace
-
-std::string encode_facts(const Facts& facts) {
-  Writer writer;
-  const auto write_item = [&](const auto& item) { write(writer, item); };
-  writer.list(facts.definitions, write_item);
-  writer.list(facts.references, write_item);
-  writer.list(facts.bindings, write_item);
-  writer.list(facts.imports, write_item);
-  writer.list(facts.exports, [&](const std::string& name) { writer.string(name); });
-  return writer.bytes();
-}
-
-Facts decode_facts(std::string_view bytes) {
-  Reader reader(bytes);
+Facts read_shared(Reader& reader, std::string_view shared) {
+  reader.begin(shared);
   Facts facts;
   DefinitionIndex index = 0;
   reader.list(facts.definitions, [&](Definition& item) { read(reader, item, index++); });
   const DefinitionIndex last = index - 1;
-  reader.list(facts.references, [&](Reference& item) { read(reader, item, last); });
   reader.list(facts.bindings, [&](Binding& item) { read(reader, item, last); });
   reader.list(facts.imports, [&](Import& item) { read(reader, item, last); });
   reader.list(facts.exports, [&](std::string& name) { name = reader.string(); });
   reader.finish();
   return facts;
+}
+
+}  // namespace
+
+EncodedFacts encode_facts(const Facts& facts) {
+  Writer writer;
+  EncodedFacts encoded;
+  const auto write_item = [&](const auto& item) { write(writer, item); };
+  writer.list(facts.definitions, write_item);
+  writer.list(facts.bindings, write_item);
+  writer.list(facts.imports, write_item);
+  writer.list(facts.exports, [&](const std::string& name) { writer.string(name); });
+  encoded.shared = writer.take_part();
+  writer.list(facts.references, write_item);
+  encoded.references = writer.take_part();
+  return encoded;
+}
+
+Facts decode_facts(const EncodedFacts& encoded) {
+  Reader reader;
+  Facts facts = read_shared(reader, encoded.shared);
+  reader.begin(encoded.references);
+  const DefinitionIndex last = static_cast<DefinitionIndex>(facts.definitions.size()) - 1;
+  reader.list(facts.references, [&](Reference& item) { read(reader, item, last); });
+  reader.finish();
+  return facts;
+}
+
+Facts decode_shared_facts(std::string_view shared) {
+  Reader reader;
+  return read_shared(reader, shared);
 }
 
 }  // namespace context_delta::indexer

@@ -17,35 +17,51 @@ WHERE name = ?1 AND kind <> ?3)";
 
 }  // namespace
 
-void FactsStore::keep(std::int64_t blob, std::string encoded) {
+void FactsStore::keep(std::int64_t blob, EncodedFacts encoded) {
   const std::lock_guard guard(own_lock_);
-  if (bytes_ + encoded.size() > MOST_KEPT_BYTES) return;
-  bytes_ += encoded.size();
-  kept_.emplace(blob, std::make_shared<std::string>(std::move(encoded)));
+  const std::size_t bytes = encoded.shared.size() + encoded.references.size();
+  if (bytes_ + bytes > MOST_KEPT_BYTES) return;
+  bytes_ += bytes;
+  kept_.emplace(blob, std::make_shared<EncodedFacts>(std::move(encoded)));
 }
 
 std::shared_ptr<const Facts> FactsStore::load(std::int64_t blob) const {
-  std::shared_ptr<const std::string> encoded;
+  std::shared_ptr<const EncodedFacts> encoded = kept(blob);
+  if (!encoded) {
+    encoded = std::make_shared<EncodedFacts>(
+        EncodedFacts{stored(blob, "facts"), stored(blob, "reference_facts")});
+  }
+  return std::make_shared<Facts>(decode_facts(*encoded));
+}
+
+std::shared_ptr<const Facts> FactsStore::load_shared(std::int64_t blob) const {
   {
     const std::lock_guard guard(own_lock_);
     const auto known = decoded_.find(blob);
     std::shared_ptr<const Facts> facts;
     if (known != decoded_.end()) facts = known->second.lock();
     if (facts) return facts;
-    const auto place = kept_.find(blob);
-    if (place != kept_.end()) encoded = place->second;
   }
-  const auto facts = std::make_shared<Facts>(decode_facts(encoded ? *encoded : stored(blob)));
+  const std::shared_ptr<const EncodedFacts> encoded = kept(blob);
+  auto facts = std::make_shared<Facts>(
+      decode_shared_facts(encoded ? encoded->shared : stored(blob, "facts")));
   const std::lock_guard guard(own_lock_);
   decoded_[blob] = facts;
   return facts;
 }
 
-std::string FactsStore::stored(std::int64_t blob) const {
+std::shared_ptr<const EncodedFacts> FactsStore::kept(std::int64_t blob) const {
+  const std::lock_guard guard(own_lock_);
+  const auto place = kept_.find(blob);
+  return place == kept_.end() ? nullptr : place->second;
+}
+
+std::string FactsStore::stored(std::int64_t blob, const char* column) const {
   std::string bytes;
   {
     const std::lock_guard guard(lock_);
-    storage::Statement row(database_, "SELECT facts FROM blobs WHERE id = ?1");
+    storage::Statement row(database_,
+                           "SELECT " + std::string(column) + " FROM blobs WHERE id = ?1");
     if (row.bind(1, blob).step()) bytes = row.blob(0);
   }
   return decompressed(bytes);
@@ -105,7 +121,7 @@ void IndexSource::add_stored(std::string_view name, std::vector<Candidate>& foun
 
 std::shared_ptr<const Facts> IndexSource::facts(const File& file) {
   const auto index = catalogue_.index_of(file.id);
-  return facts_.load(catalogue_.files[*index].blob);
+  return facts_.load_shared(catalogue_.files[*index].blob);
 }
 
 }  // namespace context_delta::indexer

@@ -20,19 +20,22 @@ class FactsStore {
   FactsStore(const storage::Database& database, std::mutex& lock)
       : database_(database), lock_(lock) {}
 
-  void keep(std::int64_t blob, std::string encoded);
-  /// The same facts as long as anybody has them. The caller does not hold the lock.
+  void keep(std::int64_t blob, EncodedFacts encoded);
+  // The caller of these does not hold the lock.
   std::shared_ptr<const Facts> load(std::int64_t blob) const;
+  /// Without the references. The same facts as long as anybody has them.
+  std::shared_ptr<const Facts> load_shared(std::int64_t blob) const;
 
  private:
-  std::string stored(std::int64_t blob) const;
+  std::shared_ptr<const EncodedFacts> kept(std::int64_t blob) const;
+  std::string stored(std::int64_t blob, const char* column) const;
 
   const storage::Database& database_;
   std::mutex& lock_;
   mutable std::mutex own_lock_;  // of what follows
   mutable std::unordered_map<std::int64_t, std::weak_ptr<const Facts>> decoded_;
   std::size_t bytes_ = 0;
-  std::unordered_map<std::int64_t, std::shared_ptr<const std::string>> kept_;
+  std::unordered_map<std::int64_t, std::shared_ptr<const EncodedFacts>> kept_;
 };
 
 /// The commit as rules see it: the names of changed files from a table in memory, those of all

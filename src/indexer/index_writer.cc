@@ -46,7 +46,7 @@ std::vector<PackedCall> difference(std::span<const PackedCall> all,
 
 IndexWriter::IndexWriter(const storage::Database& database)
     : database_(database),
-      insert_blob_(database, "INSERT INTO blobs VALUES(NULL, ?1, ?2, ?3, ?4, ?5, 0, ?6)"),
+      insert_blob_(database, "INSERT INTO blobs VALUES(NULL, ?1, ?2, ?3, ?4, ?5, 0, ?6, ?7)"),
       insert_symbol_(database, INSERT_SYMBOL),
       insert_scope_(database, "INSERT INTO scopes VALUES(?1, ?2, ?3, ?4)"),
       insert_segment_(database, "INSERT INTO segments VALUES(?1, ?2, ?3, ?4, ?5)"),
@@ -86,11 +86,14 @@ std::int64_t IndexWriter::language_id(std::string_view name) {
 }
 
 std::int64_t IndexWriter::add_blob(const CatalogueFile& file, std::uint64_t interface_hash,
-                                   std::string_view facts) {
+                                   const EncodedFacts& compressed_facts) {
   insert_blob_.bind_blob(1, file.object).bind(2, file.claim->id);
   file.language == 0 ? insert_blob_.bind_null(3) : insert_blob_.bind(3, file.language);
   file.problem ? insert_blob_.bind(4, *file.problem) : insert_blob_.bind_null(4);
-  insert_blob_.bind(5, static_cast<std::int64_t>(interface_hash)).bind_blob(6, facts).run();
+  insert_blob_.bind(5, static_cast<std::int64_t>(interface_hash))
+      .bind_blob(6, compressed_facts.shared)
+      .bind_blob(7, compressed_facts.references)
+      .run();
   return database_.integer("SELECT last_insert_rowid()");
 }
 

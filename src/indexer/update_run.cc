@@ -45,14 +45,14 @@ class UpdateRun::JobWorker {
     const CatalogueFile& file = run_.catalogue_.files[job.files.front()];
     JobResult result;
     if (job.stored) {
-      if (file.is_indexed()) result.definitions = defined(*run_.facts_.load(file.blob));
+      if (file.is_indexed()) result.definitions = defined(*run_.facts_.load_shared(file.blob));
       return result;
     }
     parse(file, result);
     run_.check_cancelled();
     result.interface = interface_hash(result.parsed.facts);
     result.encoded = encode_facts(result.parsed.facts);
-    result.compressed = compressed(result.encoded);
+    result.compressed = {compressed(result.encoded.shared), compressed(result.encoded.references)};
     result.definitions = defined(result.parsed.facts);
     result.parsed.facts = {};
     return result;
@@ -232,7 +232,7 @@ void UpdateRun::set_language(CatalogueFile& file, const Language* language) {
 void UpdateRun::collect_stale() {
   for (const OldFile* file : catalogue_.removed) {
     if (!file->is_indexed()) continue;
-    const auto facts = facts_.load(file->blob);
+    const auto facts = facts_.load_shared(file->blob);
     add_whole_file(file->path, *facts, stale_);
     numbers_[file->id].assign(facts->definitions.size(), NOWHERE);
   }
@@ -243,8 +243,8 @@ void UpdateRun::collect_stale() {
 
 void UpdateRun::collect_stale_of(const CatalogueFile& file) {
   const bool was_indexed = file.before != nullptr && file.before->is_indexed();
-  const auto before = was_indexed ? facts_.load(file.before->blob) : nullptr;
-  const auto after = file.is_indexed() ? facts_.load(file.blob) : nullptr;
+  const auto before = was_indexed ? facts_.load_shared(file.before->blob) : nullptr;
+  const auto after = file.is_indexed() ? facts_.load_shared(file.blob) : nullptr;
   if (before && after && file.before->language == file.language) {
     auto numbers = compare_facts(file.file.path, *before, *after, stale_);
     if (!is_identity(numbers)) numbers_[file.file.id] = std::move(numbers);

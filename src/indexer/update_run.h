@@ -37,8 +37,8 @@ class UpdateRun {
   struct JobResult {
     ParsedText parsed;
     bool missing = false;
-    std::string encoded;
-    std::string compressed;
+    EncodedFacts encoded;
+    EncodedFacts compressed;
     std::uint64_t interface = 0;
     std::vector<Defined> definitions;
   };

@@ -38,7 +38,8 @@ CREATE TABLE blobs(
   problem TEXT,              -- why the text was not parsed
   interface INTEGER NOT NULL,
   unused INTEGER NOT NULL,   -- the generation in which the last file left it; 0 while in use
-  facts BLOB NOT NULL,       -- encoded and compressed
+  facts BLOB NOT NULL,       -- encoded and compressed: all but the references
+  reference_facts BLOB NOT NULL,
   UNIQUE (object, claim));
 
 -- Of the commit.

@@ -76,28 +76,37 @@ class Generator {
 
 TEST(Facts, DecodeGivesBackWhatWasEncoded) {
   for (std::uint32_t seed = 0; seed < 500; ++seed) {
-    const Facts facts = Generator(seed).facts();
-    ASSERT_EQ(decode_facts(encode_facts(facts)), facts) << "seed " << seed;
+    Facts facts = Generator(seed).facts();
+    const EncodedFacts encoded = encode_facts(facts);
+    ASSERT_EQ(decode_facts(encoded), facts) << "seed " << seed;
+    facts.references.clear();
+    ASSERT_EQ(decode_shared_facts(encoded.shared), facts) << "seed " << seed;
   }
 }
 
 TEST(Facts, BytesCutShortAreRefused) {
   for (std::uint32_t seed = 0; seed < 50; ++seed) {
-    const std::string bytes = encode_facts(Generator(seed).facts());
-    for (std::size_t length = 0; length < bytes.size(); ++length) {
-      ASSERT_THROW(decode_facts(bytes.substr(0, length)), std::runtime_error) << seed;
+    const EncodedFacts whole = encode_facts(Generator(seed).facts());
+    for (std::string EncodedFacts::*part : {&EncodedFacts::shared, &EncodedFacts::references}) {
+      EncodedFacts other = whole;
+      for (std::size_t length = 0; length < (whole.*part).size(); ++length) {
+        other.*part = (whole.*part).substr(0, length);
+        ASSERT_THROW(decode_facts(other), std::runtime_error) << seed;
+      }
+      other.*part = whole.*part + '\0';
+      ASSERT_THROW(decode_facts(other), std::runtime_error) << seed;
     }
-    ASSERT_THROW(decode_facts(bytes + '\0'), std::runtime_error) << seed;
   }
 }
 
 TEST(Facts, DamagedBytesAreRefusedOrGiveFactsThatKeepTheRules) {
   for (std::uint32_t seed = 0; seed < 300; ++seed) {
-    std::string bytes = encode_facts(Generator(seed).facts());
+    EncodedFacts encoded = encode_facts(Generator(seed).facts());
     std::mt19937 random(seed);
+    std::string& bytes = seed % 2 == 0 ? encoded.shared : encoded.references;
     bytes[random() % bytes.size()] = static_cast<char>(random());
     try {
-      const Facts facts = decode_facts(bytes);
+      const Facts facts = decode_facts(encoded);
       for (std::size_t i = 0; i < facts.definitions.size(); ++i) {
         ASSERT_LT(facts.definitions[i].parent, static_cast<DefinitionIndex>(i));
       }
