@@ -70,6 +70,10 @@ class SegmentCutter {
         add(i, definition_at(facts, i).last_line);
       }
     }
+    // As the table keeps them: rows in order are cheaper to insert.
+    std::sort(rows_.segments.begin(), rows_.segments.end(), [](const auto& a, const auto& b) {
+      return std::tie(a.last_line, a.definition) < std::tie(b.last_line, b.definition);
+    });
   }
 
  private:

@@ -17,9 +17,6 @@ using storage::symbol_id;
 /// Calls that are sorted in memory at once.
 constexpr std::int64_t MOST_CALLS_A_PASS = 1 << 20;
 
-constexpr std::string_view INSERT_SYMBOL =
-    "INSERT INTO symbols VALUES(?1, ?2, ?3, ?4, ?5, ?6, ?7, ?8, ?9, ?10)";
-
 void write_kinds(const storage::Database& database) {
   Statement insert(database, "INSERT OR REPLACE INTO kinds VALUES(?1, ?2)");
   for (int kind = 0; kind <= static_cast<int>(Kind::MACRO); ++kind) {
@@ -46,15 +43,16 @@ std::vector<PackedCall> difference(std::span<const PackedCall> all,
 
 IndexWriter::IndexWriter(const storage::Database& database)
     : database_(database),
+      insert_symbols_(database, "INSERT INTO symbols", 10),
+      insert_scopes_(database, "INSERT INTO scopes", 4),
+      insert_segments_(database, "INSERT INTO segments", 5),
+      insert_calls_(database, "INSERT OR IGNORE INTO calls", 4),
       insert_blob_(database, "INSERT INTO blobs VALUES(NULL, ?1, ?2, ?3, ?4, ?5, 0, ?6, ?7)"),
-      insert_symbol_(database, INSERT_SYMBOL),
-      insert_scope_(database, "INSERT INTO scopes VALUES(?1, ?2, ?3, ?4)"),
-      insert_segment_(database, "INSERT INTO segments VALUES(?1, ?2, ?3, ?4, ?5)"),
-      insert_call_(database, "INSERT OR IGNORE INTO calls VALUES(?1, ?2, ?3, ?4)"),
       erase_call_(database,
                   "DELETE FROM calls WHERE callee = ?1 AND caller = ?2 AND line = ?3 "
                   "AND evidence = ?4"),
-      insert_resolution_(database, "INSERT OR REPLACE INTO resolutions VALUES(?1, ?2, ?3, ?4)"),
+      insert_resolution_(database,
+                         "INSERT OR REPLACE INTO resolutions VALUES(?1, ?2, ?3, ?4, ?5, ?6, ?7)"),
       select_calls_(database, "SELECT calls FROM resolutions WHERE file = ?1"),
       select_uses_(database, "SELECT uses FROM resolutions WHERE file = ?1"),
       update_calls_(database, "UPDATE resolutions SET calls = ?2 WHERE file = ?1"),
@@ -118,12 +116,23 @@ void IndexWriter::write_file(const CatalogueFile& file, const FileRows& rows, bo
     erase_calls(id, difference(before, calls));
     insert_calls(id, difference(calls, before));
   }
+  write_resolution(id, rows, calls);
+}
+
+void IndexWriter::write_resolution(std::int64_t file, const FileRows& rows,
+                                   std::span<const PackedCall> calls) {
+  const auto guessed = std::count_if(calls.begin(), calls.end(),
+                                     [](const PackedCall& call) { return call.evidence & 1; });
+  const std::string keys = pack_keys(rows.dependencies);
   const std::string packed = pack_calls(calls);
   const std::string uses = pack_uses(rows.uses);
-  insert_resolution_.bind(1, id)
-      .bind_blob(2, pack_keys(rows.dependencies))
-      .bind_blob(3, packed)
-      .bind_blob(4, uses)
+  insert_resolution_.bind(1, file)
+      .bind(2, std::ssize(rows.facts->definitions))
+      .bind(3, std::ssize(calls) - guessed)
+      .bind(4, guessed)
+      .bind_blob(5, keys)
+      .bind_blob(6, packed)
+      .bind_blob(7, uses)
       .run();
 }
 
@@ -166,22 +175,19 @@ void IndexWriter::renumber(std::int64_t file, const std::vector<DefinitionIndex>
   // All old rows go before the first new one comes: a new number may be another's old one.
   std::vector<std::pair<std::int64_t, std::vector<PackedCall>>> renumbered;
   for (const std::int64_t caller : callers) {
-    std::vector<PackedCall> calls = calls_of(caller);
-    std::vector<PackedCall> into_file;
+    const std::vector<PackedCall> before = calls_of(caller);
+    std::vector<PackedCall> calls = before;
     for (PackedCall& call : calls) {
       if (call.callee >> SYMBOL_BITS != file) continue;
-      into_file.push_back(call);
       const auto index = static_cast<std::size_t>((call.callee & storage::MOST_SYMBOLS) - 1);
       call.callee = symbol_id(file, numbers.at(index) + 1);
     }
-    erase_calls(caller, into_file);
     std::sort(calls.begin(), calls.end());
-    renumbered.emplace_back(caller, std::move(calls));
-  }
-  for (const auto& [caller, calls] : renumbered) {
-    insert_calls(caller, calls);
+    erase_calls(caller, difference(before, calls));
     store_calls(caller, calls);
+    renumbered.emplace_back(caller, difference(calls, before));
   }
+  for (const auto& [caller, calls] : renumbered) insert_calls(caller, calls);
 }
 
 void IndexWriter::write_all_calls() {
@@ -210,9 +216,9 @@ void IndexWriter::write_all_calls() {
       }
     }
     std::sort(calls.begin(), calls.end());
-    for (const auto& [callee, caller, line, evidence] : calls) {
-      insert_call_.bind(1, callee).bind(2, caller).bind(3, line).bind(4, evidence).run();
-    }
+    insert_calls_.insert(calls.size(), [&](Statement& insert, int parameter, std::size_t index) {
+      for (const std::int64_t value : calls[index]) insert.bind(parameter++, value);
+    });
   }
 }
 
@@ -225,47 +231,49 @@ void IndexWriter::finish(std::string_view commit, std::string_view languages) {
 }
 
 void IndexWriter::write_symbols(std::int64_t file, const FileRows& rows) {
-  insert_symbol_.bind(1, symbol_id(file, 0)).bind(2, "<module>").bind(3, storage::MODULE_KIND);
-  insert_symbol_.bind(4, 0).bind(5, 1).bind(6, 0).bind(7, 0).bind(8, 0).bind(9, 0).bind(10, "");
-  insert_symbol_.run();
-  std::int64_t number = 0;
-  for (const Definition& definition : rows.facts->definitions) {
-    const std::uint32_t scope = rows.scopes_of[static_cast<std::size_t>(number)];
-    insert_symbol_.bind(1, symbol_id(file, ++number))
-        .bind(2, definition.name)
-        .bind(3, static_cast<std::int64_t>(definition.kind))
-        .bind(4, scope)
-        .bind(5, definition.first_line)
-        .bind(6, definition.last_line - definition.first_line)
-        .bind(7, definition.traits)
-        .bind(8, definition.least_arguments)
-        .bind(9, definition.most_arguments)
-        .bind(10, definition.signature)
-        .run();
-  }
+  Definition module;
+  module.name = "<module>";
+  module.last_line = module.first_line;
+  module.most_arguments = 0;
+  const auto bind = [&](Statement& insert, int parameter, std::size_t number) {
+    const Definition& symbol = number == 0 ? module : rows.facts->definitions[number - 1];
+    const auto kind = number == 0 ? storage::MODULE_KIND : static_cast<std::int64_t>(symbol.kind);
+    insert.bind(parameter, symbol_id(file, static_cast<std::int64_t>(number)))
+        .bind(parameter + 1, symbol.name)
+        .bind(parameter + 2, kind)
+        .bind(parameter + 3, std::int64_t{number == 0 ? 0 : rows.scopes_of[number - 1]})
+        .bind(parameter + 4, symbol.first_line)
+        .bind(parameter + 5, symbol.last_line - symbol.first_line)
+        .bind(parameter + 6, symbol.traits)
+        .bind(parameter + 7, symbol.least_arguments)
+        .bind(parameter + 8, symbol.most_arguments)
+        .bind(parameter + 9, symbol.signature);
+  };
+  insert_symbols_.insert(rows.facts->definitions.size() + 1, bind);
 }
 
 void IndexWriter::write_scopes(std::int64_t file, const FileRows& rows) {
-  std::int64_t number = 0;
-  for (const FileRows::Scope& scope : rows.scopes) {
-    insert_scope_.bind(1, symbol_id(file, number++))
-        .bind(2, scope.container)
-        .bind(3, scope.qualifier)
-        .bind(4, scope.whole ? 1 : 0)
-        .run();
-  }
+  insert_scopes_.insert(rows.scopes.size(),
+                        [&](Statement& insert, int parameter, std::size_t number) {
+                          const FileRows::Scope& scope = rows.scopes[number];
+                          insert.bind(parameter, symbol_id(file, static_cast<std::int64_t>(number)))
+                              .bind(parameter + 1, scope.container)
+                              .bind(parameter + 2, scope.qualifier)
+                              .bind(parameter + 3, scope.whole ? 1 : 0);
+                        });
 }
 
 void IndexWriter::write_segments(std::int64_t file, const FileRows& rows) {
-  for (const FileRows::Segment& segment : rows.segments) {
-    const auto index = static_cast<std::size_t>(segment.definition);
-    insert_segment_.bind(1, file)
-        .bind(2, segment.last_line)
-        .bind(3, segment.definition + 1)
-        .bind(4, segment.first_line)
-        .bind(5, static_cast<std::int64_t>(rows.facts->definitions[index].kind))
-        .run();
-  }
+  insert_segments_.insert(
+      rows.segments.size(), [&](Statement& insert, int parameter, std::size_t index) {
+        const FileRows::Segment& segment = rows.segments[index];
+        const auto symbol = static_cast<std::size_t>(segment.definition);
+        insert.bind(parameter, file)
+            .bind(parameter + 1, segment.last_line)
+            .bind(parameter + 2, segment.definition + 1)
+            .bind(parameter + 3, segment.first_line)
+            .bind(parameter + 4, static_cast<std::int64_t>(rows.facts->definitions[symbol].kind));
+      });
 }
 
 bool IndexWriter::has_scopes(std::int64_t file, const FileRows& rows) {
@@ -330,13 +338,13 @@ void IndexWriter::erase_calls(std::int64_t file, std::span<const PackedCall> cal
 }
 
 void IndexWriter::insert_calls(std::int64_t file, std::span<const PackedCall> calls) {
-  for (const PackedCall& call : calls) {
-    insert_call_.bind(1, call.callee)
-        .bind(2, symbol_id(file, call.caller))
-        .bind(3, call.line)
-        .bind(4, call.evidence)
-        .run();
-  }
+  insert_calls_.insert(calls.size(), [&](Statement& insert, int parameter, std::size_t index) {
+    const PackedCall& call = calls[index];
+    insert.bind(parameter, call.callee)
+        .bind(parameter + 1, symbol_id(file, call.caller))
+        .bind(parameter + 2, call.line)
+        .bind(parameter + 3, call.evidence);
+  });
 }
 
 void IndexWriter::store_calls(std::int64_t file, std::span<const PackedCall> calls) {

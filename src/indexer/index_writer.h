@@ -64,14 +64,15 @@ class IndexWriter {
   void erase_symbols(std::int64_t file);
   void erase_calls(std::int64_t file, std::span<const PackedCall> calls);
   void insert_calls(std::int64_t file, std::span<const PackedCall> calls);
+  void write_resolution(std::int64_t file, const FileRows& rows, std::span<const PackedCall> calls);
   void store_calls(std::int64_t file, std::span<const PackedCall> calls);
 
   const storage::Database& database_;
   std::map<std::pair<std::string, std::string>, std::int64_t> notes_;
   std::int64_t generation_ = 0;
-  storage::Statement insert_blob_, insert_symbol_, insert_scope_, insert_segment_, insert_call_,
-      erase_call_, insert_resolution_, select_calls_, select_uses_, update_calls_, insert_file_,
-      use_blob_, leave_blob_;
+  storage::RowInserter insert_symbols_, insert_scopes_, insert_segments_, insert_calls_;
+  storage::Statement insert_blob_, erase_call_, insert_resolution_, select_calls_, select_uses_,
+      update_calls_, insert_file_, use_blob_, leave_blob_;
 };
 
 }  // namespace context_delta::indexer

@@ -26,6 +26,9 @@ IndexError::Cause cause_of(int code) {
 /// How many steps of SQLite's machine pass between two looks at the flag: far below a millisecond.
 constexpr int STEPS_UNSEEN = 4000;
 
+/// Of a statement that inserts many, and what serves the rest of them.
+constexpr std::size_t ROWS_A_STATEMENT[] = {64, 8, 1};
+
 /// Between two tries for a lock that another process holds.
 constexpr int BUSY_PAUSE_MILLISECONDS = 10;
 
@@ -207,6 +210,18 @@ std::string_view Statement::blob(int column) const {
 
 bool Statement::is_null(int column) const {
   return sqlite3_column_type(statement_.get(), column) == SQLITE_NULL;
+}
+
+RowInserter::RowInserter(const Database& database, std::string_view insert, int columns)
+    : columns_(columns) {
+  std::string row = "(?";
+  for (int i = 1; i < columns; ++i) row += ", ?";
+  row += ')';
+  for (const std::size_t rows : ROWS_A_STATEMENT) {
+    std::string sql = std::string(insert) + " VALUES" + row;
+    for (std::size_t i = 1; i < rows; ++i) sql += ", " + row;
+    batches_.push_back({rows, Statement(database, sql)});
+  }
 }
 
 Transaction::Transaction(const Database& database, Mode mode) : database_(&database) {

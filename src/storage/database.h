@@ -6,6 +6,7 @@
 #include <stdexcept>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "utils/cancellation.h"
 
@@ -103,6 +104,36 @@ class Statement {
   };
   const Database* database_;
   std::unique_ptr<sqlite3_stmt, Finalize> statement_;
+};
+
+/// Inserts rows into a table, many with one statement: a run of a statement costs more than a row.
+class RowInserter {
+ public:
+  /// `insert`: the statement up to its VALUES, as "INSERT INTO calls". Rows have `columns` values.
+  RowInserter(const Database& database, std::string_view insert, int columns);
+
+  /// Inserts rows 0 to `count` - 1 in this order. `bind_row(statement, parameter, index)` binds the
+  /// values of a row to the parameters that begin with `parameter`.
+  template <class BindRow>
+  void insert(std::size_t count, BindRow bind_row) {
+    std::size_t next = 0;
+    for (Batch& batch : batches_) {
+      for (; count - next >= batch.rows; next += batch.rows) {
+        for (std::size_t i = 0; i < batch.rows; ++i) {
+          bind_row(batch.statement, 1 + static_cast<int>(i) * columns_, next + i);
+        }
+        batch.statement.run();
+      }
+    }
+  }
+
+ private:
+  struct Batch {
+    std::size_t rows;
+    Statement statement;
+  };
+  int columns_;
+  std::vector<Batch> batches_;  // the last is of one row
 };
 
 /// A transaction: rolled back when destroyed without a commit.

@@ -12,9 +12,8 @@ namespace {
 
 constexpr std::string_view SIZE = R"(
 SELECT (SELECT count(*) FROM files WHERE language IS NOT NULL AND problem IS NULL),
-       (SELECT count(*) FROM symbols WHERE id & ((1 << ?1) - 1)),
-       count(*) - coalesce(sum(evidence & 1), 0), coalesce(sum(evidence & 1), 0)
-FROM calls)";
+       coalesce(sum(symbols), 0), coalesce(sum(proven), 0), coalesce(sum(guessed), 0)
+FROM resolutions)";
 
 constexpr std::string_view SYMBOLS = R"(
 SELECT files.path, symbols.name,
@@ -98,7 +97,7 @@ void export_rows(const Database& db, std::string_view sql, const std::array<Fiel
 
 GraphSize graph_size(const Database& db) {
   Statement row(db, SIZE);
-  row.bind(1, SYMBOL_BITS).step();
+  row.step();
   return {.files = row.integer(0),
           .symbols = row.integer(1),
           .proven_calls = row.integer(2),

@@ -55,6 +55,9 @@ CREATE TABLE files(
   "references" INTEGER NOT NULL);  -- proven references from other files
 CREATE TABLE resolutions(    -- packed; see the indexer
   file INTEGER PRIMARY KEY,
+  symbols INTEGER NOT NULL,  -- of the file, how many
+  proven INTEGER NOT NULL,   -- calls out of it
+  guessed INTEGER NOT NULL,
   dependencies BLOB NOT NULL,
   calls BLOB NOT NULL,
   uses BLOB NOT NULL);

@@ -26,12 +26,12 @@ constexpr const char* ROWS[] = {
        FROM calls LEFT JOIN files AS f ON f.id = callee >> 20
        LEFT JOIN files AS g ON g.id = caller >> 20
        LEFT JOIN notes ON notes.id = evidence >> 1 & 1023)",
-    R"(SELECT 'resolution', path, hex(dependencies) FROM resolutions
+    R"(SELECT 'resolution', path, resolutions.symbols, proven, guessed, hex(dependencies) FROM resolutions
        LEFT JOIN files ON files.id = file)",
     R"(SELECT 'index', name FROM sqlite_master)",
 };
 
-constexpr int COLUMNS[] = {3, 11, 14, 6, 6, 10, 3, 2};
+constexpr int COLUMNS[] = {3, 11, 14, 6, 6, 10, 6, 2};
 
 }  // namespace
 
