@@ -56,6 +56,7 @@ bool Extractor::enter(TSNode node, std::uint32_t depth) {
       enter_type_name(node);
       return true;
     case Node::COMMENT:
+    case Node::LITERAL:
       return false;
     default:
       return enter_definition(node, kind, depth);
@@ -129,14 +130,16 @@ void Extractor::construct(const Declarator& declarator, TSNode type, TSNode argu
   std::string receiver = name.scope;
   if (!receiver.empty() && receiver != "::") receiver += "::";
   const TSNode place = is_null(declarator.name) ? name.name_node : type;
-  Reference& made = builder_.refer(name.name, std::move(receiver), Role::CONSTRUCT,
-                                   first_line(place), call_arguments(syntax_, arguments));
+  Reference& made =
+      builder_.refer(name.name, std::move(receiver), Role::CONSTRUCT, first_line(place),
+                     call_arguments(syntax_, arguments, builder_.text()));
   if (!is_null(declarator.name) && is_null(arguments)) made.traits |= DECLARATION;
 }
 
 void Extractor::enter_call(TSNode node) {
   const TSNode function = child(node, syntax_.field.function);
-  const std::int16_t count = call_arguments(syntax_, child(node, syntax_.field.arguments));
+  const std::int16_t count =
+      call_arguments(syntax_, child(node, syntax_.field.arguments), builder_.text());
   TSNode called = function;
   while (syntax_.kind(called) == Node::PARENTHESIZED) called = ts_node_named_child(called, 0);
   switch (syntax_.kind(called)) {
@@ -176,7 +179,7 @@ void Extractor::enter_initializer(TSNode node) {
   const QualifiedName written = qualified_name(syntax_, name, builder_.text());
   const TSNode arguments = ts_node_named_child(node, 1);
   builder_.refer(written.name, written.scope.empty() ? "" : written.scope + "::", Role::CONSTRUCT,
-                 first_line(name), call_arguments(syntax_, arguments));
+                 first_line(name), call_arguments(syntax_, arguments, builder_.text()));
 }
 
 void Extractor::enter_using(TSNode node) {

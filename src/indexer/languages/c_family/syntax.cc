@@ -49,6 +49,9 @@ constexpr auto NAMES = std::to_array<NamedKind>({
     {"initializer_list", Node::INITIALIZER_LIST},
     {"lambda_expression", Node::LAMBDA},
     {"linkage_specification", Node::LINKAGE},
+    {"char_literal", Node::LITERAL},
+    {"raw_string_literal", Node::LITERAL},
+    {"string_literal", Node::LITERAL},
     {"preproc_def", Node::MACRO},
     {"preproc_function_def", Node::MACRO_FUNCTION},
     {"macro_type_specifier", Node::MACRO_TYPE},
@@ -307,8 +310,14 @@ Declarator declarator_of(const Syntax& syntax, TSNode node) {
   return made;
 }
 
-std::int16_t call_arguments(const Syntax& syntax, TSNode arguments) {
+std::int16_t call_arguments(const Syntax& syntax, TSNode arguments, std::string_view text) {
   if (is_null(arguments)) return 0;
+  // Nothing else than a pack or a comment makes a difference, and few calls have either.
+  const std::string_view written = text_of(arguments, text);
+  if (written.find('/') == std::string_view::npos &&
+      written.find("...") == std::string_view::npos) {
+    return support::argument_count(ts_node_named_child_count(arguments));
+  }
   std::size_t count = 0;
   for (const TSNode node : support::named_children(arguments)) {
     const Node kind = syntax.kind(node);

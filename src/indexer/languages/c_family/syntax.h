@@ -46,6 +46,7 @@ enum class Node : std::uint8_t {
   INITIALIZER_LIST,
   LAMBDA,
   LINKAGE,
+  LITERAL,
   MACRO,
   MACRO_FUNCTION,
   MACRO_TYPE,
@@ -131,6 +132,6 @@ struct Declarator {
 Declarator declarator_of(const Syntax& syntax, TSNode node);
 
 /// How many arguments are passed; ANY_NUMBER when a pack is expanded.
-std::int16_t call_arguments(const Syntax& syntax, TSNode arguments);
+std::int16_t call_arguments(const Syntax& syntax, TSNode arguments, std::string_view text);
 
 }  // namespace context_delta::indexer::c_family

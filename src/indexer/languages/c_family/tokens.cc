@@ -30,11 +30,11 @@ class Lexer {
     if (byte == '\n') {
       line_start_ = true;
       ++at_;
-    } else if (std::isspace(static_cast<unsigned char>(byte)) || byte == '\\') {
+    } else if (byte == ' ' || (byte >= '\t' && byte <= '\r') || byte == '\\') {
       ++at_;
-    } else if (starts("//")) {
+    } else if (byte == '/' && starts("//")) {
       skip_line();
-    } else if (starts("/*")) {
+    } else if (byte == '/' && starts("/*")) {
       skip_comment();
     } else {
       token(byte);
@@ -63,7 +63,7 @@ class Lexer {
         skip_raw_string();
       }
     } else {
-      at_ += starts("::") ? 2 : 1;
+      at_ += byte == ':' && starts("::") ? 2 : 1;
     }
     tokens_.push_back({kind, start, at_});
   }

@@ -180,9 +180,14 @@ std::vector<Binding> parameter_bindings(TSNode parameters, std::string_view text
   return bindings;
 }
 
-std::int16_t call_arguments(TSNode arguments) {
+std::int16_t call_arguments(TSNode arguments, std::string_view text) {
   const Syntax& python = syntax();
   if (python.kind(arguments) == Node::GENERATOR) return 1;
+  // Nothing else than a splat or a comment makes a difference, and few calls have either.
+  const bool plain = text_of(arguments, text).find_first_of("*#") == std::string_view::npos;
+  if (plain && !support::is_null(arguments)) {
+    return support::argument_count(ts_node_named_child_count(arguments));
+  }
   std::size_t count = 0;
   for (const TSNode node : support::named_children(arguments)) {
     const Node kind = python.kind(node);

@@ -35,7 +35,7 @@ std::vector<Binding> parameter_bindings(TSNode parameters, std::string_view text
                                         DefinitionIndex scope, bool has_receiver);
 
 /// How many arguments a call passes; ANY_NUMBER when some are spread.
-std::int16_t call_arguments(TSNode arguments);
+std::int16_t call_arguments(TSNode arguments, std::string_view text);
 
 /// The definition of a module's variable `name`, made by an assignment statement.
 Definition variable_definition(TSNode statement, TSNode name, std::string_view text);

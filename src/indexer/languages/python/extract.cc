@@ -19,6 +19,11 @@ using support::first_line;
 using support::is_null;
 using support::text_of;
 
+/// Whether a string's quotes follow a letter: only then may expressions stand in it.
+bool has_prefix(std::string_view literal) {
+  return !literal.starts_with('"') && !literal.starts_with('\'');
+}
+
 /// Bits of Frame::state.
 enum State : std::uint16_t { IN_TYPE = 1 };
 
@@ -143,9 +148,10 @@ bool Extractor::enter(TSNode node, std::uint32_t depth) {
     case Node::TYPE:
       builder_.open(depth).state |= IN_TYPE;
       return true;
+    case Node::STRING:
+      return enter_name_in_type(node) && has_prefix(text_of(node, builder_.text()));
     case Node::IDENTIFIER:
     case Node::ATTRIBUTE:
-    case Node::STRING:
       return enter_name_in_type(node);
     default:
       return true;
@@ -217,7 +223,7 @@ void Extractor::enter_decorator(TSNode node) {
 
 void Extractor::enter_call(TSNode node) {
   const TSNode function = child(node, python_.field.function);
-  const std::int16_t count = call_arguments(child(node, python_.field.arguments));
+  const std::int16_t count = call_arguments(child(node, python_.field.arguments), builder_.text());
   const Node kind = python_.kind(function);
   if (kind == Node::IDENTIFIER) {
     builder_.refer(text_of(function, builder_.text()), {}, Role::CALL, first_line(function), count);

@@ -13,9 +13,20 @@ bool is_space(char byte) {
          byte == '\v';
 }
 
+/// Whether one_line() has nothing to do: ASCII with single spaces between words.
+bool is_one_line(std::string_view text) {
+  char before = ' ';
+  for (const char byte : text) {
+    if (byte < ' ' || byte > '~' || (byte == ' ' && before == ' ')) return false;
+    before = byte;
+  }
+  return before != ' ' || text.empty();
+}
+
 }  // namespace
 
 std::string one_line(std::string_view text, std::size_t most_bytes) {
+  if (text.size() <= most_bytes && is_one_line(text)) return std::string(text);
   std::string line;
   for (const char byte : text) {
     if (line.size() > most_bytes) break;
@@ -51,11 +62,6 @@ std::vector<std::string_view> split(std::string_view text, char separator) {
     if (at == std::string_view::npos) return parts;
     text.remove_prefix(at + 1);
   }
-}
-
-bool is_identifier_byte(char byte) {
-  const auto value = static_cast<unsigned char>(byte);
-  return std::isalnum(value) != 0 || byte == '_' || value >= 0x80;
 }
 
 bool is_identifier(std::string_view text) {

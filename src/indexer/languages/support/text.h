@@ -21,7 +21,12 @@ std::string_view trimmed(std::string_view text);
 /// `text` split at every `separator`; an empty text has no parts.
 std::vector<std::string_view> split(std::string_view text, char separator);
 
-bool is_identifier_byte(char byte);
+inline bool is_identifier_byte(char byte) {
+  const auto value = static_cast<unsigned char>(byte);
+  const auto letter = static_cast<unsigned char>(value | 0x20);
+  return (letter >= 'a' && letter <= 'z') || (value >= '0' && value <= '9') || value == '_' ||
+         value >= 0x80;
+}
 /// Whether the text is one identifier (letters beyond ASCII count).
 bool is_identifier(std::string_view text);
 
