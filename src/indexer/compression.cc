@@ -5,6 +5,8 @@
 
 #include <zstd.h>
 
+#include "indexer/facts.h"
+
 namespace context_delta::indexer {
 namespace {
 
@@ -31,13 +33,11 @@ std::string compressed(std::string_view bytes) {
 std::string decompressed(std::string_view bytes) {
   thread_local const std::unique_ptr<ZSTD_DCtx, Free> context(ZSTD_createDCtx());
   const unsigned long long size = ZSTD_getFrameContentSize(bytes.data(), bytes.size());
-  if (size > MOST_BYTES) throw std::runtime_error("stored data of a file is damaged");
+  if (size > MOST_BYTES) throw DamagedData();
   std::string whole(size, '\0');
   const std::size_t read =
       ZSTD_decompressDCtx(context.get(), whole.data(), whole.size(), bytes.data(), bytes.size());
-  if (ZSTD_isError(read) || read != whole.size()) {
-    throw std::runtime_error("stored data of a file is damaged");
-  }
+  if (ZSTD_isError(read) || read != whole.size()) throw DamagedData();
   return whole;
 }
 

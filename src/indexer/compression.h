@@ -5,7 +5,7 @@
 
 namespace context_delta::indexer {
 
-/// Bytes in less room, quickly, and back. decompressed() raises std::runtime_error on bytes that
+/// Bytes in less room, quickly, and back. decompressed() raises DamagedData on bytes that
 /// compressed() did not make.
 std::string compressed(std::string_view bytes);
 std::string decompressed(std::string_view bytes);

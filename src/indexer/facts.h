@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <limits>
+#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -138,6 +139,12 @@ std::string local_name(const Facts& facts, DefinitionIndex definition);
 /// The names that enclose a definition, joined by '.': local_name without its own name.
 std::string container_name(const Facts& facts, DefinitionIndex definition);
 
+/// What the index stores of a file cannot be read back.
+class DamagedData : public std::runtime_error {
+ public:
+  DamagedData() : std::runtime_error("stored data of a file is damaged") {}
+};
+
 /// Facts as bytes, in two parts: what other files may ask for, and the references, which only
 /// the file's own resolution reads.
 struct EncodedFacts {
@@ -146,7 +153,7 @@ struct EncodedFacts {
 };
 
 EncodedFacts encode_facts(const Facts& facts);
-/// Both raise std::runtime_error on bytes that are no facts.
+/// Both raise DamagedData on bytes that are no facts.
 Facts decode_facts(const EncodedFacts& encoded);
 /// Without the references.
 Facts decode_shared_facts(std::string_view shared);

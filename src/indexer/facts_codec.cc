@@ -1,4 +1,3 @@
-#include <stdexcept>
 #include <unordered_map>
 
 #include "indexer/facts.h"
@@ -121,9 +120,7 @@ class Reader {
 
  private:
   static constexpr std::int64_t MOST_LINES = std::numeric_limits<std::int32_t>::max();
-  [[noreturn]] static void fail() {
-    throw std::runtime_error("stored facts of a file are damaged");
-  }
+  [[noreturn]] static void fail() { throw DamagedData(); }
 
   std::string_view bytes_;
   std::vector<std::string_view> strings_;

@@ -27,7 +27,7 @@ struct Use {
   friend bool operator==(const Use&, const Use&) = default;
 };
 
-/// All unpack functions raise std::runtime_error on bytes that pack functions did not make.
+/// All unpack functions raise DamagedData on bytes that pack functions did not make.
 std::string pack_calls(std::span<const PackedCall> calls);
 std::vector<PackedCall> unpack_calls(std::string_view packed);
 std::string pack_uses(std::span<const Use> uses);

@@ -92,14 +92,22 @@ UpdateReport update(storage::Repository& repository, const git_utils::Git& git,
   }
   const std::vector<git_utils::TreeFile> tree = sorted_tree(git, commit);
   database.execute("PRAGMA cache_size = -65536");
-  UpdateReport report;
-  try {
-    report = update_to(database, git, commit, tree, table, options);
-  } catch (const IndexError& error) {
-    if (error.cause != IndexError::Cause::DAMAGED) throw;
+  const auto bring_up_to_date = [&] {
+    return update_to(database, git, commit, tree, table, options);
+  };
+  const auto start_over = [&] {
     database.reset();
     storage::prepare_index(database);
-    report = update_to(database, git, commit, tree, table, options);
+    return bring_up_to_date();
+  };
+  UpdateReport report;
+  try {
+    report = bring_up_to_date();
+  } catch (const IndexError& error) {
+    if (error.cause != IndexError::Cause::DAMAGED) throw;
+    report = start_over();
+  } catch (const DamagedData&) {
+    report = start_over();
   }
   shrink_log(database);
   database.execute("PRAGMA cache_size = -8192");

@@ -1,9 +1,10 @@
 #pragma once
 
 #include <cstdint>
-#include <stdexcept>
 #include <string>
 #include <string_view>
+
+#include "indexer/facts.h"
 
 /// Whole numbers in as few bytes as they need, seven bits a byte, the lowest first.
 namespace context_delta::indexer {
@@ -21,7 +22,7 @@ constexpr std::int64_t unfolded(std::uint64_t number) {
   return static_cast<std::int64_t>((number >> 1) ^ (~(number & 1) + 1));
 }
 
-/// Takes a number off the front of `bytes`. Raises std::runtime_error when there is none.
+/// Takes a number off the front of `bytes`. Raises DamagedData when there is none.
 inline std::uint64_t take_number(std::string_view& bytes) {
   std::uint64_t number = 0;
   for (int shift = 0; shift < 64 && !bytes.empty(); shift += 7) {
@@ -30,7 +31,7 @@ inline std::uint64_t take_number(std::string_view& bytes) {
     number |= std::uint64_t{byte & 127u} << shift;
     if (byte < 128) return number;
   }
-  throw std::runtime_error("stored data of a file is damaged");
+  throw DamagedData();
 }
 
 }  // namespace context_delta::indexer

@@ -81,6 +81,37 @@ TEST_F(DamagedIndex, DamageFoundDuringAnUpdateIsReplaced) {
   EXPECT_EQ(test::difference(test::index_dump(repository.db), test::index_dump(cold.db)), "");
 }
 
+/// A frame of the compression that holds these bytes as they are; `size` is what it claims to hold.
+std::string frame(std::string_view bytes, std::uint32_t size) {
+  std::string made = "\x28\xB5\x2F\xFD\xA0";
+  for (int shift = 0; shift < 32; shift += 8) made += static_cast<char>(size >> shift);
+  const std::size_t last_block = bytes.size() << 3 | 1;
+  for (int shift = 0; shift < 24; shift += 8) made += static_cast<char>(last_block >> shift);
+  return made += bytes;
+}
+
+TEST_F(DamagedIndex, DamageInsideOfRowsIsReplaced) {
+  const std::vector<std::pair<const char*, std::string>> cases = {
+      {"UPDATE blobs SET facts = ?1", "x"},
+      {"UPDATE blobs SET facts = ?1", frame("\x05", 1)},
+      {"UPDATE resolutions SET calls = ?1", frame("\x05", 1)},
+      {"UPDATE resolutions SET uses = ?1", "\x81"},
+  };
+  for (int i = 0; i < std::ssize(cases); ++i) {
+    Repository repository(path);
+    Statement(repository.db, cases[static_cast<std::size_t>(i)].first)
+        .bind_blob(1, cases[static_cast<std::size_t>(i)].second)
+        .run();
+    indexed.git.write("f0.toy", "def other" + std::to_string(i) + "\n");
+    indexed.git.remove("f" + std::to_string(i + 1) + ".toy");
+    indexed.git.commit();
+    indexed.update(repository);
+    Repository cold(indexed.git.beside() / ("cold" + std::to_string(i) + ".sqlite"));
+    indexed.update(cold);
+    EXPECT_EQ(test::difference(test::index_dump(repository.db), test::index_dump(cold.db)), "");
+  }
+}
+
 TEST_F(DamagedIndex, IndexOfAnotherVersionIsReplaced) {
   {
     Repository repository(path);
