@@ -1,5 +1,6 @@
 #include "indexer/compression.h"
 
+#include <algorithm>
 #include <memory>
 #include <stdexcept>
 
@@ -12,6 +13,8 @@ namespace {
 
 constexpr int LEVEL = 1;
 constexpr unsigned long long MOST_BYTES = 1u << 30;
+/// A block holds up to 128 KiB and takes four bytes at least.
+constexpr unsigned long long MOST_PER_BYTE = (128u << 10) / 4;
 
 struct Free {
   void operator()(ZSTD_CCtx* context) const { ZSTD_freeCCtx(context); }
@@ -33,7 +36,7 @@ std::string compressed(std::string_view bytes) {
 std::string decompressed(std::string_view bytes) {
   thread_local const std::unique_ptr<ZSTD_DCtx, Free> context(ZSTD_createDCtx());
   const unsigned long long size = ZSTD_getFrameContentSize(bytes.data(), bytes.size());
-  if (size > MOST_BYTES) throw DamagedData();
+  if (size > std::min(MOST_BYTES, MOST_PER_BYTE * bytes.size())) throw DamagedData();
   std::string whole(size, '\0');
   const std::size_t read =
       ZSTD_decompressDCtx(context.get(), whole.data(), whole.size(), bytes.data(), bytes.size());

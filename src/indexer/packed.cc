@@ -1,11 +1,23 @@
 #include "indexer/packed.h"
 
 #include <cstring>
+#include <limits>
 
 #include "indexer/compression.h"
 #include "indexer/varint.h"
 
 namespace context_delta::indexer {
+namespace {
+
+/// A line as far from `line` as `bytes` say.
+std::int64_t take_line(std::string_view& bytes, std::int64_t line) {
+  constexpr std::int64_t MOST = std::numeric_limits<std::int32_t>::max();
+  const std::int64_t distance = unfolded(take_number(bytes));
+  if (distance < -line || distance > MOST - line) throw DamagedData();
+  return line + distance;
+}
+
+}  // namespace
 
 std::string pack_calls(std::span<const PackedCall> calls) {
   std::string bytes;
@@ -28,7 +40,7 @@ std::vector<PackedCall> unpack_calls(std::string_view packed) {
   while (!bytes.empty()) {
     PackedCall& call = calls.emplace_back();
     call.caller = static_cast<std::int64_t>(take_number(bytes));
-    call.line = line + unfolded(take_number(bytes));
+    call.line = take_line(bytes, line);
     call.callee = static_cast<std::int64_t>(take_number(bytes));
     call.evidence = static_cast<std::int64_t>(take_number(bytes));
     line = call.line;

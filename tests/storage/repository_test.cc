@@ -91,10 +91,13 @@ std::string frame(std::string_view bytes, std::uint32_t size) {
 }
 
 TEST_F(DamagedIndex, DamageInsideOfRowsIsReplaced) {
+  const std::string far_line = "\x01\xFE\xFF\xFF\xFF\xFF\xFF\xFF\xFF\xFF\x01\x01\x01";
   const std::vector<std::pair<const char*, std::string>> cases = {
       {"UPDATE blobs SET facts = ?1", "x"},
       {"UPDATE blobs SET facts = ?1", frame("\x05", 1)},
+      {"UPDATE blobs SET facts = ?1", frame("", 1 << 30)},
       {"UPDATE resolutions SET calls = ?1", frame("\x05", 1)},
+      {"UPDATE resolutions SET calls = ?1", frame(far_line + far_line, 26)},
       {"UPDATE resolutions SET uses = ?1", "\x81"},
   };
   for (int i = 0; i < std::ssize(cases); ++i) {
