@@ -1,10 +1,9 @@
 #include <algorithm>
 #include <array>
-#include <charconv>
 
+#include "utils/git_answers.h"
 #include "utils/git_state.h"
 #include "utils/git_utils.h"
-#include "utils/utf8.h"
 
 namespace context_delta::git_utils {
 namespace {
@@ -34,93 +33,10 @@ bool lacks_objects(std::string_view errors) {
   });
 }
 
-// One record of `ls-tree -r -l -z`: "MODE TYPE ID SIZE\tPATH".
-std::optional<TreeFile> parsed_entry(std::string_view record) {
-  const auto tab = record.find('\t');
-  const std::string_view fields = record.substr(0, tab);
-  if (tab == std::string_view::npos || !fields.starts_with("100")) return std::nullopt;
-  const auto id_start = fields.find(' ', 7) + 1;
-  const auto id_end = fields.find(' ', id_start);
-  if (id_start == 0 || id_end == std::string_view::npos) return std::nullopt;
-  const auto size_start = std::min(fields.find_first_not_of(' ', id_end), fields.size());
-  TreeFile file{utf8::path_text(record.substr(tab + 1)),
-                std::string(fields.substr(id_start, id_end - id_start))};
-  std::from_chars(fields.data() + size_start, fields.data() + fields.size(), file.bytes);
-  return file;
-}
-
 GitHistoryError too_many_files(const Git& git, std::string_view commit) {
   return GitHistoryError("commit " + std::string(commit) + " of " + shown(git.root().string()) +
                          " has more than " + std::to_string(git.limits().tree_files) + " files");
 }
-
-// The answer line of `cat-file --batch`, "ID TYPE SIZE" or "ID missing": the size, null when there
-// is no such object.
-std::optional<std::size_t> announced_size(std::string_view line) {
-  std::size_t size = 0;
-  const auto start = line.rfind(' ');
-  if (start == std::string_view::npos) return std::nullopt;
-  const char* end = line.data() + line.size();
-  const auto [stop, error] = std::from_chars(line.data() + start + 1, end, size);
-  if (error != std::errc() || stop != end) return std::nullopt;
-  return size;
-}
-
-// Cuts the output of `cat-file --batch` into answers as it comes.
-class AnswerParser {
- public:
-  using Sink = std::function<void(std::optional<std::string_view>)>;
-  AnswerParser(std::int64_t most_bytes, Sink sink)
-      : most_bytes_(static_cast<std::size_t>(std::max<std::int64_t>(most_bytes, 0))),
-        sink_(std::move(sink)) {}
-
-  void feed(std::string_view bytes) {
-    while (!bytes.empty()) {
-      if (in_body_) {
-        take_body(bytes);
-      } else {
-        take_line(bytes);
-      }
-    }
-  }
-
- private:
-  void take_line(std::string_view& bytes) {
-    const auto end = bytes.find('\n');
-    line_ += bytes.substr(0, end);
-    if (end == std::string_view::npos) return bytes.remove_prefix(bytes.size());
-    bytes.remove_prefix(end + 1);
-    const std::optional<std::size_t> size = announced_size(line_);
-    line_.clear();
-    if (!size) return sink_(std::nullopt);
-    in_body_ = true;
-    is_kept_ = *size <= most_bytes_;
-    left_ = *size + 1;  // and the line feed after it
-  }
-
-  void take_body(std::string_view& bytes) {
-    const std::string_view part = bytes.substr(0, left_);
-    bytes.remove_prefix(part.size());
-    left_ -= part.size();
-    if (left_ == 0 && is_kept_ && body_.empty()) {
-      sink_(part.substr(0, part.size() - 1));
-    } else {
-      if (is_kept_) body_ += part;
-      if (left_ > 0) return;
-      if (is_kept_) body_.pop_back();
-      sink_(is_kept_ ? std::optional<std::string_view>(body_) : std::nullopt);
-      body_.clear();
-    }
-    in_body_ = false;
-  }
-
-  std::size_t most_bytes_;
-  Sink sink_;
-  std::string line_, body_;
-  std::size_t left_ = 0;
-  bool in_body_ = false;
-  bool is_kept_ = false;
-};
 
 }  // namespace
 
@@ -149,7 +65,7 @@ std::vector<TreeFile> list_tree(const Git& git, std::string_view commit) {
       rest += bytes.substr(0, end);
       if (end == std::string_view::npos) return;
       bytes.remove_prefix(end + 1);
-      if (auto file = parsed_entry(rest)) files.push_back(*std::move(file));
+      if (auto file = tree_file(rest)) files.push_back(*std::move(file));
       if (files.size() > git.limits().tree_files) throw too_many_files(git, commit);
       rest.clear();
     }
@@ -172,10 +88,10 @@ void read_blobs(const Git& git, std::span<const std::string> objects, std::int64
     input += object + "\n";
   }
   std::size_t answered = 0;
-  AnswerParser parser(most_bytes,
+  BlobAnswers answers(most_bytes,
                       [&](std::optional<std::string_view> blob) { sink(answered++, blob); });
   const Git::Streamed streamed{{{"cat-file", "--batch", "--buffer"}, View::OBJECTS, input},
-                               [&](std::string_view bytes) { parser.feed(bytes); }};
+                               [&](std::string_view bytes) { answers.feed(bytes); }};
   const Git::Output output = git.stream(std::span(&streamed, 1)).front();
   if (output.status != 0 || answered != objects.size()) {
     fail_on_objects(git, "reading files", output);
@@ -193,7 +109,7 @@ struct BlobReader::Process {
     subprocess::TimeLimit limit(repository.limits().time, repository.limits().cancelled);
     std::optional<std::string> result;
     bool is_answered = false;
-    AnswerParser parser(most_bytes, [&](std::optional<std::string_view> blob) {
+    BlobAnswers answers(most_bytes, [&](std::optional<std::string_view> blob) {
       if (blob) result.emplace(*blob);
       is_answered = true;
     });
@@ -201,7 +117,7 @@ struct BlobReader::Process {
     while (!is_answered) {
       const std::size_t count = child.read(buffer, limit);
       if (count == 0) fail_on_objects(repository, "reading files", {1, {}, child.errors_text()});
-      parser.feed(std::string_view(buffer).substr(0, count));
+      answers.feed(std::string_view(buffer).substr(0, count));
     }
     return result;
   }
