@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "languages/sound_facts.h"
 #include "support/memory_source.h"
 
 namespace context_delta::tests {
@@ -44,28 +45,12 @@ const std::string SAMPLES[] = {
     "\"compilerOptions\": {\"paths\": {\"@/*\": [\"*\"],},},}\npackages:\n - 'a/*'\n",
 };
 
-/// Facts must hold together whatever they were made from.
-void expect_sound(const indexer::Facts& facts) {
-  const auto count = static_cast<indexer::DefinitionIndex>(facts.definitions.size());
-  for (indexer::DefinitionIndex i = 0; i < count; ++i) {
-    const indexer::Definition& each = facts.definitions[static_cast<std::size_t>(i)];
-    ASSERT_LT(each.parent, i);
-    ASSERT_GE(each.first_line, 1);
-    ASSERT_GE(each.last_line, each.first_line);
-    ASSERT_LE(each.signature.size(), 250U);
-    ASSERT_LE(each.least_arguments, each.most_arguments);
-  }
-  for (const indexer::Reference& each : facts.references) ASSERT_LT(each.enclosing, count);
-  for (const indexer::Binding& each : facts.bindings) ASSERT_LT(each.scope, count);
-  ASSERT_EQ(indexer::decode_facts(indexer::encode_facts(facts)), facts);
-}
-
 void try_everywhere(const std::string& text) {
   for (const std::string path : {"a.py", "a.c", "a.cc", "a.go", "go.mod", "src/lib.rs",
                                  "Cargo.toml", "a.java", "a.js", "a.ts", "a.tsx", "package.json"}) {
     MemorySource source;
     source.add(path, text);
-    expect_sound(*source.files().at(path).facts);
+    ASSERT_EQ(fault_of(*source.files().at(path).facts), "") << path << "\n" << text;
     const indexer::Resolution resolution = source.resolve(path);
     ASSERT_EQ(resolution.qualified_names.size(), source.files().at(path).facts->definitions.size());
   }

@@ -18,4 +18,7 @@ struct HtmlPage {
 
 HtmlPage read_page(const std::string& markup);
 
+/// Why a page must not be shown to anyone; empty when it may.
+std::string fault_of(const HtmlPage& page);
+
 }  // namespace context_delta::test

@@ -15,42 +15,8 @@
 namespace context_delta::render {
 namespace {
 
+using test::fault_of;
 using test::HtmlPage;
-
-/// Everything that a page may be made of; nothing of it runs or loads anything.
-const std::set<std::string> ELEMENTS = {
-    "a",       "b",      "bdi",   "body",    "caption",    "code",   "dd",     "desc",
-    "details", "div",    "dl",    "dt",      "figcaption", "figure", "footer", "g",
-    "h1",      "h2",     "h3",    "head",    "header",     "html",   "li",     "link",
-    "main",    "meta",   "nav",   "p",       "path",       "pre",    "rect",   "section",
-    "span",    "strong", "style", "summary", "svg",        "table",  "tbody",  "td",
-    "text",    "th",     "thead", "title",   "tr",         "ul"};
-const std::set<std::string> ATTRIBUTES = {"aria-hidden", "aria-label", "aria-labelledby",
-                                          "charset",     "class",      "content",
-                                          "d",           "height",     "href",
-                                          "http-equiv",  "id",         "lang",
-                                          "name",        "open",       "rel",
-                                          "role",        "rx",         "scope",
-                                          "tabindex",    "viewBox",    "width",
-                                          "x",           "y"};
-
-/// Why a page must not be shown to anyone; empty when it may.
-std::string fault_of(const HtmlPage& page) {
-  if (!page.fault.empty()) return page.fault;
-  for (const std::string& element : page.elements) {
-    if (ELEMENTS.count(element) == 0) return "element " + element;
-  }
-  for (const std::string& attribute : page.attributes) {
-    if (ATTRIBUTES.count(attribute) == 0) return "attribute " + attribute;
-  }
-  const std::set<std::string> ids(page.ids.begin(), page.ids.end());
-  if (ids.size() != page.ids.size()) return "an id twice";
-  for (const std::string& target : page.references) {
-    const bool inside = target.starts_with("#") && ids.count(target.substr(1)) == 1;
-    if (!inside && !target.starts_with("data:image/svg+xml,")) return "link to " + target;
-  }
-  return "";
-}
 
 TEST(Html, IsWellFormedForEveryShapeOfPack) {
   const json::Mapping odd = {{"affected_files", json::List{1, json::Mapping(), "x"}},
@@ -62,23 +28,6 @@ TEST(Html, IsWellFormedForEveryShapeOfPack) {
         test::hostile_pack(), json::Mapping(), odd}) {
     EXPECT_EQ(fault_of(test::read_page(render_html(pack, {.budget = 100}))), "");
   }
-}
-
-/// The value with every text and number in it replaced.
-json::Value replaced(const json::Value& value, const std::vector<std::string>& texts,
-                     const std::vector<std::int64_t>& numbers, std::size_t& next) {
-  if (value.as<std::string>() != nullptr) return texts[next++ % texts.size()];
-  if (value.as<std::int64_t>() != nullptr) return numbers[next++ % numbers.size()];
-  if (const auto* list = value.as<json::List>()) {
-    json::List result;
-    for (const json::Value& each : *list) result.push_back(replaced(each, texts, numbers, next));
-    return result;
-  }
-  const auto* mapping = value.as<json::Mapping>();
-  if (mapping == nullptr) return value;
-  json::Mapping result;
-  for (const auto& [key, each] : *mapping) result.set(key, replaced(each, texts, numbers, next));
-  return result;
 }
 
 std::string hostile_piece(std::size_t choice) {
@@ -127,9 +76,7 @@ RC_GTEST_PROP(Html, StaysWellFormedWhateverTheTextsAndNumbers, ()) {
       rc::gen::oneOf(rc::gen::arbitrary<std::int64_t>(), rc::gen::inRange<std::int64_t>(-2, 50),
                      rc::gen::just(std::numeric_limits<std::int64_t>::max()))));
   for (const json::Mapping& pack : {test::full_pack(), test::error_pack()}) {
-    std::size_t next = 0;
-    const json::Value changed = replaced(pack, texts, numbers, next);
-    const std::string page = render_html(*changed.as<json::Mapping>(), {.budget = 4'000});
+    const std::string page = render_html(test::refilled(pack, texts, numbers), {.budget = 4'000});
     RC_ASSERT(fault_of(test::read_page(page)) == "");
     RC_ASSERT(page.find("\xE2\x80\xAE") == page.npos);
   }

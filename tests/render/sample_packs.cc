@@ -5,6 +5,23 @@
 namespace context_delta::test {
 namespace {
 
+/// The value with every text and number in it replaced.
+json::Value replaced(const json::Value& value, const std::vector<std::string>& texts,
+                     const std::vector<std::int64_t>& numbers, std::size_t& next) {
+  if (value.as<std::string>() != nullptr) return texts[next++ % texts.size()];
+  if (value.as<std::int64_t>() != nullptr) return numbers[next++ % numbers.size()];
+  if (const auto* list = value.as<json::List>()) {
+    json::List result;
+    for (const json::Value& each : *list) result.push_back(replaced(each, texts, numbers, next));
+    return result;
+  }
+  const auto* mapping = value.as<json::Mapping>();
+  if (mapping == nullptr) return value;
+  json::Mapping result;
+  for (const auto& [key, each] : *mapping) result.set(key, replaced(each, texts, numbers, next));
+  return result;
+}
+
 using json::List;
 using json::Mapping;
 using json::Value;
@@ -170,6 +187,12 @@ Mapping hostile_pack() {
   result.set("commit_count", "many");
   result.set("warning", "w\x1b[7m");
   return result;
+}
+
+json::Mapping refilled(const json::Mapping& pack, const std::vector<std::string>& texts,
+                       const std::vector<std::int64_t>& numbers) {
+  std::size_t next = 0;
+  return *replaced(pack, texts, numbers, next).as<json::Mapping>();
 }
 
 }  // namespace context_delta::test

@@ -30,12 +30,16 @@ Facts facts_of(const Language& language, std::string_view text) {
 void MemorySource::add(const std::string& path, std::string_view text) {
   const Language* language = indexer::language_of(path, text);
   if (language == nullptr) return;
+  add(path, *language, facts_of(*language, text));
+}
+
+void MemorySource::add(const std::string& path, const Language& language, Facts facts) {
   Entry& entry = files_[path];
   entry.file = {.id = static_cast<std::int64_t>(files_.size()),
                 .path = path,
-                .language = std::string(language->name)};
-  entry.language = language;
-  entry.facts = std::make_shared<const Facts>(facts_of(*language, text));
+                .language = std::string(language.name)};
+  entry.language = &language;
+  entry.facts = std::make_shared<const Facts>(std::move(facts));
   indexed_ = false;
 }
 

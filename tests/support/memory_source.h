@@ -19,6 +19,8 @@ class MemorySource : public indexer::WorldSource {
  public:
   /// Adds a file; texts that no language claims are left out. The path must be new.
   void add(const std::string& path, std::string_view text);
+  /// Adds a file whose facts are known.
+  void add(const std::string& path, const indexer::Language& language, indexer::Facts facts);
 
   std::vector<indexer::Candidate> definitions(std::string_view name) override;
   const indexer::File* file(std::string_view path) override;
