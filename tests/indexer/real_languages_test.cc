@@ -276,7 +276,8 @@ TEST(HostileTexts, AreSkippedAndLeaveTheOthersAlone) {
       {"c.cc", "a < ", 25'000},
       {"d.tsx", "<a<b> ", 20'000},
       {"e.c", "(a)(b)*", 15'000},
-      {"f.ts", "[\"/*\"]}", 40'000}};
+      {"f.ts", "[\"/*\"]}", 40'000},
+      {"g.rs", "Sub s) {\n b.run();\n s.get().run();\n b.get().run(1);", 13'000}};
   test::GitRepository repository;
   std::vector<std::string> names;
   for (const auto& [name, text, count] : texts) {
