@@ -15,7 +15,7 @@ using git_utils::GitHistoryError;
 constexpr std::size_t MOST_NAME_BYTES = 1024 * 1024;
 
 [[noreturn]] void fail(std::string_view what, std::string_view text) {
-  throw GitHistoryError("git printed a diff that cannot be read: " + std::string(what) + ": " +
+  throw GitHistoryError("git printed a diff that cannot be read: " + git_utils::shown(what) + ": " +
                         git_utils::shown(text));
 }
 

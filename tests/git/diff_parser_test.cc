@@ -74,6 +74,8 @@ TEST(DiffParser, RefusesWhatGitNeverPrints) {
     std::string output, message;
   } cases[] = {
       {record + "1\t0\tb" + '\0', "numbers of another file than a: 1?0?b"},
+      {record.substr(0, record.size() - 1) + "\n" + '\0' + "1\t0\tb" + '\0',
+       "numbers of another file than a?: 1?0?b"},
       {record + "1\t0" + '\0', "unknown record: 1?0"},
       {record + "x\t0\ta" + '\0', "unknown record: x?0?a"},
       {record + numbers + numbers, "more numbers than records: 1?0?a"},
