@@ -258,6 +258,7 @@ void Resolver::guess(std::int32_t index, const Value& value, const Value& owner)
         candidate_of({.kind = Value::Kind::FUNCTION, .file = file, .definition = definition});
     if (choice && (!favourite || !(*choice == *favourite))) fitting.push_back(*choice);
   }
+  const auto choices = std::ssize(fitting);
   const bool bare = is_bare(reference);
   const bool on_module = owner.kind == Value::Kind::MODULE || owner.kind == Value::Kind::OBJECT ||
                          owner.kind == Value::Kind::NAMESPACE || owner.kind == Value::Kind::CLASS;
@@ -265,7 +266,8 @@ void Resolver::guess(std::int32_t index, const Value& value, const Value& owner)
   const bool common = !bare && !favourite && is_common_method(reference.name);
   for (const Candidate& candidate : world_.definitions(reference.name)) {
     const bool is_favourite = favourite && candidate == *favourite;
-    if (std::find(fitting.begin(), fitting.end(), candidate) != fitting.end()) continue;
+    const auto end = fitting.begin() + choices;
+    if (std::find(fitting.begin(), end, candidate) != end) continue;
     if (!is_favourite && !fits(candidate, reference, shape)) continue;
     if (common && support::nearness(candidate, neighbourhood_) == 3) continue;
     fitting.push_back(candidate);
