@@ -36,19 +36,22 @@ class FrontMatterReader final : public YAML::EventHandler {
   }
   void OnSequenceStart(const YAML::Mark&, const std::string&, YAML::anchor_t anchor,
                        YAML::EmitterStyle::value) override {
-    if (depth_ == 0) throw Refused();
+    if (depth_ == 0 || is_key()) throw Refused();
     open(anchor);
   }
   void OnSequenceEnd() override { close(); }
   void OnMapStart(const YAML::Mark&, const std::string&, YAML::anchor_t anchor,
                   YAML::EmitterStyle::value) override {
-    if (depth_ == 1 && !key_) throw Refused();  // a mapping as a key
+    if (is_key()) throw Refused();
     nested_mapping_ = depth_ > 0;
     open(anchor);
   }
   void OnMapEnd() override { close(); }
 
  private:
+  /// Whether what comes next is a key of the outermost mapping.
+  bool is_key() const { return depth_ == 1 && !key_; }
+
   void open(YAML::anchor_t anchor) {
     if (anchor != 0 || ++depth_ > DEEPEST) throw Refused();
   }
@@ -64,7 +67,7 @@ class FrontMatterReader final : public YAML::EventHandler {
 
   void scalar(const std::string& value, YAML::anchor_t anchor) {
     if (anchor != 0 || depth_ == 0) throw Refused();
-    if (depth_ == 1 && !key_) {
+    if (is_key()) {
       key_ = value;
       return;
     }

@@ -229,6 +229,7 @@ TEST_F(Wiki, PassesOverPagesItCannotTrust) {
   page("deep.md", "---\nsources: src\nx: " + deep + "\n---\n");
   page("late.md", "\n---\nsources: src\n---\n");
   page("list.md", "---\n- sources\n- src\n---\n");
+  page("list_key.md", "---\nsources: src\n[a, b]: src\n---\n");
   page("long.md", "---\nsources: src\nx: " + std::string(70'000, 'x') + "\n---\n");
   page("many.md", "---\n" + many + "---\n");
   page("open.md", "---\nsources: src\n");
