@@ -53,6 +53,11 @@ bool is_inside_function(const Facts& facts, const Binding& binding) {
   return scope == Kind::FUNCTION || scope == Kind::METHOD || scope == Kind::CONSTRUCTOR;
 }
 
+bool is_type_parameter(const Binding& binding) {
+  return binding.kind == Binding::Kind::MEMBER && (binding.traits & GENERIC) != 0 &&
+         binding.scope != NOWHERE;
+}
+
 void add_binding(Hash& hash, const Binding& binding, std::int64_t scope) {
   hash.add(binding.name);
   hash.add(static_cast<std::int64_t>(binding.kind));
@@ -168,6 +173,11 @@ std::unordered_map<std::string_view, std::uint64_t> name_hashes(const Facts& fac
   for (const Binding& each : facts.bindings) {
     if (!is_inside_function(facts, each)) {
       add_binding(hashes[each.name], each, scopes.of(each.scope));
+    }
+    if (is_type_parameter(each)) {
+      Hash& owner = hashes[facts.definitions[static_cast<std::size_t>(each.scope)].name];
+      owner.add(each.name);
+      owner.add(scopes.of(each.scope));
     }
   }
   for (const Import& each : facts.imports) {

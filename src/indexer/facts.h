@@ -170,8 +170,9 @@ std::string_view bound_name(const Import& import);
 
 /// For each name, a hash of what the facts say of it in any scope, in their order: its definitions,
 /// bindings (but for those inside functions) and imports; of an interface, also the names of its
-/// members. A scope counts as the names around it, so
-/// that other definitions may come and go. The names point into the facts.
+/// members, and of any definition those of its type parameters (MEMBER bindings with the trait
+/// GENERIC), in their order. A scope counts as the names around it, so that other definitions may
+/// come and go. The names point into the facts.
 std::unordered_map<std::string_view, std::uint64_t> name_hashes(const Facts& facts);
 
 }  // namespace context_delta::indexer

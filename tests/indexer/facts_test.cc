@@ -206,6 +206,13 @@ TEST(Facts, NameHashesTellWhichNamesChanged) {
               f.imports.push_back({"m", "*", "", NOWHERE, 1, 0});
             }),
             Names({"*"}));
+  const auto with_parameters = [](const char* first, const char* second) {
+    Facts facts = small_facts();
+    facts.bindings.push_back({first, Binding::Kind::MEMBER, 0, "", "", 1, GENERIC});
+    facts.bindings.push_back({second, Binding::Kind::MEMBER, 0, "", "", 1, GENERIC});
+    return facts;
+  };
+  EXPECT_EQ(changed_names(with_parameters("A", "B"), with_parameters("B", "A")), Names({"Box"}));
   // A second Box: what is in the first is as before.
   EXPECT_EQ(changed([](Facts& f) { f.definitions.push_back(f.definitions[0]); }), Names({"Box"}));
 }

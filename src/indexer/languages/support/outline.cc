@@ -1,5 +1,7 @@
 #include "indexer/languages/support/outline.h"
 
+#include <algorithm>
+
 namespace context_delta::indexer::support {
 
 Outline::Outline(const File& file, World& world)
@@ -41,8 +43,19 @@ std::vector<std::string_view> Outline::members_of_interface(DefinitionIndex inte
   return names;
 }
 
-const Binding& Outline::binding(const Binder& binder) const {
-  return facts_->bindings[static_cast<std::size_t>(binder.index)];
+const Binding& Outline::binding(const Binder& binder) const { return binding(binder.index); }
+
+std::vector<std::string_view> Outline::type_parameters(DefinitionIndex definition) const {
+  rely_on(definition_at(*facts_, definition).name);
+  std::vector<std::int32_t> indexes;
+  for (const Binder& binder : scopes_->all(definition)) {
+    if (binder.kind != Binder::Kind::BINDING) continue;
+    if ((binding(binder).traits & GENERIC) != 0) indexes.push_back(binder.index);
+  }
+  std::sort(indexes.begin(), indexes.end());
+  std::vector<std::string_view> names;
+  for (const std::int32_t index : indexes) names.push_back(binding(index).name);
+  return names;
 }
 
 const Import& Outline::import(const Binder& binder) const {

@@ -32,6 +32,12 @@ class Outline {
   /// Of a binder that find() gave.
   const Binding& binding(const Binder& binder) const;
   const Import& import(const Binder& binder) const;
+  /// Of the number that a binder gave.
+  const Binding& binding(std::int32_t index) const {
+    return facts_->bindings[static_cast<std::size_t>(index)];
+  }
+  /// The GENERIC bindings of a definition by name, in the order of the text.
+  std::vector<std::string_view> type_parameters(DefinitionIndex definition) const;
   /// Calls `visit(import)` for each import of `name` under no other name, in the order of the text,
   /// until it returns true. The name `*` is all that a module has.
   template <class Visit>
@@ -39,6 +45,14 @@ class Outline {
     rely_on(name);
     for (const Import& import : facts_->imports) {
       if (import.name == name && bound_name(import) == name && visit(import)) return;
+    }
+  }
+  /// The same for each import that gives `name` a meaning, in whatever scope.
+  template <class Visit>
+  void each_import_as(std::string_view name, Visit visit) const {
+    rely_on(name);
+    for (const Import& import : facts_->imports) {
+      if (bound_name(import) == name && visit(import)) return;
     }
   }
 

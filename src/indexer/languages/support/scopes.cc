@@ -36,6 +36,15 @@ std::span<const Binder> ScopeIndex::find(DefinitionIndex scope, std::string_view
   return {first, last};
 }
 
+std::span<const Binder> ScopeIndex::all(DefinitionIndex scope) const {
+  const auto first =
+      std::lower_bound(binders_.begin(), binders_.end(), scope,
+                       [](const Binder& a, DefinitionIndex wanted) { return a.scope < wanted; });
+  auto last = first;
+  while (last != binders_.end() && last->scope == scope) ++last;
+  return {first, last};
+}
+
 const ScopeIndex& scopes_of(const File& file, World& world) {
   return world.remember<ScopeIndex>("scopes", file, [&] { return ScopeIndex(world.facts(file)); });
 }

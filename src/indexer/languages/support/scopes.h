@@ -27,6 +27,8 @@ class ScopeIndex {
 
   /// In the order definitions, bindings, imports, each in the order of the text.
   std::span<const Binder> find(DefinitionIndex scope, std::string_view name) const;
+  /// All of a scope, by name.
+  std::span<const Binder> all(DefinitionIndex scope) const;
 
  private:
   std::vector<Binder> binders_;
