@@ -3,6 +3,7 @@
 #include <string>
 #include <string_view>
 #include <tuple>
+#include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -236,6 +237,46 @@ TEST(RealLanguagesUpdate, ResolvesTheFilesWhoseAnswersChanged) {
   EXPECT_EQ(resolved("g/q/own.go", "package q\n\nfunc (q Q) Run() {}\n"), 2)
       << "and g/use.go, which looked for it";
   EXPECT_EQ(resolved("t.h", "#include \"p.h\"\nint twice(int);\nint thrice(int);\n"), 3);
+}
+
+/// A repository with an index, which counts the files that a change resolves again.
+class Counted {
+ public:
+  explicit Counted(const std::vector<std::pair<std::string, std::string>>& files) {
+    for (const auto& [path, text] : files) repository_.write(path, text);
+    indexer::update(index_, git_, repository_.commit());
+  }
+  std::int64_t resolved(const std::string& path, const std::string& text) {
+    repository_.write(path, text);
+    return indexer::update(index_, git_, repository_.commit()).resolved;
+  }
+
+ private:
+  test::GitRepository repository_;
+  git_utils::Git git_{repository_.root()};
+  storage::Repository index_{repository_.beside() / "index.sqlite"};
+};
+
+TEST(RealLanguagesUpdate, LeavesRustFilesAloneThatAskedForOtherNames) {
+  const std::string shop = "pub mod item;\npub struct Shop;\n";
+  const std::string item = "pub struct Item<A, B>(pub A, pub B);\n";
+  Counted counted({{"Cargo.toml", "[package]\nname = \"shop\"\n"},
+                   {"src/lib.rs", shop},
+                   {"src/item.rs", item + "pub fn make() {}\n"},
+                   {"tests/a.rs", "fn f(i: shop::item::Item<Shop, u8>) { i.0.go(); }\n"},
+                   {"tests/b.rs", "fn f() { shop::item::make(); }\n"},
+                   {"tests/c.rs", "fn f() { shop::rest(); }\n"}});
+  EXPECT_EQ(counted.resolved("src/lib.rs", "pub fn new() {}\n" + shop), 1);
+  EXPECT_EQ(counted.resolved("src/lib.rs", shop + "mod own { use super::*; }\n"), 1);
+  EXPECT_EQ(counted.resolved("src/lib.rs", shop + "pub use item::*;\n"), 2) << "and tests/c.rs";
+  EXPECT_EQ(counted.resolved("src/item.rs", item + "pub fn make() -> u8 {}\n"), 2)
+      << "and tests/b.rs";
+  const std::string swapped = "pub struct Item<B, A>(pub A, pub B);\n";
+  EXPECT_EQ(counted.resolved("src/item.rs", swapped + "pub fn make() -> u8 {}\n"), 2)
+      << "and tests/a.rs";
+  EXPECT_EQ(
+      counted.resolved("Cargo.toml", "[package]\nname = \"shop\"\n[dependencies]\nlog = \"1\"\n"),
+      1);
 }
 
 TEST(RealLanguagesGraph, CallsAcrossFilesAreProven) {

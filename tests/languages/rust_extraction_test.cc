@@ -189,6 +189,7 @@ local first@1 in m = t@1.0[]
 local n@2 in m = t@1.next()~Some.0
 import mod||a in - {local}
 import mod x/y.rs||b in -
+import mod x/y.rs||#[path] in -
 import ::|c|d in - {local}
 )");
 }

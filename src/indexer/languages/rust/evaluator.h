@@ -7,31 +7,27 @@
 #include <string>
 #include <string_view>
 #include <tuple>
+#include <unordered_map>
 #include <vector>
 
 #include "indexer/languages/rust/modules.h"
 #include "indexer/languages/rust/type_text.h"
 #include "indexer/languages/rust/types.h"
-#include "indexer/languages/support/scopes.h"
+#include "indexer/languages/support/outline.h"
 
 /// Reads names, types and expressions in the light of the repository, for the file being resolved.
 namespace context_delta::indexer::rust {
 
-/// An impl block: for which type, of which trait.
-struct Impl {
-  Type self;
-  Type trait;               ///< UNKNOWN: inherent, or a trait that is not known
-  bool is_blanket = false;  ///< for every type of some kind: `impl<T: A> B for T`
-};
-
 class Evaluator {
  public:
-  Evaluator(const File& file, const Facts& facts, World& world);
+  /// `own`: of `file`, which may be another than the one being resolved.
+  Evaluator(const File& file, const support::Outline& own, World& world);
 
   World& world() { return world_; }
-  const Facts& facts(const File& file);
-  const support::ScopeIndex& scopes(const File& file);
-  const Definition& definition(const File& file, DefinitionIndex index);
+  const support::Outline& outline(const File& file);
+  const Definition& definition(const File& file, DefinitionIndex index) {
+    return outline(file).definition(index);
+  }
 
   // names.cc
   /// What the first name of a path means in a scope of `file`. `except` is the import that asks.
@@ -60,7 +56,10 @@ class Evaluator {
   Environment environment_of(const File& file, DefinitionIndex definition, const Type& self);
 
   // methods.cc
-  const std::vector<Impl>& impls(const File& file);
+  /// The type that an impl block is for.
+  const Type& impl_self(const File& file, DefinitionIndex impl);
+  /// The trait that an impl block gives; UNKNOWN when it gives none, or one that is not known.
+  const Type& impl_trait(const File& file, DefinitionIndex impl);
   Callee method(const Type& type, std::string_view name);
   /// The callee of a path: `a::f`, `Foo::new`, `<T as A>::f`, `Variant`.
   Callee path_callee(const File& file, DefinitionIndex scope, const TypeText& path, int depth = 0);
@@ -87,7 +86,7 @@ class Evaluator {
   bool is_inside(const Module& inner, const Module& outer);
 
   /// The names of the parameters that a definition binds, in order.
-  const std::vector<std::string>& generics(const File& file, DefinitionIndex definition);
+  std::vector<std::string_view> generics(const File& file, DefinitionIndex definition);
   std::optional<Type> parameter(const File& file, DefinitionIndex scope, std::string_view name,
                                 const Environment* environment);
   Type path_type(const File& file, DefinitionIndex scope, const TypeText& text,
@@ -119,13 +118,11 @@ class Evaluator {
   Type indexed(const Type& type);
 
   const File& file_;
-  const Facts& facts_;
   World& world_;
-  support::ScopeIndex scopes_;
+  std::unordered_map<std::int64_t, support::Outline> outlines_;  // by the file's id
   using Place = std::tuple<std::int64_t, DefinitionIndex, std::string>;
   std::map<Place, Type> values_;                    // of variables of this file
   std::map<Place, std::optional<Callee>> methods_;  // of NAMED types without arguments
-  std::map<std::int64_t, std::map<DefinitionIndex, std::vector<std::string>>> generics_;  // by file
   std::map<std::tuple<std::int64_t, DefinitionIndex, std::string, Space>, Meaning> names_;
   std::map<Place, std::vector<Type>> traits_;  // of parameters; empty while they are being read
   // What wildcard imports were asked since the outermost question: modules may import each other.

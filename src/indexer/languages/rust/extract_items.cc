@@ -5,6 +5,7 @@
 
 #include "indexer/languages/rust/definitions.h"
 #include "indexer/languages/rust/extractor.h"
+#include "indexer/languages/rust/modules.h"
 #include "indexer/languages/support/text.h"
 
 namespace context_delta::indexer::rust {
@@ -191,15 +192,19 @@ void Extractor::define_impl(TSNode node, std::uint32_t depth) {
   }
 }
 
-/// `mod x;` is an import of `mod`, or of `mod PATH` with a path attribute.
+/// `mod x;` is an import of `mod`, or two of `mod PATH` with a path attribute.
 void Extractor::define_mod(TSNode node, std::uint32_t depth, const Attributes& attributes) {
   if (!support::is_null(child(node, rust_.field.body))) {
     open_definition(item_definition(node, builder_.text(), Kind::NAMESPACE), depth);
     return;
   }
   const std::string module = attributes.path.empty() ? "mod" : "mod " + attributes.path;
-  add_import(module, {}, support::one_line(text_of(child(node, rust_.field.name))), node,
-             is_private(node) ? LOCAL_LINKAGE : 0);
+  const std::uint16_t traits = is_private(node) ? LOCAL_LINKAGE : 0;
+  add_import(module, {}, support::one_line(text_of(child(node, rust_.field.name))), node, traits);
+  // Who looks for the declaration of a file does not know its name.
+  if (!attributes.path.empty()) {
+    add_import(module, {}, std::string(DECLARED_BY_PATH), node, traits);
+  }
 }
 
 void Extractor::define_value(TSNode node) {
@@ -334,6 +339,12 @@ void Extractor::add_use(TSNode use) {
   }
 }
 
+/// Wildcards are told apart by what they stand in: those of tests are nothing to other files.
+std::string Extractor::wildcard_alias() {
+  const DefinitionIndex scope = builder_.frame().definition;
+  return scope == NOWHERE ? std::string() : wildcard_name(builder_.definition(scope).name);
+}
+
 void Extractor::add_use_of(TSNode node, const std::string& prefix, std::uint16_t traits) {
   TSNode path = node;
   std::string alias;
@@ -346,7 +357,7 @@ void Extractor::add_use_of(TSNode node, const std::string& prefix, std::uint16_t
   std::string written = joined(prefix, support::one_line(text_of(path)));
   std::erase(written, ' ');
   if (written.ends_with("::self")) written.resize(written.size() - 6);
-  if (wildcard) return add_import(std::move(written), "*", {}, node, traits);
+  if (wildcard) return add_import(std::move(written), "*", wildcard_alias(), node, traits);
   const std::size_t colons = written.rfind("::");
   const std::string name = colons == std::string::npos ? written : written.substr(colons + 2);
   std::string module = colons == std::string::npos ? std::string() : written.substr(0, colons);

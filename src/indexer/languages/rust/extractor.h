@@ -61,6 +61,7 @@ class Extractor {
   void add_fields(TSNode list);
   void add_use(TSNode node);
   void add_use_of(TSNode node, const std::string& prefix, std::uint16_t traits);
+  std::string wildcard_alias();
   void add_import(std::string module, std::string name, std::string alias, TSNode node,
                   std::uint16_t traits);
   DefinitionIndex open_definition(Definition made, std::uint32_t depth);

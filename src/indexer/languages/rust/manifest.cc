@@ -3,11 +3,13 @@
 #include <algorithm>
 #include <vector>
 
+#include "indexer/languages/support/outline.h"
 #include "indexer/languages/support/text.h"
 
 namespace context_delta::indexer::rust {
 namespace {
 
+using support::Binder;
 using support::trimmed;
 
 std::string_view unquoted(std::string_view text) {
@@ -120,11 +122,23 @@ class ManifestReader {
   std::int32_t line_ = 0;
 };
 
-std::string value_of(const Facts& manifest, std::string_view name) {
-  for (const Binding& each : manifest.bindings) {
-    if (each.name == name) return each.value;
+std::string value_of(const support::Outline& manifest, std::string_view name) {
+  for (const Binder& each : manifest.find(NOWHERE, name)) {
+    if (each.kind == Binder::Kind::BINDING) return manifest.binding(each).value;
   }
   return {};
+}
+
+/// What a manifest says of a dependency, for itself or, `declared`, for the members of its
+/// workspace; null when it says nothing.
+const Import* dependency_called(std::string_view crate, bool declared,
+                                const support::Outline& manifest) {
+  for (const Binder& each : manifest.find(NOWHERE, crate)) {
+    if (each.kind != Binder::Kind::IMPORT) continue;
+    const Import& import = manifest.import(each);
+    if (((import.traits & DECLARATION) != 0) == declared) return &import;
+  }
+  return nullptr;
 }
 
 /// `folder` and a relative path joined, `.` and `..` resolved; empty when it leads outside.
@@ -158,11 +172,11 @@ const File* workspace_dependency(const File& manifest, std::string_view crate, W
   while (true) {
     const File* file = world.file(below(folder, "Cargo.toml"));
     if (file != nullptr) {
-      for (const Import& each : world.facts(*file).imports) {
-        if ((each.traits & DECLARATION) == 0 || each.alias != crate) continue;
-        if (!each.module.starts_with("path ")) return nullptr;
+      const Import* found = dependency_called(crate, true, {*file, world});
+      if (found != nullptr) {
+        if (!found->module.starts_with("path ")) return nullptr;
         return world.file(
-            below(joined_path(folder, std::string_view(each.module).substr(5)), "Cargo.toml"));
+            below(joined_path(folder, std::string_view(found->module).substr(5)), "Cargo.toml"));
       }
     }
     if (folder.empty()) return nullptr;
@@ -191,33 +205,33 @@ const File* manifest_of(std::string_view path, World& world) {
   std::string_view folder = support::folder_of(path);
   while (true) {
     const File* file = world.file(below(folder, "Cargo.toml"));
-    if (file != nullptr && !value_of(world.facts(*file), "package").empty()) return file;
+    if (file != nullptr && !value_of({*file, world}, "package").empty()) return file;
     if (folder.empty()) return nullptr;
     folder = support::folder_of(folder);
   }
 }
 
 std::string library_name(const File& manifest, World& world) {
-  const Facts& facts = world.facts(manifest);
-  const std::string name = value_of(facts, "lib");
-  return crate_name(name.empty() ? value_of(facts, "package") : name);
+  const support::Outline outline(manifest, world);
+  const std::string name = value_of(outline, "lib");
+  return crate_name(name.empty() ? value_of(outline, "package") : name);
 }
 
 const File* library_root(const File& manifest, World& world) {
-  const std::string path = value_of(world.facts(manifest), "lib.path");
+  const std::string path = value_of({manifest, world}, "lib.path");
   return world.file(
       joined_path(support::folder_of(manifest.path), path.empty() ? "src/lib.rs" : path));
 }
 
 Dependency dependency(const File& manifest, std::string_view crate, World& world) {
-  for (const Import& each : world.facts(manifest).imports) {
-    if ((each.traits & DECLARATION) != 0 || each.alias != crate) continue;
+  const Import* found = dependency_called(crate, false, {manifest, world});
+  if (found != nullptr) {
     const File* other = nullptr;
-    if (each.module.starts_with("path ")) {
+    if (found->module.starts_with("path ")) {
       other = world.file(below(
-          joined_path(support::folder_of(manifest.path), std::string_view(each.module).substr(5)),
+          joined_path(support::folder_of(manifest.path), std::string_view(found->module).substr(5)),
           "Cargo.toml"));
-    } else if (each.module == "workspace") {
+    } else if (found->module == "workspace") {
       other = workspace_dependency(manifest, crate, world);
     }
     return {true, other == nullptr ? nullptr : library_root(*other, world)};

@@ -9,7 +9,6 @@ namespace context_delta::indexer::rust {
 namespace {
 
 using support::Binder;
-using support::definition_at;
 
 constexpr int MOST_DEREFERENCES = 4;
 constexpr int DEEPEST = 16;
@@ -44,24 +43,23 @@ bool differ(const Type& a, const Type& b, int depth = 0) {
 
 }  // namespace
 
-const std::vector<Impl>& Evaluator::impls(const File& file) {
-  return world_.remember<std::vector<Impl>>("rust:impls", file, [&] {
-    Evaluator there(file, world_.facts(file), world_);
+const Type& Evaluator::impl_self(const File& file, DefinitionIndex impl) {
+  return world_.remember<Type>("rust:impl-self", file, impl, [&] {
+    Evaluator there(file, support::Outline(file, world_), world_);
     there.without_impls_ = true;
-    std::vector<Impl> made(there.facts_.definitions.size());
-    for (std::size_t i = 0; i < made.size(); ++i) {
-      const Definition& each = there.facts_.definitions[i];
-      if (!is_impl(each)) continue;
-      const auto index = static_cast<DefinitionIndex>(i);
-      made[i].self = there.type_of_text(file, index, each.type);
-      made[i].is_blanket = made[i].self.kind == Type::Kind::PARAMETER;
-      if (each.bases.empty()) continue;
-      const Type trait = there.type_of_text(file, index, each.bases.front());
-      made[i].trait = trait.kind == Type::Kind::BOUNDED && !trait.arguments.empty()
-                          ? trait.arguments.front()
-                          : trait;
-    }
-    return made;
+    return there.type_of_text(file, impl, there.definition(file, impl).type);
+  });
+}
+
+const Type& Evaluator::impl_trait(const File& file, DefinitionIndex impl) {
+  return world_.remember<Type>("rust:impl-trait", file, impl, [&] {
+    Evaluator there(file, support::Outline(file, world_), world_);
+    there.without_impls_ = true;
+    const std::vector<std::string>& bases = there.definition(file, impl).bases;
+    if (bases.empty()) return Type{};
+    Type trait = there.type_of_text(file, impl, bases.front());
+    const bool is_bound = trait.kind == Type::Kind::BOUNDED && !trait.arguments.empty();
+    return is_bound ? Type(trait.arguments.front()) : trait;
   });
 }
 
@@ -72,8 +70,7 @@ Callee Evaluator::chosen(const std::vector<Candidate>& candidates, const Type& s
   if (fitting.size() > 1) {
     std::erase_if(fitting, [&](const Candidate& each) {
       const DefinitionIndex parent = definition(*each.file, each.definition).parent;
-      return is_impl(definition(*each.file, parent)) &&
-             differ(impls(*each.file)[static_cast<std::size_t>(parent)].self, self);
+      return is_impl(definition(*each.file, parent)) && differ(impl_self(*each.file, parent), self);
     });
   }
   if (fitting.empty()) return {.kind = Callee::Kind::MISSING};
@@ -94,8 +91,10 @@ bool Evaluator::has_trait(const Type& type, const Type& trait) {
        world_.definitions(definition(*type.file, type.definition).name)) {
     if (candidate.kind != Kind::NAMESPACE || candidate.file->language != file_.language) continue;
     if (!is_impl(definition(*candidate.file, candidate.definition))) continue;
-    const Impl& impl = impls(*candidate.file)[static_cast<std::size_t>(candidate.definition)];
-    if (same_definition(impl.self, type) && same_definition(impl.trait, trait)) return true;
+    if (same_definition(impl_self(*candidate.file, candidate.definition), type) &&
+        same_definition(impl_trait(*candidate.file, candidate.definition), trait)) {
+      return true;
+    }
   }
   return false;
 }
@@ -120,8 +119,7 @@ Callee Evaluator::method_of_named(const Type& type, std::string_view name) {
       trait.definition = parent;
       if (has_trait(type, trait)) defaults.push_back(candidate);
     } else if (is_impl(owner)) {
-      const Impl& impl = impls(*candidate.file)[static_cast<std::size_t>(parent)];
-      if (!same_definition(impl.self, type)) continue;
+      if (!same_definition(impl_self(*candidate.file, parent), type)) continue;
       (owner.bases.empty() ? inherent : of_traits).push_back(candidate);
     }
   }
@@ -164,8 +162,7 @@ Callee Evaluator::method_of_external(const Type& type, std::string_view name) {
       if (owner_name(candidate) != type.name) continue;
       const DefinitionIndex parent = definition(*candidate.file, candidate.definition).parent;
       if (parent == NOWHERE || !is_impl(definition(*candidate.file, parent))) continue;
-      const Impl& impl = impls(*candidate.file)[static_cast<std::size_t>(parent)];
-      if (same_definition(impl.self, type)) found.push_back(candidate);
+      if (same_definition(impl_self(*candidate.file, parent), type)) found.push_back(candidate);
     }
   }
   Callee made = chosen(found, type, "trait-impl");
@@ -241,9 +238,9 @@ Type Evaluator::field(const Type& type, std::string_view name, int depth) {
     return index < type.arguments.size() ? type.arguments[index] : Type{};
   }
   if (type.kind == Type::Kind::NAMED) {
-    for (const Binder& binder : scopes(*type.file).find(type.definition, name)) {
+    for (const Binder& binder : outline(*type.file).find(type.definition, name)) {
       if (binder.kind != Binder::Kind::BINDING) continue;
-      const Binding& each = facts(*type.file).bindings[static_cast<std::size_t>(binder.index)];
+      const Binding& each = outline(*type.file).binding(binder);
       if (each.value != "field") continue;
       const Environment environment = environment_of(*type.file, type.definition, type);
       Type made = type_of_text(*type.file, type.definition, each.type, &environment, depth + 1);

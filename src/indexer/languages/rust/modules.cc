@@ -3,14 +3,12 @@
 #include <vector>
 
 #include "indexer/languages/rust/manifest.h"
-#include "indexer/languages/support/scopes.h"
 #include "indexer/languages/support/text.h"
 
 namespace context_delta::indexer::rust {
 namespace {
 
 using support::base_name;
-using support::definition_at;
 using support::folder_of;
 
 constexpr int DEEPEST = 30;
@@ -22,6 +20,12 @@ std::string below(std::string_view folder, std::string_view name) {
 std::string_view stem_of(std::string_view path) {
   const std::string_view name = base_name(path);
   return name.ends_with(".rs") ? name.substr(0, name.size() - 3) : name;
+}
+
+/// What a module is called whose file lies at a path, but for the attribute `path`.
+std::string_view module_name(std::string_view path) {
+  const std::string_view stem = stem_of(path);
+  return stem == "mod" ? base_name(folder_of(path)) : stem;
 }
 
 /// Whether Cargo makes a crate of a file by where it lies.
@@ -50,13 +54,18 @@ std::string normal(std::string_view folder, std::string_view relative) {
 /// The declaration in `parent` that leads to `file`.
 std::optional<Module> declares(const File* parent, const File& file, World& world) {
   if (parent == nullptr || parent->id == file.id || parent->language != file.language) return {};
-  const Facts& facts = world.facts(*parent);
-  for (const Import& each : facts.imports) {
-    if (!is_module_declaration(each)) continue;
-    const File* found = declared_module(*parent, facts, each, world);
-    if (found != nullptr && found->id == file.id) return Module{parent, each.scope};
-  }
-  return {};
+  const support::Outline outline(*parent, world);
+  std::optional<Module> made;
+  const auto leads_there = [&](const Import& each) {
+    if (!is_module_declaration(each)) return false;
+    const File* found = declared_module(*parent, outline, each, world);
+    if (found == nullptr || found->id != file.id) return false;
+    made = Module{parent, each.scope};
+    return true;
+  };
+  outline.each_import_as(module_name(file.path), leads_there);
+  if (!made) outline.each_import_as(DECLARED_BY_PATH, leads_there);
+  return made;
 }
 
 std::optional<Module> find_declaring(const File& file, World& world) {
@@ -93,6 +102,8 @@ bool is_module_declaration(const Import& import) {
   return import.name.empty() && (import.module == "mod" || import.module.starts_with("mod "));
 }
 
+std::string wildcard_name(std::string_view scope) { return "*" + std::string(scope); }
+
 bool is_impl(const Definition& definition) {
   return definition.kind == Kind::NAMESPACE && !definition.type.empty();
 }
@@ -101,12 +112,11 @@ bool is_module(const Definition& definition) {
   return definition.kind == Kind::NAMESPACE && definition.type.empty();
 }
 
-const File* declared_module(const File& file, const Facts& facts, const Import& declaration,
-                            World& world) {
+const File* declared_module(const File& file, const support::Outline& outline,
+                            const Import& declaration, World& world) {
   std::string inner;
-  for (DefinitionIndex at = declaration.scope; at != NOWHERE;
-       at = definition_at(facts, at).parent) {
-    const Definition& each = definition_at(facts, at);
+  for (DefinitionIndex at = declaration.scope; at != NOWHERE; at = outline.definition(at).parent) {
+    const Definition& each = outline.definition(at);
     if (is_module(each)) inner = inner.empty() ? each.name : each.name + "/" + inner;
   }
   if (declaration.module.size() > 4) {
@@ -124,16 +134,18 @@ std::optional<Module> declaring_module(const File& file, World& world) {
                                                [&] { return find_declaring(file, world); });
 }
 
-Module module_around(const File& file, const Facts& facts, DefinitionIndex definition) {
-  while (definition != NOWHERE && !is_module(definition_at(facts, definition))) {
-    definition = definition_at(facts, definition).parent;
+Module module_around(const File& file, const support::Outline& outline,
+                     DefinitionIndex definition) {
+  while (definition != NOWHERE && !is_module(outline.definition(definition))) {
+    definition = outline.definition(definition).parent;
   }
   return {&file, definition};
 }
 
-std::optional<Module> parent_module(const Module& module, const Facts& facts, World& world) {
+std::optional<Module> parent_module(const Module& module, const support::Outline& outline,
+                                    World& world) {
   if (module.definition == NOWHERE) return declaring_module(*module.file, world);
-  return module_around(*module.file, facts, definition_at(facts, module.definition).parent);
+  return module_around(*module.file, outline, outline.definition(module.definition).parent);
 }
 
 const File& crate_root(const File& file, World& world) {
@@ -152,14 +164,11 @@ std::string module_path(const File& file, World& world) {
   for (int step = 0; step < DEEPEST; ++step) {
     const std::optional<Module> parent = declaring_module(*at, world);
     if (!parent) break;
-    std::string_view name = stem_of(at->path);
-    if (name == "mod") name = base_name(folder_of(at->path));
-    path = "::" + std::string(name) + path;
+    path = "::" + std::string(module_name(at->path)) + path;
     if (parent->definition != NOWHERE) {
-      const Facts& facts = world.facts(*parent->file);
-      for (DefinitionIndex i = parent->definition; i != NOWHERE;
-           i = definition_at(facts, i).parent) {
-        path = "::" + definition_at(facts, i).name + path;
+      const support::Outline outline(*parent->file, world);
+      for (DefinitionIndex i = parent->definition; i != NOWHERE; i = outline.definition(i).parent) {
+        path = "::" + outline.definition(i).name + path;
       }
     }
     at = parent->file;

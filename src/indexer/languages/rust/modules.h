@@ -4,6 +4,7 @@
 #include <string>
 #include <string_view>
 
+#include "indexer/languages/support/outline.h"
 #include "indexer/world.h"
 
 /// The module trees of crates.
@@ -21,19 +22,26 @@ struct Module {
 
 bool is_module_declaration(const Import& import);
 
+/// What the declarations of modules whose files have other names are called besides.
+inline constexpr std::string_view DECLARED_BY_PATH = "#[path]";
+
+/// What the wildcard imports of a scope bind, by the scope's name; that of a file has none.
+std::string wildcard_name(std::string_view scope);
+
 /// The file that `mod x;` in `file` means; null when it is not in the repository.
-const File* declared_module(const File& file, const Facts& facts, const Import& declaration,
-                            World& world);
+const File* declared_module(const File& file, const support::Outline& outline,
+                            const Import& declaration, World& world);
 
 /// The module that declares a file; none for the root of a crate. A file that both a library and a
 /// program declare belongs to the library.
 std::optional<Module> declaring_module(const File& file, World& world);
 
 /// The module around a definition of a file, or the file.
-Module module_around(const File& file, const Facts& facts, DefinitionIndex definition);
+Module module_around(const File& file, const support::Outline& outline, DefinitionIndex definition);
 
 /// The module that encloses a module; none for the root of a crate.
-std::optional<Module> parent_module(const Module& module, const Facts& facts, World& world);
+std::optional<Module> parent_module(const Module& module, const support::Outline& outline,
+                                    World& world);
 
 /// The root file of the crate that a file belongs to.
 const File& crate_root(const File& file, World& world);

@@ -9,7 +9,6 @@ namespace context_delta::indexer::rust {
 namespace {
 
 using support::Binder;
-using support::definition_at;
 
 /// How many imports, globs and paths are followed.
 constexpr int DEEPEST = 16;
@@ -48,32 +47,27 @@ bool is_in_space(const Definition& definition, Space space) {
 
 }  // namespace
 
-Evaluator::Evaluator(const File& file, const Facts& facts, World& world)
-    : file_(file), facts_(facts), world_(world), scopes_(facts) {}
-
-const Facts& Evaluator::facts(const File& file) {
-  return file.id == file_.id ? facts_ : world_.facts(file);
+Evaluator::Evaluator(const File& file, const support::Outline& own, World& world)
+    : file_(file), world_(world) {
+  outlines_.emplace(file.id, own);
 }
 
-const support::ScopeIndex& Evaluator::scopes(const File& file) {
-  return file.id == file_.id ? scopes_ : support::scopes_of(file, world_);
-}
-
-const Definition& Evaluator::definition(const File& file, DefinitionIndex index) {
-  return definition_at(facts(file), index);
+const support::Outline& Evaluator::outline(const File& file) {
+  const auto place = outlines_.find(file.id);
+  if (place != outlines_.end()) return place->second;
+  return outlines_.emplace(file.id, support::Outline(file, world_)).first->second;
 }
 
 /// The items of a scope that have a name; several only when their attributes or macros choose.
 Meaning Evaluator::combined(const File& file, Binders binders, Space space, int depth,
                             const Import* except, bool public_only) {
-  const Facts& known = facts(file);
+  const support::Outline& known = outline(file);
   Meaning external;
   std::vector<Meaning> found;
   for (const Binder& binder : binders) {
-    const auto index = static_cast<std::size_t>(binder.index);
     Meaning meaning;
     if (binder.kind == Binder::Kind::DEFINITION) {
-      const Definition& each = known.definitions[index];
+      const Definition& each = known.definition(binder.index);
       if (!is_in_space(each, space)) continue;
       if (public_only && (each.traits & LOCAL_LINKAGE) != 0) continue;
       meaning.kind = is_module(each) ? Meaning::Kind::MODULE : Meaning::Kind::DEFINITION;
@@ -84,7 +78,7 @@ Meaning Evaluator::combined(const File& file, Binders binders, Space space, int 
         meaning = unsure(meaning, "the definition's text does not parse");
       }
     } else if (binder.kind == Binder::Kind::IMPORT) {
-      const Import& import = known.imports[index];
+      const Import& import = known.import(binder);
       if (&import == except || import.name == "*") continue;
       if (public_only && (import.traits & LOCAL_LINKAGE) != 0) continue;
       meaning = import_meaning(file, import, space, depth + 1);
@@ -118,13 +112,13 @@ Meaning Evaluator::name_meaning(const File& file, DefinitionIndex scope, std::st
 Meaning Evaluator::found_name(const File& file, DefinitionIndex scope, std::string_view name,
                               Space space, int depth, const Import* except) {
   if (depth > DEEPEST) return {};
-  const Facts& known = facts(file);
+  const support::Outline& known = outline(file);
   DefinitionIndex at = scope;
   while (true) {
-    const Definition* own = at == NOWHERE ? nullptr : &definition_at(known, at);
+    const Definition* own = at == NOWHERE ? nullptr : &known.definition(at);
     const bool is_scope = own == nullptr || is_module(*own) || support::is_function_kind(own->kind);
     if (is_scope) {
-      Meaning found = combined(file, scopes(file).find(at, name), space, depth, except);
+      Meaning found = combined(file, known.find(at, name), space, depth, except);
       const bool by_glob = except != nullptr && except->name == "*";
       if (found.kind == Meaning::Kind::UNKNOWN && !by_glob) {
         found = glob_member(module_around(file, known, at), at, name, space, depth);
@@ -158,7 +152,7 @@ Meaning Evaluator::import_meaning(const File& file, const Import& import, Space 
   if (depth > DEEPEST) return {};
   if (is_module_declaration(import)) {
     if (space != Space::TYPE) return {};
-    const File* found = declared_module(file, facts(file), import, world_);
+    const File* found = declared_module(file, outline(file), import, world_);
     if (found == nullptr) return {};
     return {.kind = Meaning::Kind::MODULE, .file = found, .rule = "import"};
   }
@@ -185,7 +179,6 @@ Meaning Evaluator::path_meaning(const File& file, DefinitionIndex scope,
                                 int depth, const Import* except) {
   used = 0;
   if (path.empty() || depth > DEEPEST) return {};
-  const Facts& known = facts(file);
   Meaning at;
   const std::string_view first = path[0].name;
   const auto space_of = [&](std::size_t index) {
@@ -194,10 +187,10 @@ Meaning Evaluator::path_meaning(const File& file, DefinitionIndex scope,
   if (first == "crate" || first == "$crate") {
     at = {.kind = Meaning::Kind::MODULE, .file = &crate_root(file, world_), .rule = "path"};
   } else if (first == "self" || first == "super") {
-    Module module = module_around(file, known, scope);
+    Module module = module_around(file, outline(file), scope);
     for (used = 0; used < path.size() && path[used].name == (used == 0 ? first : "super"); ++used) {
       if (path[used].name == "self") continue;
-      const std::optional<Module> parent = parent_module(module, facts(*module.file), world_);
+      const std::optional<Module> parent = parent_module(module, outline(*module.file), world_);
       if (!parent) return {};
       module = *parent;
     }
@@ -244,9 +237,9 @@ Meaning Evaluator::variant_of(const File& file, DefinitionIndex index, std::stri
     return variant_of(*type.file, type.definition, name);
   }
   if (definition(file, index).kind != Kind::ENUM) return {};
-  for (const Binder& binder : scopes(file).find(index, name)) {
+  for (const Binder& binder : outline(file).find(index, name)) {
     if (binder.kind != Binder::Kind::BINDING) continue;
-    if (facts(file).bindings[static_cast<std::size_t>(binder.index)].value != "variant") continue;
+    if (outline(file).binding(binder).value != "variant") continue;
     return {.kind = Meaning::Kind::VARIANT,
             .file = &file,
             .definition = index,
@@ -259,7 +252,7 @@ Meaning Evaluator::variant_of(const File& file, DefinitionIndex index, std::stri
 Meaning Evaluator::module_member(const Module& module, std::string_view name, Space space,
                                  int depth, bool public_only) {
   if (depth > DEEPEST) return {};
-  const Binders binders = scopes(*module.file).find(module.definition, name);
+  const Binders binders = outline(*module.file).find(module.definition, name);
   const Meaning found = combined(*module.file, binders, space, depth + 1, nullptr, public_only);
   if (found.kind != Meaning::Kind::UNKNOWN) return found;
   return glob_member(module, module.definition, name, space, depth + 1);
@@ -278,9 +271,13 @@ Meaning Evaluator::glob_member(const Module& module, DefinitionIndex scope, std:
 
 Meaning Evaluator::asked_globs(const Module& module, DefinitionIndex scope, std::string_view name,
                                Space space, int depth) {
+  const support::Outline& known = outline(*module.file);
+  const std::string wildcards =
+      wildcard_name(scope == NOWHERE ? "" : std::string_view(known.definition(scope).name));
   Meaning found;
-  for (const Import& import : facts(*module.file).imports) {
-    if (import.name != "*" || import.scope != scope) continue;
+  for (const Binder& binder : known.find(scope, wildcards)) {
+    if (binder.kind != Binder::Kind::IMPORT) continue;
+    const Import& import = known.import(binder);
     const Meaning from = import_meaning(*module.file, import, Space::TYPE, depth + 1);
     Meaning member;
     if (from.kind == Meaning::Kind::MODULE) {
@@ -306,7 +303,7 @@ bool Evaluator::is_inside(const Module& inner, const Module& outer) {
   std::optional<Module> at = inner;
   for (int step = 0; at && step < DEEPEST * 2; ++step) {
     if (at->is(outer)) return true;
-    at = parent_module(*at, facts(*at->file), world_);
+    at = parent_module(*at, outline(*at->file), world_);
   }
   return false;
 }

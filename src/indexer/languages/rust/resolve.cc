@@ -23,7 +23,11 @@ std::string_view last_part(std::string_view container) {
 class Resolver {
  public:
   Resolver(const File& file, const Facts& facts, World& world)
-      : file_(file), facts_(facts), world_(world), values_(file, facts, world) {
+      : file_(file),
+        facts_(facts),
+        world_(world),
+        scopes_(facts),
+        values_(file, {facts, scopes_}, world) {
     neighbourhood_.file = &file;
   }
 
@@ -52,6 +56,7 @@ class Resolver {
   const File& file_;
   const Facts& facts_;
   World& world_;
+  support::ScopeIndex scopes_;
   Evaluator values_;
   support::Neighbourhood neighbourhood_;
   std::map<std::pair<std::int64_t, DefinitionIndex>, std::optional<Candidate>> candidates_;

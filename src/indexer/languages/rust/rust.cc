@@ -14,7 +14,7 @@ constexpr std::array<std::string_view, 1> MANIFESTS = {"Cargo.toml"};
 }  // namespace
 
 const Language LANGUAGE = {.name = "rust",
-                           .version = 1,
+                           .version = 2,
                            .suffixes = SUFFIXES,
                            .accepts = nullptr,
                            .grammar = tree_sitter_rust,

@@ -8,7 +8,6 @@ namespace context_delta::indexer::rust {
 namespace {
 
 using support::Binder;
-using support::definition_at;
 
 constexpr int DEEPEST = 16;
 
@@ -36,12 +35,12 @@ bool same_definition(const Type& a, const Type& b) {
 /// The type parameter that a name means; what the environment says of it first.
 std::optional<Type> Evaluator::parameter(const File& file, DefinitionIndex scope,
                                          std::string_view name, const Environment* environment) {
-  const Facts& known = facts(file);
-  for (DefinitionIndex at = scope; at != NOWHERE; at = definition_at(known, at).parent) {
-    if (is_module(definition_at(known, at))) break;
-    for (const Binder& binder : scopes(file).find(at, name)) {
+  const support::Outline& known = outline(file);
+  for (DefinitionIndex at = scope; at != NOWHERE; at = known.definition(at).parent) {
+    if (is_module(known.definition(at))) break;
+    for (const Binder& binder : known.find(at, name)) {
       if (binder.kind != Binder::Kind::BINDING) continue;
-      if ((known.bindings[static_cast<std::size_t>(binder.index)].traits & GENERIC) == 0) continue;
+      if ((known.binding(binder).traits & GENERIC) == 0) continue;
       if (environment != nullptr) {
         for (const auto& [parameter, type] : environment->parameters) {
           if (parameter == name) return type;
@@ -158,9 +157,9 @@ Type Evaluator::named_type(const Meaning& meaning, const std::vector<Type>& argu
   if (found.kind == Kind::TYPE) {
     Environment environment;
     std::size_t index = 0;
-    for (const std::string& name : generics(*meaning.file, meaning.definition)) {
+    for (const std::string_view name : generics(*meaning.file, meaning.definition)) {
       environment.parameters.push_back(
-          {name, index < arguments.size() ? arguments[index] : Type{}});
+          {std::string(name), index < arguments.size() ? arguments[index] : Type{}});
       ++index;
     }
     return type_of_text(*meaning.file, meaning.definition, found.type, &environment, depth + 1);
@@ -179,18 +178,17 @@ Type Evaluator::named_type(const Meaning& meaning, const std::vector<Type>& argu
 }
 
 Type Evaluator::self_type(const File& file, DefinitionIndex scope) {
-  const Facts& known = facts(file);
-  for (DefinitionIndex at = scope; at != NOWHERE; at = definition_at(known, at).parent) {
-    const Definition& each = definition_at(known, at);
+  for (DefinitionIndex at = scope; at != NOWHERE; at = definition(file, at).parent) {
+    const Definition& each = definition(file, at);
     if (is_impl(each)) {
-      if (!without_impls_) return impls(file)[static_cast<std::size_t>(at)].self;
+      if (!without_impls_) return impl_self(file, at);
       return type_of_text(file, at, each.type);
     }
     if (is_type_kind(each.kind)) {
       Type made =
           named_type({.kind = Meaning::Kind::DEFINITION, .file = &file, .definition = at}, {}, 0);
       if (made.kind != Type::Kind::NAMED) return made;
-      for (const std::string& name : generics(file, at)) {
+      for (const std::string_view name : generics(file, at)) {
         made.arguments.push_back(parameter(file, at, name, nullptr).value_or(Type{}));
       }
       return made;
@@ -211,10 +209,9 @@ std::vector<Type> Evaluator::direct_traits(const Type& type, int depth) {
     // A function may ask more of the parameters of its impl.
     for (DefinitionIndex at = type.definition; at != NOWHERE;
          at = definition(*type.file, at).parent) {
-      for (const Binder& binder : scopes(*type.file).find(at, type.name)) {
+      for (const Binder& binder : outline(*type.file).find(at, type.name)) {
         if (binder.kind != Binder::Kind::BINDING) continue;
-        add(*type.file, at,
-            facts(*type.file).bindings[static_cast<std::size_t>(binder.index)].type);
+        add(*type.file, at, outline(*type.file).binding(binder).type);
       }
     }
   } else if (type.kind == Type::Kind::NAMED) {
@@ -257,11 +254,10 @@ Type Evaluator::impl_member(const Type& base, std::string_view name, std::string
        world_.definitions(definition(*base.file, base.definition).name)) {
     if (candidate.kind != Kind::NAMESPACE || candidate.file->language != file_.language) continue;
     if (!is_impl(definition(*candidate.file, candidate.definition))) continue;
-    const Impl& impl = impls(*candidate.file)[static_cast<std::size_t>(candidate.definition)];
-    if (!same_definition(impl.self, base)) continue;
-    for (const Binder& binder : scopes(*candidate.file).find(candidate.definition, name)) {
+    if (!same_definition(impl_self(*candidate.file, candidate.definition), base)) continue;
+    for (const Binder& binder : outline(*candidate.file).find(candidate.definition, name)) {
       if (binder.kind != Binder::Kind::BINDING) continue;
-      const Binding& each = facts(*candidate.file).bindings[static_cast<std::size_t>(binder.index)];
+      const Binding& each = outline(*candidate.file).binding(binder);
       if (each.value != value) continue;
       const Environment environment = environment_of(*candidate.file, candidate.definition, base);
       return type_of_text(*candidate.file, candidate.definition, each.type, &environment,
@@ -285,7 +281,7 @@ Type Evaluator::associated(const Type& base, std::string_view name, int depth) {
   }
   for (const Type& trait : traits) {
     if (trait.kind != Type::Kind::NAMED) continue;
-    for (const Binder& binder : scopes(*trait.file).find(trait.definition, name)) {
+    for (const Binder& binder : outline(*trait.file).find(trait.definition, name)) {
       if (binder.kind != Binder::Kind::BINDING) continue;
       Type made;
       made.kind = Type::Kind::PARAMETER;
@@ -312,38 +308,37 @@ void Evaluator::unify(const Type& pattern, const Type& actual, Environment& envi
   }
 }
 
-const std::vector<std::string>& Evaluator::generics(const File& file, DefinitionIndex index) {
-  const auto [place, added] = generics_.try_emplace(file.id);
-  if (added) {
-    for (const Binding& each : facts(file).bindings) {
-      const bool is_name = each.name.find_first_of("<:&( ") == std::string::npos;
-      if ((each.traits & GENERIC) != 0 && is_name) place->second[each.scope].push_back(each.name);
-    }
-  }
-  return place->second[index];
+std::vector<std::string_view> Evaluator::generics(const File& file, DefinitionIndex index) {
+  std::vector<std::string_view> names = outline(file).type_parameters(index);
+  std::erase_if(names, [](std::string_view name) {
+    return name.find_first_of("<:&( ") != std::string_view::npos;
+  });
+  return names;
 }
 
 Environment Evaluator::environment_of(const File& file, DefinitionIndex index, const Type& self) {
   Environment made;
   made.self = &self;
-  const Facts& known = facts(file);
+  const support::Outline& known = outline(file);
   DefinitionIndex owner = index;
-  while (owner != NOWHERE && !is_impl(definition_at(known, owner)) &&
-         !is_type_kind(definition_at(known, owner).kind)) {
-    owner = definition_at(known, owner).parent;
+  while (owner != NOWHERE && !is_impl(known.definition(owner)) &&
+         !is_type_kind(known.definition(owner).kind)) {
+    owner = known.definition(owner).parent;
   }
-  if (owner == NOWHERE || definition_at(known, owner).kind == Kind::TRAIT) return made;
-  const std::vector<std::string>& names = generics(file, owner);
-  if (is_impl(definition_at(known, owner))) {
-    unify(impls(file)[static_cast<std::size_t>(owner)].self, self, made, 0);
+  if (owner == NOWHERE || known.definition(owner).kind == Kind::TRAIT) return made;
+  const std::vector<std::string_view> names = generics(file, owner);
+  if (is_impl(known.definition(owner))) {
+    unify(impl_self(file, owner), self, made, 0);
   } else {
     const std::size_t shared = std::min(names.size(), self.arguments.size());
     for (std::size_t i = 0; i < shared; ++i) {
-      made.parameters.push_back({names[i], self.arguments[i]});
+      made.parameters.push_back({std::string(names[i]), self.arguments[i]});
     }
   }
   // What is not said stays open: another place's parameters mean nothing here.
-  for (const std::string& name : names) made.parameters.push_back({name, Type{}});
+  for (const std::string_view name : names) {
+    made.parameters.push_back({std::string(name), Type{}});
+  }
   return made;
 }
 

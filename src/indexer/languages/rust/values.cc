@@ -10,7 +10,6 @@ namespace context_delta::indexer::rust {
 namespace {
 
 using support::Binder;
-using support::definition_at;
 
 constexpr int DEEPEST = 60;
 constexpr int MOST_DEREFERENCES = 4;
@@ -272,9 +271,9 @@ Type Evaluator::binding_type(DefinitionIndex scope, std::string_view name, int d
   const auto [known, added] = values_.try_emplace({0, scope, std::string(name)});
   if (!added) return known->second;
   Type made;
-  for (const Binder& binder : scopes_.find(scope, name)) {
+  for (const Binder& binder : outline(file_).find(scope, name)) {
     if (binder.kind != Binder::Kind::BINDING) continue;
-    const Binding& each = facts_.bindings[static_cast<std::size_t>(binder.index)];
+    const Binding& each = outline(file_).binding(binder);
     made = each.type.empty() ? value_type(scope, each.value, depth + 1)
                              : type_of_text(file_, scope, each.type);
     break;
@@ -313,9 +312,8 @@ Type Evaluator::matched(DefinitionIndex scope, const Type& type, std::string_vie
     if (same_definition(inner, owner)) whole = inner;
   }
   if (variant < 0) return field(whole, name);
-  const Binding& binding = facts(*whole.file).bindings[static_cast<std::size_t>(variant)];
+  const std::string_view written = outline(*whole.file).binding(variant).type;
   const Environment environment = environment_of(*whole.file, whole.definition, whole);
-  const std::string_view written = binding.type;
   if (written.starts_with('(')) {
     return field(type_of_text(*whole.file, whole.definition, written, &environment), name);
   }
@@ -338,8 +336,8 @@ Type Evaluator::returned_type(const Callee& callee) {
   if (found.kind == Kind::METHOD) {
     environment = environment_of(*callee.file, callee.definition, callee.self);
   }
-  for (const std::string& name : generics(*callee.file, callee.definition)) {
-    environment.parameters.push_back({name, Type{}});
+  for (const std::string_view name : generics(*callee.file, callee.definition)) {
+    environment.parameters.push_back({std::string(name), Type{}});
   }
   Type made = type_of_text(*callee.file, callee.definition, found.type, &environment);
   if (!callee.sure && made.doubt.empty()) made.doubt = callee.doubt;
