@@ -85,6 +85,51 @@ const Pool RUST = {
      "[workspace.dependencies]\nshop = { path = \"other\" }\n",
      "[workspace]\nmembers = [\"other\"]\n"}};
 
+const Pool JAVA = {
+    {"src/j/A.java", "src/j/B.java", "src/k/A.java", "src/k/C.java", "test/j/T.java"},
+    {
+        "package j;",
+        "package k;",
+        "package j;",
+        "package k;",
+        "import k.*;",
+        "import j.*;",
+        "import j.A;",
+        "import k.A;",
+        "import static j.A.*;",
+        "import static k.A.make;",
+        "import static j.B.In;",
+        "public class A { public A() { } public void run() { } public static A make() { return "
+        "null; } }",
+        "public class A extends B { A(int n) { } public void run(int n) { } class In { void go() { "
+        "} } }",
+        "public class A extends B<A> implements F { public A run() { return this; } }",
+        "public class B<T> { public T get() { return null; } public B<T> run() { return this; } }",
+        "public class B<S, T> { public T get() { return null; } public S run() { return null; } }",
+        "public class B { public final void run() { } public C at; static class In { void go() { } "
+        "} }",
+        "class B extends C { private void run() { } public A get() { return null; } }",
+        "class C { public C run(Object o) { return this; } public B<A> at = new B<A>(); }",
+        "class C<T extends A> { T at; <U extends B> U make(U u) { return u; } void run() { } }",
+        "enum C { X, Y { void run() { } }; void run() { } static A make() { return null; } }",
+        "record C(A at, int n) { void run() { } }",
+        "public interface F { A run(int n); }",
+        "public interface F { void run(A a); default void go() { run(null); } }",
+        "public interface F { void go(); A run(int n); }",
+        "public interface F extends G { int SIZE = 1; }",
+        "interface G { B go(C c); }",
+        "interface G<T> { T run(T t); A go(T t); class In { void go() { } } }",
+        "class D extends A { public void run() { super.run(); run(); at.run(); } }",
+        "class D { void f(A a, B b) { a.run(); b.run(); a.get().run(); new A().run(1); } }",
+        "class D { void f(B<A> b, C<A> c) { b.get().run(); c.at.run(); c.make(b).run(); } }",
+        "class D { void f() { make().run(); A.make().run(); j.A.make().run(); C.X.run(); } }",
+        "class D { void f(F f) { f.run(1); } void g(A a) { on(x -> x.run()); on(A::run); } void "
+        "on(F f) { } }",
+        "class D extends B { class E extends In { void f() { go(); } } void f(In i) { i.go(); } }",
+        "class D { B<A> b = new B<A>() { public A get() { return make(); } A make() { return null; "
+        "} }; }",
+    }};
+
 /// A repository of files that are lists of items: what is edited is a whole item each time.
 class ItemEditor {
  public:
@@ -173,6 +218,10 @@ class ItemsProperty : public testing::TestWithParam<std::uint32_t> {};
 
 TEST_P(ItemsProperty, AnUpdateOfRustEqualsAColdBuild) {
   expect_updates_like_cold_builds(RUST, GetParam(), 25);
+}
+
+TEST_P(ItemsProperty, AnUpdateOfJavaEqualsAColdBuild) {
+  expect_updates_like_cold_builds(JAVA, GetParam(), 25);
 }
 
 INSTANTIATE_TEST_SUITE_P(Seeds, ItemsProperty, testing::Range(0u, 4u));

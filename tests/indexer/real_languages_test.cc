@@ -279,6 +279,28 @@ TEST(RealLanguagesUpdate, LeavesRustFilesAloneThatAskedForOtherNames) {
       1);
 }
 
+TEST(RealLanguagesUpdate, LeavesJavaFilesAloneThatAskedForOtherNames) {
+  const std::string package = "package j;\n";
+  Counted counted(
+      {{"j/Base.java", package + "class Base { void run() { } void stop() { } }\n"},
+       {"j/Job.java", package + "interface Job { void start(int n); }\n"},
+       {"j/A.java", package + "class A { void f(Base b) { b.run(); } }\n"},
+       {"j/B.java", package + "class B { void f(Base b) { b.stop(); } }\n"},
+       {"j/C.java", package + "class C { void f() { on(n -> { }); } void on(Job j) { } }\n"}});
+  EXPECT_EQ(
+      counted.resolved("j/Base.java",
+                       package + "class Base { void run() { } int stop() { } int n() { } }\n"),
+      2)
+      << "and j/B.java";
+  EXPECT_EQ(counted.resolved("j/Job.java",
+                             package + "interface Job { void start(int n); int SIZE = 1; }\n"),
+            1);
+  EXPECT_EQ(counted.resolved("j/Job.java",
+                             package + "interface Job { void halt(); void start(int n); }\n"),
+            2)
+      << "and j/C.java";
+}
+
 TEST(RealLanguagesGraph, CallsAcrossFilesAreProven) {
   test::GitRepository repository;
   write_first_texts(repository, FILES);

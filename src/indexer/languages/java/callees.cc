@@ -98,7 +98,7 @@ Callee Values::statically_imported(std::string_view name, const Arguments& argum
     if ((import.traits & STATIC_MEMBER) == 0) continue;
     const bool named = import.name == name;
     if (!named && (import.name != "*" || single)) continue;
-    const Type each = names_.imported(file_, import.module);
+    const Type each = names_.imported(file_, NOWHERE, import.module);
     if (each.kind != Type::Kind::CLASS) {
       outside = outside || named;
       methods.open = true;

@@ -4,7 +4,6 @@
 #include <string>
 
 #include "indexer/languages/support/facts_builder.h"
-#include "indexer/languages/support/scopes.h"
 #include "indexer/languages/support/text.h"
 
 namespace context_delta::indexer::java {
@@ -111,13 +110,13 @@ bool is_record(const Definition& definition) {
   return definition.signature.find("record " + definition.name) != std::string::npos;
 }
 
-bool is_anonymous(const Facts& facts, DefinitionIndex index) {
-  const Definition& own = support::definition_at(facts, index);
+bool is_anonymous(const support::Outline& outline, DefinitionIndex index) {
+  const Definition& own = outline.definition(index);
   if (own.kind != Kind::CLASS || own.bases.size() != 1) return false;
   if (own.name.starts_with('<')) return true;
   return own.parent != NOWHERE && !is_record(own) &&
          own.signature.find("class ") == std::string::npos &&
-         support::definition_at(facts, own.parent).kind == Kind::ENUM;
+         outline.definition(own.parent).kind == Kind::ENUM;
 }
 
 }  // namespace context_delta::indexer::java

@@ -18,6 +18,6 @@ std::vector<std::string> written_supertypes(const Definition& definition);
 
 bool is_record(const Definition& definition);
 /// A class without a name, or the body of an enum constant.
-bool is_anonymous(const Facts& facts, DefinitionIndex index);
+bool is_anonymous(const support::Outline& outline, DefinitionIndex index);
 
 }  // namespace context_delta::indexer::java

@@ -53,7 +53,7 @@ Type Values::function_parameter(const Type& function, std::size_t position) {
     const Definition* method = abstract_method(names_, function);
     if (method == nullptr) return {};
     for (const Method& each : methods_of(names_, function, method->name).all) {
-      const Definition& found = support::definition_at(names_.facts(*each.file), each.definition);
+      const Definition& found = names_.definition(*each.file, each.definition);
       const bool is_it = (found.traits & DECLARATION) != 0 && position < each.parameters.size();
       if (is_it) return each.parameters[position];
     }

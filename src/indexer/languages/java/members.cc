@@ -9,7 +9,6 @@ namespace context_delta::indexer::java {
 namespace {
 
 using support::Binder;
-using support::definition_at;
 
 /// What a parameter or result mentions of the receiver's own type parameters is not known when
 /// the receiver's type arguments are not written.
@@ -20,7 +19,7 @@ Type seen_from(TypeNames& names, const Type& type, const Type& owner, const Type
 }
 
 Method method_at(TypeNames& names, const Type& owner, const Type& receiver, DefinitionIndex index) {
-  const Definition& definition = definition_at(names.facts(*owner.file), index);
+  const Definition& definition = names.definition(*owner.file, index);
   Method made;
   made.file = owner.file;
   made.definition = index;
@@ -54,6 +53,16 @@ bool is_inherited(TypeNames& names, const Definition& method, const Type& owner)
   return (method.traits & LOCAL_LINKAGE) == 0 || owner.file->id == names.file().id;
 }
 
+const Definition* first_abstract(const support::Outline& outline, DefinitionIndex owner,
+                                 std::string_view name) {
+  for (const Binder& binder : outline.find(owner, name)) {
+    if (binder.kind != Binder::Kind::DEFINITION) continue;
+    const Definition& each = outline.definition(binder.index);
+    if (each.kind == Kind::METHOD && (each.traits & DECLARATION) != 0) return &each;
+  }
+  return nullptr;
+}
+
 bool is_named(const Type& external, std::string_view name) {
   return external.name == name || simple_name(external.name) == simple_name(name);
 }
@@ -70,10 +79,10 @@ Methods methods_of(TypeNames& names, const Type& receiver, std::string_view name
   std::size_t position = 0;
   for (const Type& owner : line.classes) {
     const bool own = position++ == 0;
-    const Facts& facts = names.facts(*owner.file);
-    for (const Binder& binder : names.scopes(*owner.file).find(owner.definition, name)) {
+    const support::Outline& outline = names.outline(*owner.file);
+    for (const Binder& binder : outline.find(owner.definition, name)) {
       if (binder.kind != Binder::Kind::DEFINITION) continue;
-      const Definition& definition = definition_at(facts, binder.index);
+      const Definition& definition = outline.definition(binder.index);
       if (definition.kind != Kind::METHOD) continue;
       if (!own && !is_inherited(names, definition, owner)) continue;
       Method method = method_at(names, owner, receiver, binder.index);
@@ -89,20 +98,20 @@ Methods methods_of(TypeNames& names, const Type& receiver, std::string_view name
 
 std::vector<Method> constructors_of(TypeNames& names, const Type& type) {
   std::vector<Method> found;
-  const Facts& facts = names.facts(*type.file);
+  const support::Outline& outline = names.outline(*type.file);
   Type owner = type;
   owner.names_type = owner.exact = false;
   const std::string name = names.definition(type).name;
-  for (const Binder& binder : names.scopes(*type.file).find(type.definition, name)) {
+  for (const Binder& binder : outline.find(type.definition, name)) {
     if (binder.kind != Binder::Kind::DEFINITION) continue;
-    if (definition_at(facts, binder.index).kind != Kind::CONSTRUCTOR) continue;
+    if (outline.definition(binder.index).kind != Kind::CONSTRUCTOR) continue;
     found.push_back(method_at(names, owner, type, binder.index));
   }
   return found;
 }
 
 Type declared_result(TypeNames& names, const Method& method) {
-  const Definition& definition = definition_at(names.facts(*method.file), method.definition);
+  const Definition& definition = names.definition(*method.file, method.definition);
   if (definition.kind == Kind::CONSTRUCTOR) return method.owner;
   const Type written = names.read(*method.file, method.definition, definition.type);
   return names.substituted(written, method.owner);
@@ -111,10 +120,10 @@ Type declared_result(TypeNames& names, const Method& method) {
 Type field_of(TypeNames& names, const Type& receiver, std::string_view name, bool& found) {
   found = false;
   for (const Type& owner : names.ancestry(receiver).classes) {
-    const Facts& facts = names.facts(*owner.file);
-    for (const Binder& binder : names.scopes(*owner.file).find(owner.definition, name)) {
+    const support::Outline& outline = names.outline(*owner.file);
+    for (const Binder& binder : outline.find(owner.definition, name)) {
       if (binder.kind != Binder::Kind::BINDING) continue;
-      const Binding& binding = facts.bindings[static_cast<std::size_t>(binder.index)];
+      const Binding& binding = outline.binding(binder);
       if (binding.kind != Binding::Kind::MEMBER) continue;
       found = true;
       Type made = seen_from(names, names.read(*owner.file, owner.definition, binding.type), owner,
@@ -132,16 +141,16 @@ Type field_of(TypeNames& names, const Type& receiver, std::string_view name, boo
 
 std::vector<Candidate> overrides_of(TypeNames& names, const Type& owner, const Method& method) {
   std::vector<Candidate> found;
-  const Definition& base = definition_at(names.facts(*method.file), method.definition);
+  const Definition& base = names.definition(*method.file, method.definition);
   if ((base.traits & VIRTUAL) == 0) return found;
   for (const Candidate& candidate : names.world().definitions(base.name)) {
     if (candidate.kind != Kind::METHOD || candidate.file->language != owner.file->language)
       continue;
     if ((candidate.traits & STATIC_MEMBER) != 0) continue;
     if (candidate.least_arguments != base.least_arguments) continue;
-    const Facts& there = names.facts(*candidate.file);
-    const DefinitionIndex parent = definition_at(there, candidate.definition).parent;
-    if (parent == NOWHERE || !support::is_class_kind(definition_at(there, parent).kind)) continue;
+    const support::Outline& there = names.outline(*candidate.file);
+    const DefinitionIndex parent = there.definition(candidate.definition).parent;
+    if (parent == NOWHERE || !support::is_class_kind(there.definition(parent).kind)) continue;
     Type other;
     other.kind = Type::Kind::CLASS;
     other.file = candidate.file;
@@ -160,16 +169,13 @@ std::vector<Candidate> overrides_of(TypeNames& names, const Type& owner, const M
 const Definition* abstract_method(TypeNames& names, const Type& type) {
   const Definition* found = nullptr;
   for (const Type& owner : names.ancestry(type).classes) {
-    const Facts& facts = names.facts(*owner.file);
-    if (definition_at(facts, owner.definition).kind != Kind::INTERFACE) return nullptr;
-    for (std::size_t i = static_cast<std::size_t>(owner.definition) + 1;
-         i < facts.definitions.size(); ++i) {
-      const Definition& each = facts.definitions[i];
-      if (each.parent < owner.definition) break;
-      if (each.parent != owner.definition || each.kind != Kind::METHOD) continue;
-      if ((each.traits & DECLARATION) == 0) continue;
-      if (found != nullptr && found->name != each.name) return nullptr;
-      if (found == nullptr) found = &each;
+    if (names.definition(owner).kind != Kind::INTERFACE) return nullptr;
+    const support::Outline& outline = names.outline(*owner.file);
+    for (const std::string_view name : outline.members_of_interface(owner.definition)) {
+      const Definition* each = first_abstract(outline, owner.definition, name);
+      if (each == nullptr) continue;
+      if (found != nullptr && found->name != name) return nullptr;
+      if (found == nullptr) found = each;
     }
   }
   return found;

@@ -21,12 +21,18 @@ using support::definition_at;
 class Resolver {
  public:
   Resolver(const File& file, const Facts& facts, World& world)
-      : file_(file), facts_(facts), world_(world), names_(file, facts, world), values_(names_) {
+      : file_(file),
+        facts_(facts),
+        world_(world),
+        scopes_(facts),
+        package_(facts.definitions.empty() ? "" : facts.definitions.front().scope),
+        names_(file, {facts, scopes_}, world, package_),
+        values_(facts, names_) {
     neighbourhood_.file = &file;
     for (const Import& import : facts.imports) {
       const bool is_type = import.name != "*" && (import.traits & STATIC_MEMBER) == 0;
-      const Type type =
-          names_.imported(file, is_type ? import.module + "." + import.name : import.module);
+      const Type type = names_.imported(
+          file, NOWHERE, is_type ? import.module + "." + import.name : import.module);
       if (type.kind == Type::Kind::CLASS) neighbourhood_.imported.insert(type.file->id);
     }
   }
@@ -53,6 +59,8 @@ class Resolver {
   const File& file_;
   const Facts& facts_;
   World& world_;
+  support::ScopeIndex scopes_;
+  std::string package_;
   TypeNames names_;
   Values values_;
   support::Neighbourhood neighbourhood_;
@@ -62,7 +70,7 @@ class Resolver {
 };
 
 Resolution Resolver::run() {
-  made_.module_name = names_.package_of(file_);
+  made_.module_name = package_;
   for (std::size_t i = 0; i < facts_.definitions.size(); ++i) {
     made_.qualified_names.push_back(local_name(facts_, static_cast<DefinitionIndex>(i)));
   }
@@ -83,8 +91,7 @@ Resolution Resolver::run() {
 }
 
 std::optional<Candidate> Resolver::candidate(const File& file, DefinitionIndex definition) {
-  const std::vector<Candidate>& all =
-      world_.definitions(definition_at(names_.facts(file), definition).name);
+  const std::vector<Candidate>& all = world_.definitions(names_.definition(file, definition).name);
   const auto found = std::lower_bound(all.begin(), all.end(), definition,
                                       [&](const Candidate& each, DefinitionIndex wanted) {
                                         const int order = each.file->path.compare(file.path);
@@ -111,13 +118,13 @@ void Resolver::resolve_type(std::int32_t index, const Reference& reference) {
 }
 
 void Resolver::resolve_import(std::int32_t index, const Reference& reference) {
-  Type type = names_.imported(file_, reference.receiver + "." + reference.name);
+  Type type = names_.imported(file_, NOWHERE, reference.receiver + "." + reference.name);
   if (type.kind == Type::Kind::CLASS) {
     if (type.sure) prove(index, *type.file, type.definition, "import");
     return;
   }
   if ((reference.traits & STATIC_MEMBER) == 0) return;
-  type = names_.imported(file_, reference.receiver);
+  type = names_.imported(file_, NOWHERE, reference.receiver);
   if (type.kind != Type::Kind::CLASS || !type.sure) return;
   const Methods methods = methods_of(names_, type, reference.name);
   const bool single = methods.all.size() == 1;
@@ -152,7 +159,7 @@ void Resolver::accept(std::int32_t index, const Reference& reference, const Call
                                : "the receiver's type is not known");
   }
   const Method& method = callee.choice.fitting.front();
-  const Definition& definition = definition_at(names_.facts(*method.file), method.definition);
+  const Definition& definition = names_.definition(*method.file, method.definition);
   if (((reference.traits | definition.traits) & BROKEN) != 0) {
     return guess_overloads(index, callee, "the text around the call does not parse");
   }

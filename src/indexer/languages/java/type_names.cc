@@ -11,7 +11,6 @@ namespace context_delta::indexer::java {
 namespace {
 
 using support::Binder;
-using support::definition_at;
 
 bool is_type(const Definition& definition) { return support::is_class_kind(definition.kind); }
 
@@ -31,24 +30,24 @@ bool is_library_package(std::string_view package) {
 
 }  // namespace
 
-TypeNames::TypeNames(const File& file, const Facts& facts, World& world)
-    : file_(file), facts_(facts), world_(world), scopes_(facts) {}
-
-const Facts& TypeNames::facts(const File& file) {
-  return file.id == file_.id ? facts_ : world_.facts(file);
+TypeNames::TypeNames(const File& file, const support::Outline& own, World& world,
+                     std::string_view package)
+    : file_(file), world_(world), package_(package) {
+  outlines_.emplace(file.id, own);
 }
 
-const support::ScopeIndex& TypeNames::scopes(const File& file) {
-  return file.id == file_.id ? scopes_ : support::scopes_of(file, world_);
+const support::Outline& TypeNames::outline(const File& file) {
+  const auto place = outlines_.find(file.id);
+  if (place != outlines_.end()) return place->second;
+  return outlines_.emplace(file.id, support::Outline(file, world_)).first->second;
 }
 
-const Definition& TypeNames::definition(const Type& type) {
-  return definition_at(facts(*type.file), type.definition);
-}
-
-std::string_view TypeNames::package_of(const File& file) {
-  const Facts& known = facts(file);
-  return known.definitions.empty() ? std::string_view() : known.definitions.front().scope;
+/// The package that a scope stands in, as the outermost class around it says.
+std::string_view TypeNames::package_of(const File& file, DefinitionIndex scope) {
+  if (scope == NOWHERE) return package_;
+  const Definition* around = &definition(file, scope);
+  while (around->parent != NOWHERE) around = &definition(file, around->parent);
+  return around->scope;
 }
 
 Type TypeNames::class_type(const File& file, DefinitionIndex index) {
@@ -56,7 +55,7 @@ Type TypeNames::class_type(const File& file, DefinitionIndex index) {
   made.kind = Type::Kind::CLASS;
   made.file = &file;
   made.definition = index;
-  made.sure = (definition_at(facts(file), index).traits & BROKEN) == 0;
+  made.sure = (definition(file, index).traits & BROKEN) == 0;
   return made;
 }
 
@@ -124,7 +123,7 @@ Type TypeNames::named(const File& file, DefinitionIndex scope, std::string_view 
     if (owner.kind == Type::Kind::CLASS) {
       made = member_class(owner, name.substr(dot + 1));
     } else if (owner.kind == Type::Kind::PACKAGE) {
-      made = imported(file, name);
+      made = imported(file, scope, name);
       const bool is_class = name[dot + 1] >= 'A' && name[dot + 1] <= 'Z';
       if (made.kind == Type::Kind::UNKNOWN && is_class) made = external(name);
       if (made.kind == Type::Kind::UNKNOWN) {
@@ -141,11 +140,11 @@ Type TypeNames::named(const File& file, DefinitionIndex scope, std::string_view 
 
 Type TypeNames::found_by_name(const File& file, DefinitionIndex scope, std::string_view simple) {
   Type found = found_in_scope(file, scope, simple);
-  if (found.kind == Type::Kind::UNKNOWN) found = found_in_imports(file, simple);
+  if (found.kind == Type::Kind::UNKNOWN) found = found_in_imports(file, scope, simple);
   if (found.kind == Type::Kind::UNKNOWN) {
-    found = class_among(file, package_of(file), simple);
+    found = class_among(file, scope, package_of(file, scope), simple);
   }
-  if (found.kind == Type::Kind::UNKNOWN) found = found_on_demand(file, simple);
+  if (found.kind == Type::Kind::UNKNOWN) found = found_on_demand(file, scope, simple);
   const bool lower = !simple.empty() && simple.front() >= 'a' && simple.front() <= 'z';
   if (found.kind == Type::Kind::UNKNOWN && lower) {
     found.kind = Type::Kind::PACKAGE;
@@ -156,13 +155,13 @@ Type TypeNames::found_by_name(const File& file, DefinitionIndex scope, std::stri
 
 /// Type parameters, local classes, member classes of the classes around, and the file's own.
 Type TypeNames::found_in_scope(const File& file, DefinitionIndex scope, std::string_view simple) {
-  const Facts& known = facts(file);
-  for (DefinitionIndex at = scope;; at = definition_at(known, at).parent) {
+  const support::Outline& known = outline(file);
+  for (DefinitionIndex at = scope;; at = known.definition(at).parent) {
     const bool in_header = at != NOWHERE && at == header_;
     const Type own = in_header ? Type{} : own_class(file, at, simple);
     if (own.kind == Type::Kind::CLASS) return own;
     if (at == NOWHERE) return {};
-    const Definition& around = definition_at(known, at);
+    const Definition& around = known.definition(at);
     if ((around.traits & GENERIC) != 0) {
       const Type generic = variable(file, at, simple);
       for (const TypeParameter& each : parameters_of(generic)) {
@@ -179,36 +178,43 @@ Type TypeNames::found_in_scope(const File& file, DefinitionIndex scope, std::str
   }
 }
 
-Type TypeNames::found_in_imports(const File& file, std::string_view simple) {
-  for (const Import& import : facts(file).imports) {
-    if (import.name != simple) continue;
+Type TypeNames::found_in_imports(const File& file, DefinitionIndex scope, std::string_view simple) {
+  Type found;
+  outline(file).each_import(simple, [&](const Import& import) {
     const std::string qualified = import.module + "." + import.name;
-    Type found = imported(file, qualified);
-    if (found.kind != Type::Kind::UNKNOWN) return found;
-    if ((import.traits & STATIC_MEMBER) == 0) return external(qualified);
-    const Type owner = imported(file, import.module);
+    found = imported(file, scope, qualified);
+    if (found.kind != Type::Kind::UNKNOWN) return true;
+    if ((import.traits & STATIC_MEMBER) == 0) {
+      found = external(qualified);
+      return true;
+    }
+    const Type owner = imported(file, scope, import.module);
     if (owner.kind == Type::Kind::CLASS) found = member_class(owner, simple);
-    if (found.kind != Type::Kind::UNKNOWN) return found;
-  }
-  return {};
+    return found.kind != Type::Kind::UNKNOWN;
+  });
+  return found;
 }
 
-Type TypeNames::found_on_demand(const File& file, std::string_view simple) {
+Type TypeNames::found_on_demand(const File& file, DefinitionIndex scope, std::string_view simple) {
   const LibraryType* library = library_type(simple);
   std::string_view open;  // a package outside the repository that may have the class
   Type found;
-  for (const Import& import : facts(file).imports) {
-    if (import.name != "*") continue;
-    const Type each = imported(file, import.module + "." + std::string(simple));
+  bool in_library = false;
+  outline(file).each_import("*", [&](const Import& import) {
+    const std::string qualified = import.module + "." + std::string(simple);
+    const Type each = imported(file, scope, qualified);
     if (each.kind == Type::Kind::CLASS) {
       if (found.kind == Type::Kind::CLASS && !same_class(found, each)) found.sure = false;
       if (found.kind != Type::Kind::CLASS) found = each;
     } else if (library != nullptr && library->package == import.module) {
-      return external(import.module + "." + std::string(simple));
-    } else if (imported(file, import.module).kind == Type::Kind::UNKNOWN) {
+      found = external(qualified);
+      in_library = true;
+    } else if (imported(file, scope, import.module).kind == Type::Kind::UNKNOWN) {
       open = import.module;
     }
-  }
+    return in_library;
+  });
+  if (in_library) return found;
   if (found.kind == Type::Kind::CLASS) return found;
   if (library != nullptr && library->package == "java.lang") {
     return external("java.lang." + std::string(simple));
@@ -219,15 +225,16 @@ Type TypeNames::found_on_demand(const File& file, std::string_view simple) {
 }
 
 /// The class of that simple name whose container is a package or class, seen from a file.
-Type TypeNames::class_among(const File& importer, std::string_view container,
+Type TypeNames::class_among(const File& importer, DefinitionIndex scope, std::string_view container,
                             std::string_view simple) {
   std::vector<const Candidate*> same_root;
   std::vector<const Candidate*> others;
   for (const Candidate& candidate : world_.definitions(simple)) {
     if (candidate.container != container || !support::is_class_kind(candidate.kind)) continue;
     if (candidate.file->language != file_.language) continue;
-    const bool together = source_root(candidate.file->path, package_of(*candidate.file)) ==
-                          source_root(importer.path, package_of(importer));
+    const bool together =
+        source_root(candidate.file->path, package_of(*candidate.file, candidate.definition)) ==
+        source_root(importer.path, package_of(importer, scope));
     (together ? same_root : others).push_back(&candidate);
   }
   if (container.empty()) others.clear();
@@ -238,18 +245,18 @@ Type TypeNames::class_among(const File& importer, std::string_view container,
   return made;
 }
 
-Type TypeNames::imported(const File& importer, std::string_view qualified) {
+Type TypeNames::imported(const File& importer, DefinitionIndex scope, std::string_view qualified) {
   const std::size_t dot = qualified.rfind('.');
   if (dot == std::string_view::npos) return {};
-  return class_among(importer, qualified.substr(0, dot), qualified.substr(dot + 1));
+  return class_among(importer, scope, qualified.substr(0, dot), qualified.substr(dot + 1));
 }
 
 /// The class that a scope itself defines.
 Type TypeNames::own_class(const File& file, DefinitionIndex scope, std::string_view name) {
-  const Facts& known = facts(file);
-  for (const Binder& binder : scopes(file).find(scope, name)) {
+  const support::Outline& known = outline(file);
+  for (const Binder& binder : known.find(scope, name)) {
     const bool is_class = binder.kind == Binder::Kind::DEFINITION &&
-                          is_type(definition_at(known, binder.index)) &&
+                          is_type(known.definition(binder.index)) &&
                           !is_anonymous(known, binder.index);
     if (is_class) return class_type(file, binder.index);
   }
@@ -266,35 +273,29 @@ Type TypeNames::member_class(const Type& owner, std::string_view name) {
 }
 
 Type TypeNames::enclosing_class(const File& file, DefinitionIndex scope) {
-  const Facts& known = facts(file);
-  for (DefinitionIndex at = scope; at != NOWHERE; at = definition_at(known, at).parent) {
-    if (is_type(definition_at(known, at))) return class_type(file, at);
+  for (DefinitionIndex at = scope; at != NOWHERE; at = definition(file, at).parent) {
+    if (is_type(definition(file, at))) return class_type(file, at);
   }
   return {};
 }
 
-const TypeNames::Supertypes& TypeNames::supertypes(const File& file) {
-  if (stage_ == Stage::INHERITED) {
-    return world_.remember<Supertypes>("java:direct-supertypes", file,
-                                       [&] { return read_supertypes(file, Stage::DIRECT); });
-  }
-  return world_.remember<Supertypes>("java:supertypes", file,
-                                     [&] { return read_supertypes(file, Stage::INHERITED); });
+const std::vector<Type>& TypeNames::supertypes(const Type& of) {
+  const bool direct = stage_ == Stage::INHERITED;
+  return world_.remember<std::vector<Type>>(
+      direct ? "java:direct-supertypes" : "java:supertypes", *of.file, of.definition,
+      [&] { return read_supertypes(of, direct ? Stage::DIRECT : Stage::INHERITED); });
 }
 
-TypeNames::Supertypes TypeNames::read_supertypes(const File& file, Stage stage) {
-  TypeNames there(file, world_.facts(file), world_);
+std::vector<Type> TypeNames::read_supertypes(const Type& of, Stage stage) {
+  TypeNames there(*of.file, support::Outline(*of.file, world_), world_);
   there.stage_ = stage;
-  Supertypes answer(there.facts_.definitions.size());
-  for (std::size_t i = 0; i < answer.size(); ++i) {
-    const Definition& each = there.facts_.definitions[i];
-    if (!is_type(each) || each.bases.empty()) continue;
-    // The type parameters of a class are seen in its own header.
-    const auto index = static_cast<DefinitionIndex>(i);
-    there.header_ = index;
-    for (const std::string& written : written_supertypes(each)) {
-      answer[i].push_back(there.read(file, index, written));
-    }
+  // The type parameters of a class are seen in its own header.
+  there.header_ = of.definition;
+  std::vector<Type> answer;
+  const Definition& own = there.definition(of);
+  if (own.bases.empty()) return answer;
+  for (const std::string& written : written_supertypes(own)) {
+    answer.push_back(there.read(*of.file, of.definition, written));
   }
   return answer;
 }
@@ -317,7 +318,7 @@ void TypeNames::add_ancestors(Ancestry& line, const Type& of, int depth) {
                                     [&](const Type& other) { return same_class(other, of); });
   if (repeated || depth > 30) return;
   line.classes.push_back(of);
-  for (const Type& base : supertypes(*of.file)[static_cast<std::size_t>(of.definition)]) {
+  for (const Type& base : supertypes(of)) {
     if (base.kind == Type::Kind::CLASS) {
       Type above = substituted(base, of);
       line.known = line.known && above.sure;
@@ -333,22 +334,17 @@ void TypeNames::add_ancestors(Ancestry& line, const Type& of, int depth) {
 /// Asked of every class that has a method of some name, so it is kept across files.
 bool TypeNames::is_below(const Type& of, const Type& base) {
   using Place = std::pair<std::int64_t, DefinitionIndex>;
-  using Answer = std::vector<std::vector<Place>>;  // of each definition, the classes above it
+  using Answer = std::vector<Place>;
   if (of.kind != Type::Kind::CLASS || base.kind != Type::Kind::CLASS) return false;
-  const Answer& above = world_.remember<Answer>("java:classes-above", *of.file, [&] {
-    TypeNames there(*of.file, world_.facts(*of.file), world_);
-    Answer answer(there.facts_.definitions.size());
-    for (std::size_t i = 0; i < answer.size(); ++i) {
-      const auto index = static_cast<DefinitionIndex>(i);
-      if (!is_type(there.facts_.definitions[i])) continue;
-      for (const Type& each : there.ancestry(there.class_type(*of.file, index)).classes) {
-        answer[i].emplace_back(each.file->id, each.definition);
-      }
-      answer[i].erase(answer[i].begin());
+  const Answer& line = world_.remember<Answer>("java:classes-above", *of.file, of.definition, [&] {
+    TypeNames there(*of.file, support::Outline(*of.file, world_), world_);
+    Answer answer;
+    for (const Type& each : there.ancestry(there.class_type(*of.file, of.definition)).classes) {
+      answer.emplace_back(each.file->id, each.definition);
     }
+    answer.erase(answer.begin());
     return answer;
   });
-  const std::vector<Place>& line = above[static_cast<std::size_t>(of.definition)];
   return std::find(line.begin(), line.end(), Place(base.file->id, base.definition)) != line.end();
 }
 

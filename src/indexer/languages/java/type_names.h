@@ -10,7 +10,7 @@
 
 #include "indexer/facts.h"
 #include "indexer/languages/java/types.h"
-#include "indexer/languages/support/scopes.h"
+#include "indexer/languages/support/outline.h"
 #include "indexer/world.h"
 
 /// What names of types mean.
@@ -31,21 +31,24 @@ struct TypeParameter {
 /// Reads types for the file being resolved, in any file of the repository.
 class TypeNames {
  public:
-  TypeNames(const File& file, const Facts& facts, World& world);
+  /// `own`: of `file`, which may be another than the one being resolved; `package` is asked for
+  /// outside of its classes alone.
+  TypeNames(const File& file, const support::Outline& own, World& world,
+            std::string_view package = {});
 
   const File& file() const { return file_; }
   World& world() { return world_; }
-  const Facts& facts(const File& file);
-  const support::ScopeIndex& scopes(const File& file);
-  const Definition& definition(const Type& type);
-  /// The package of a file; empty when it names none or defines nothing.
-  std::string_view package_of(const File& file);
+  const support::Outline& outline(const File& file);
+  const Definition& definition(const File& file, DefinitionIndex index) {
+    return outline(file).definition(index);
+  }
+  const Definition& definition(const Type& type) { return definition(*type.file, type.definition); }
 
   /// What a simple or qualified name of a type means in a scope: CLASS, EXTERNAL, VARIABLE,
   /// PACKAGE for what may begin a qualified name, or UNKNOWN.
   Type named(const File& file, DefinitionIndex scope, std::string_view name);
-  /// The class of a qualified name, for a file that imports it; UNKNOWN when there is none.
-  Type imported(const File& importer, std::string_view qualified);
+  /// The class of a qualified name, for a scope whose file imports it; UNKNOWN when there is none.
+  Type imported(const File& importer, DefinitionIndex scope, std::string_view qualified);
   /// A type as written in a scope.
   Type read(const File& file, DefinitionIndex scope, std::string_view written, int depth = 0);
   /// The member class `name` of a class or of what it inherits from.
@@ -67,24 +70,25 @@ class TypeNames {
  private:
   Type found_by_name(const File& file, DefinitionIndex scope, std::string_view simple);
   Type found_in_scope(const File& file, DefinitionIndex scope, std::string_view simple);
-  Type found_in_imports(const File& file, std::string_view simple);
-  Type found_on_demand(const File& file, std::string_view simple);
-  Type class_among(const File& importer, std::string_view container, std::string_view simple);
+  Type found_in_imports(const File& file, DefinitionIndex scope, std::string_view simple);
+  Type found_on_demand(const File& file, DefinitionIndex scope, std::string_view simple);
+  Type class_among(const File& importer, DefinitionIndex scope, std::string_view container,
+                   std::string_view simple);
+  std::string_view package_of(const File& file, DefinitionIndex scope);
   Type class_type(const File& file, DefinitionIndex index);
   Type variable(const File& file, DefinitionIndex scope, std::string_view name);
   Type own_class(const File& file, DefinitionIndex scope, std::string_view name);
   /// Supertypes are read twice: first without, then with the classes that the classes around
   /// inherit by the first reading.
   enum class Stage : std::uint8_t { DIRECT, INHERITED, COMPLETE };
-  using Supertypes = std::vector<std::vector<Type>>;  // of each definition
-  const Supertypes& supertypes(const File& file);
-  Supertypes read_supertypes(const File& file, Stage stage);
+  const std::vector<Type>& supertypes(const Type& of);
+  std::vector<Type> read_supertypes(const Type& of, Stage stage);
   void add_ancestors(Ancestry& line, const Type& of, int depth);
 
   const File& file_;
-  const Facts& facts_;
   World& world_;
-  support::ScopeIndex scopes_;
+  std::string_view package_;
+  std::unordered_map<std::int64_t, support::Outline> outlines_;  // by the file's id
   std::map<std::pair<std::int64_t, DefinitionIndex>, Ancestry> ancestries_;
   std::map<std::pair<std::int64_t, DefinitionIndex>, std::vector<TypeParameter>> parameters_;
   std::unordered_map<std::string, Type> names_;

@@ -63,8 +63,8 @@ std::int16_t count_of(std::string_view values) {
   return support::argument_count(split_outside(values, ',').size());
 }
 
-Values::Values(TypeNames& names)
-    : names_(names), file_(names.file()), facts_(names.facts(names.file())) {}
+Values::Values(const Facts& facts, TypeNames& names)
+    : names_(names), file_(names.file()), facts_(facts) {}
 
 Arguments Values::arguments(DefinitionIndex scope, std::string_view values, std::int16_t count,
                             int depth) {
@@ -224,7 +224,7 @@ Type Values::static_field(std::string_view name) {
   for (const Import& import : facts_.imports) {
     if ((import.traits & STATIC_MEMBER) == 0) continue;
     if (import.name != name && import.name != "*") continue;
-    const Type owner = names_.imported(file_, import.module);
+    const Type owner = names_.imported(file_, NOWHERE, import.module);
     bool found = false;
     if (owner.kind == Type::Kind::CLASS) {
       const Type field = field_of(names_, owner, name, found);

@@ -23,7 +23,8 @@ struct Callee {
 
 class Values {
  public:
-  explicit Values(TypeNames& names);
+  /// `facts`: of the file that `names` is for.
+  Values(const Facts& facts, TypeNames& names);
 
   /// The type of an expression, written as in expressions.h.
   Type of(DefinitionIndex scope, std::string_view expression, int depth = 0);
