@@ -27,9 +27,11 @@ function(context_delta_grammar name folder)
   endif()
   add_library(tree_sitter_${name} STATIC ${files})
   target_include_directories(tree_sitter_${name} PRIVATE ${source})
-  # Scanners share the allocator, so that what they hold goes with a parse that was given up.
+  # Scanners share the allocator, so that what they hold goes with the parse; Python's asks the C
+  # library for some of it.
   target_compile_definitions(tree_sitter_${name} PRIVATE TREE_SITTER_REUSE_ALLOCATOR)
-  target_compile_options(tree_sitter_${name} PRIVATE -w -O2 -fexceptions)
+  target_compile_options(tree_sitter_${name} PRIVATE -w -O2 -fexceptions
+    "-Dcalloc(count,size)=ts_calloc(count,size)" "-Dfree(block)=ts_free(block)")
   target_link_libraries(tree_sitter_${name} PUBLIC tree_sitter)
   set_target_properties(tree_sitter_${name} PROPERTIES C_STANDARD 11 EXPORT_COMPILE_COMMANDS OFF)
 endfunction()

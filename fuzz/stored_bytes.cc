@@ -12,8 +12,13 @@ using namespace context_delta;
 
 namespace {
 
+/// The first byte says how many hundredths are what other files may ask for; the rest are
+/// references.
 void read_facts(std::string_view bytes) {
-  const indexer::Facts facts = indexer::decode_facts(bytes);
+  const std::size_t shared = fuzz::take_byte(bytes) % 101 * bytes.size() / 100;
+  const indexer::Facts facts =
+      indexer::decode_facts({.shared = std::string(bytes.substr(0, shared)),
+                             .references = std::string(bytes.substr(shared))});
   fuzz::require(indexer::decode_facts(indexer::encode_facts(facts)) == facts, "facts are kept");
   indexer::name_hashes(facts);
   indexer::interface_hash(facts);
