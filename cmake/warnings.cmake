@@ -11,6 +11,7 @@ if(CONTEXT_DELTA_SANITIZE)
   add_compile_options(-fsanitize=${CONTEXT_DELTA_SANITIZE} -fno-omit-frame-pointer
     -fno-sanitize-recover=all -O1)
   add_link_options(-fsanitize=${CONTEXT_DELTA_SANITIZE})
+  add_compile_definitions(CONTEXT_DELTA_SANITIZED)
   if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
     # False alarms on temporaries of std::variant between the sanitizers' checks.
     target_compile_options(context_delta_warnings INTERFACE -Wno-maybe-uninitialized)

@@ -66,7 +66,12 @@ class ParserMemory {
   /// Up to FINE_BYTES, sizes are rounded up to a multiple of the first; beyond, to a power of two.
   static constexpr std::size_t FINE_STEP = 16;
   static constexpr std::size_t FINE_BYTES = 512;
+  /// Larger blocks are the C library's.
+#ifdef CONTEXT_DELTA_SANITIZED
+  static constexpr std::size_t MOST_POOLED_BYTES = 0;  // so that sanitizers see each block
+#else
   static constexpr std::size_t MOST_POOLED_BYTES = 64 * 1024;
+#endif
   static constexpr std::size_t FINE_CLASSES = FINE_BYTES / FINE_STEP;
   static constexpr std::size_t CLASSES = FINE_CLASSES + 7;
   static constexpr std::uint32_t NO_CLASS = 0xFFFFFFFF;
