@@ -15,18 +15,25 @@ FROM json_each(?1) AS wanted
 CROSS JOIN files ON files.path = wanted.value
 JOIN languages ON languages.id = files.language)";
 
-// Kinds are looked up once, not for each row.
+// Kinds are looked up and numbers read out of JSON once, not for each row. No segment of a file
+// that meets a range ends further behind it than the file's longest one is long: the end of what
+// has to be read.
 constexpr std::string_view HITS = R"(
 WITH
 asked AS MATERIALIZED (
   SELECT id FROM kinds WHERE name IN (SELECT value FROM json_each(?2))),
+changed AS MATERIALIZED (
+  SELECT files.id AS file, path.value ->> 1 AS ranges,
+    (SELECT max(last_line - first_line) FROM segments WHERE segments.file = files.id) AS longest
+  FROM json_each(?1) AS path CROSS JOIN files ON files.path = path.value ->> 0),
+ranges AS MATERIALIZED (
+  SELECT file, longest, range.value ->> 0 AS first_line, range.value ->> 1 AS last_line
+  FROM changed CROSS JOIN json_each(changed.ranges) AS range),
 hits AS (
   SELECT DISTINCT segments.file, segments.symbol
-  FROM json_each(?1) AS path
-  CROSS JOIN files ON files.path = path.value ->> 0
-  CROSS JOIN json_each(path.value, '$[1]') AS range
-  CROSS JOIN segments ON segments.file = files.id
-    AND segments.last_line >= range.value ->> 0 AND segments.first_line <= range.value ->> 1
+  FROM ranges CROSS JOIN segments ON segments.file = ranges.file
+    AND segments.last_line BETWEEN ranges.first_line AND ranges.last_line + ranges.longest
+    AND segments.first_line <= ranges.last_line
   WHERE segments.kind IN asked)
 )";
 

@@ -1,4 +1,6 @@
+#include <algorithm>
 #include <array>
+#include <random>
 
 #include <gtest/gtest.h>
 
@@ -134,6 +136,40 @@ TEST_F(Queries, SymbolsAreLimitedPerFileAndCountedWithoutLimit) {
   EXPECT_EQ(repository_changes::count_symbols_on_lines(repository->db, ranges, classes), 1);
   EXPECT_EQ(on_lines(ranges, 9, classes).size(), 1u);
   EXPECT_EQ(on_lines({}, 9), Rows{});
+}
+
+TEST_F(Queries, CountEverySymbolThatMeetsARange) {
+  storage::Repository scratch(indexed->git.beside() / "scratch.sqlite");
+  indexed->update(scratch);
+  scratch.db.execute("DELETE FROM segments");
+  std::mt19937 random(1);
+  std::vector<git_utils::LineSpan> segments;
+  for (int symbol = 1; symbol <= 60; ++symbol) {
+    const auto first = static_cast<std::int64_t>(1 + random() % 200);
+    const auto last = first + static_cast<std::int64_t>(random() % (symbol % 8 == 0 ? 90 : 5));
+    segments.push_back({first, last});
+    storage::Statement(scratch.db,
+                       "INSERT INTO segments SELECT files.id, ?1, ?2, ?3, kinds.id "
+                       "FROM files, kinds WHERE path = 'lib/base.toy' AND name = 'function'")
+        .bind(1, last)
+        .bind(2, std::int64_t{symbol})
+        .bind(3, first)
+        .run();
+  }
+  for (int round = 0; round < 300; ++round) {
+    std::vector<git_utils::LineSpan> spans;
+    for (std::size_t count = 1 + random() % 3; count > 0; --count) {
+      const auto start = static_cast<std::int64_t>(1 + random() % 220);
+      spans.push_back({start, start + static_cast<std::int64_t>(random() % 12)});
+    }
+    const auto met = std::count_if(segments.begin(), segments.end(), [&](const auto& segment) {
+      return std::any_of(spans.begin(), spans.end(), [&](const auto& span) {
+        return segment.end >= span.start && segment.start <= span.end;
+      });
+    });
+    const LineRanges ranges = {{"lib/base.toy", spans}};
+    EXPECT_EQ(repository_changes::count_symbols_on_lines(scratch.db, ranges, KINDS), met);
+  }
 }
 
 TEST_F(Queries, ProvenCallersComeNearestFirstAndOnceEach) {
