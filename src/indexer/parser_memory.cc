@@ -7,6 +7,7 @@
 #include <cstring>
 #include <mutex>
 #include <new>
+#include <utility>
 
 #include <tree_sitter/api.h>
 
@@ -171,7 +172,9 @@ void ParserMemory::use_next_chunk() {
 }
 
 void ParserMemory::give_back_all() {
-  while (large_.after != &large_) ParserAllocator::release(large_.after + 1);
+  for (Large* block = large_.after; block != &large_;)
+    std::free(std::exchange(block, block->after));
+  large_.before = large_.after = &large_;
   free_ = {};
   std::size_t kept = 0;
   std::size_t bytes = 0;
