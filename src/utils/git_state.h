@@ -23,6 +23,7 @@ struct Git::State {
   std::filesystem::path common_directory;
   std::string object_format;
   bool is_shallow = false;
+  bool has_work_tree = true;
   Limits limits;
   std::atomic<std::size_t> started = 0;
 

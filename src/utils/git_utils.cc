@@ -66,8 +66,8 @@ std::filesystem::path existing_folder(const std::filesystem::path& directory) {
 }
 
 struct Layout {
-  bool is_bare = false;
   bool is_shallow = false;
+  bool has_work_tree = true;
   std::string object_format;
   std::filesystem::path common_directory, root;
 };
@@ -93,17 +93,26 @@ void split_paths(std::string_view text, Layout& layout) {
   layout.root.clear();
 }
 
-Layout parsed_layout(std::string_view text) {
+// `errors` say whether git stopped for want of a work tree, which it names last. None is needed:
+// the git directory takes its place.
+Layout parsed_layout(std::string_view text, std::string_view errors) {
   Layout layout;
-  layout.is_bare = next_line(text) == "true";
   layout.is_shallow = next_line(text) == "true";
   layout.object_format = next_line(text);
-  split_paths(text, layout);
+  if (errors.find("must be run in a work tree") == std::string_view::npos) {
+    split_paths(text, layout);
+    return layout;
+  }
+  layout.common_directory = text.substr(0, text.size() - std::min<std::size_t>(1, text.size()));
+  std::error_code ignored;
+  if (std::filesystem::is_directory(layout.common_directory / "objects", ignored)) {
+    layout.root = layout.common_directory;
+    layout.has_work_tree = false;
+  }
   return layout;
 }
 
-[[noreturn]] void fail_on_layout(const std::filesystem::path& directory, const Layout& layout,
-                                 std::string_view errors) {
+[[noreturn]] void fail_on_layout(const std::filesystem::path& directory, std::string_view errors) {
   const std::string where = shown(directory.string());
   if (errors.find("dubious ownership") != std::string_view::npos) {
     throw GitHistoryError("git refuses " + where +
@@ -114,15 +123,6 @@ Layout parsed_layout(std::string_view text) {
   if (errors.find("not a git repository") != std::string_view::npos) {
     throw GitHistoryError("not a git repository: " + where +
                           " (nor any folder above it): run git init, or name a folder of one");
-  }
-  if (layout.is_bare) {
-    throw GitHistoryError("a bare repository has no files to review: " + where +
-                          ": run git clone " + quoted_for_shell(directory.string()) +
-                          " and review the clone");
-  }
-  if (errors.find("must be run in a work tree") != std::string_view::npos) {
-    throw GitHistoryError("a git directory, not a work tree: " + where +
-                          ": name the folder of the checked-out files");
   }
   throw GitHistoryError("git cannot read the repository at " + where + ": " + first_words(errors));
 }
@@ -234,12 +234,13 @@ Git::Git(const std::filesystem::path& directory, const Limits& limits)
   state_->program = git_program();
   state_->environment = cleaned_environment();
   state_->root = folder;
-  const Output output = run(std::array<std::string, 7>{
-      "rev-parse", "--path-format=absolute", "--is-bare-repository", "--is-shallow-repository",
-      "--show-object-format", "--git-common-dir", "--show-toplevel"});
-  const Layout layout = parsed_layout(output.out);
-  if (output.status != 0 || layout.root.empty()) fail_on_layout(folder, layout, output.errors);
-  check_root(layout.root, folder);
+  const Output output = run(
+      std::array<std::string, 6>{"rev-parse", "--path-format=absolute", "--is-shallow-repository",
+                                 "--show-object-format", "--git-common-dir", "--show-toplevel"});
+  const Layout layout = parsed_layout(output.out, output.errors);
+  if (layout.root.empty()) fail_on_layout(folder, output.errors);
+  if (layout.has_work_tree) check_root(layout.root, folder);
+  state_->has_work_tree = layout.has_work_tree;
   state_->root = layout.root;
   state_->common_directory = layout.common_directory;
   state_->object_format = layout.object_format;
@@ -249,6 +250,7 @@ Git::Git(const std::filesystem::path& directory, const Limits& limits)
 const std::filesystem::path& Git::root() const { return state_->root; }
 const std::filesystem::path& Git::common_directory() const { return state_->common_directory; }
 const Limits& Git::limits() const { return state_->limits; }
+bool Git::has_work_tree() const { return state_->has_work_tree; }
 bool Git::is_shallow() const { return state_->is_shallow; }
 std::size_t Git::processes_started() const { return state_->started; }
 

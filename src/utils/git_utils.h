@@ -72,17 +72,20 @@ struct Limits {
   CancelFlag cancelled = nullptr;
 };
 
-/// A repository with a work tree, and how git is run on it: without a shell, in a cleaned
+/// A repository, with a work tree or bare, and how git is run on it: without a shell, in a cleaned
 /// environment. May be used by several threads at once. Copies share their temporary folder.
 class Git {
  public:
   /// Finds the repository that holds `directory` (a subfolder or a link to it will do).
-  /// Raises GitHistoryError: no such folder, not a repository, a bare one, one that git refuses
-  /// because of its owner, git missing.
+  /// Raises GitHistoryError: no such folder, not a repository, one that git refuses because of its
+  /// owner, git missing.
   explicit Git(const std::filesystem::path& directory, const Limits& limits = {});
 
-  /// Top folder of the work tree, absolute, links resolved.
+  /// Top folder of the work tree, absolute, links resolved; the git directory where there is none.
   const std::filesystem::path& root() const;
+
+  /// Whether there are checked-out files: not in a bare repository, nor seen from a git directory.
+  bool has_work_tree() const;
 
   /// The git directory that all linked work trees share, absolute.
   const std::filesystem::path& common_directory() const;

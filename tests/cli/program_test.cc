@@ -187,9 +187,8 @@ TEST_F(Program, AnswersEvenWhenGitCannotCompare) {
 TEST_F(Program, AnswersWhereThereIsNothingToCompare) {
   const TemporaryFolder empty;
   const GitRepository unborn;
-  repository_.git({"clone", "-q", "--bare", repository_.root(), beside("bare")});
   for (const std::string& folder :
-       {empty.path().string(), unborn.root().string(), beside("bare"), beside("missing")}) {
+       {empty.path().string(), unborn.root().string(), beside("missing")}) {
     const Ending ending = run({"-C", folder, "--format=json"});
     EXPECT_EQ(ending.status, 3) << folder;
     EXPECT_NE(ending.out.find("\"error\": \""), std::string::npos) << folder << ending.out;

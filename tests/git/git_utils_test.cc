@@ -121,12 +121,12 @@ TEST(Git, SaysWhatIsWrongWithAFolder) {
                                                     " (nor any folder above it): run git init, or "
                                                     "name a folder of one");
   repository.git({"clone", "-q", "--bare", ".", beside + "/bare one"});
-  EXPECT_EQ(opening_error(repository.beside() / "bare one"),
-            "a bare repository has no files to review: " + beside + "/bare one: run git clone '" +
-                beside + "/bare one' and review the clone");
-  EXPECT_EQ(opening_error(repository.root() / ".git"),
-            "a git directory, not a work tree: " + repository.root().string() +
-                "/.git: name the folder of the checked-out files");
+  const Git bare(repository.beside() / "bare one" / "refs");
+  EXPECT_EQ(bare.root(), beside + "/bare one");
+  EXPECT_FALSE(bare.has_work_tree());
+  const Git inside(repository.root() / ".git");
+  EXPECT_EQ(inside.root(), repository.root() / ".git");
+  EXPECT_FALSE(inside.has_work_tree());
   const std::string path = std::getenv("PATH");
   setenv("PATH", "/nonexistent", 1);
   EXPECT_EQ(opening_error(repository.root()), "git is not installed or not on PATH: install git");
@@ -161,7 +161,7 @@ TEST(Git, FetchesNothingForAPartialClone) {
     FAIL() << "objects came from somewhere";
   } catch (const GitHistoryError& error) {
     EXPECT_EQ(error.what(),
-              "comparing 'HEAD~1' and 'HEAD' needs objects that the partial clone at " +
+              "comparing 'HEAD~1' and 'main' needs objects that the partial clone at " +
                   clone.string() +
                   " has not fetched, and nothing is fetched for it: "
                   "run git -C " +
