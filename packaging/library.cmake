@@ -5,9 +5,9 @@ set(library_roots services render context_delta_component)
 # What programs include, and all that these include.
 set(public_headers
   render/formats.h
-  services/current_index.h
   services/delta.h
   services/explain_files.h
+  services/index_at.h
   tool_handlers/context_delta/handler.h
   workers/git_history.h)
 

@@ -6,7 +6,6 @@
 #include <iostream>
 #include <string>
 
-#include <context_delta/services/current_index.h>
 #include <context_delta/services/delta.h>
 
 namespace {
@@ -16,12 +15,9 @@ namespace indexer = context_delta::indexer;
 namespace services = context_delta::services;
 namespace storage = context_delta::storage;
 
-/// The index of what is checked out, in the file that the command line uses too.
-services::CurrentIndex index_of(const git_utils::Git& git) {
-  return services::current_index(git, storage::default_index_path(git.common_directory()),
-                                 [&](storage::Repository& repository, const std::string& commit) {
-                                   return indexer::update(repository, git, commit);
-                                 });
+indexer::UpdateReport update(storage::Repository& repository, const git_utils::Git& git,
+                             const std::string& commit) {
+  return indexer::update(repository, git, commit);
 }
 
 }  // namespace
@@ -35,8 +31,10 @@ int main(int count, char** arguments) {
     const git_utils::Git git(arguments[1]);
     services::DeltaRequest request;
     if (count == 3) request.base_branch = arguments[2];
-    const services::CurrentIndex index = index_of(git);
-    const auto pack = services::delta_pack(git, *index.repository, request);
+    // The index file is the one that the command line uses too.
+    const auto index = storage::default_index_path(git.common_directory());
+    const auto [pack, base, head] = services::delta_answer(git, index, request, update);
+    std::cerr << base << ".." << head << '\n';
     std::cout << context_delta::json::json_text(pack) << '\n';
     return pack.find("error") == nullptr ? 0 : 3;
   } catch (const std::exception& error) {

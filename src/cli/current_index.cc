@@ -7,6 +7,7 @@
 #include "cli/progress.h"
 #include "cli/report.h"
 #include "cli/terminal.h"
+#include "workers/branch_names.h"
 
 namespace context_delta::cli {
 namespace {
@@ -49,15 +50,24 @@ void remark(const indexer::UpdateReport& report, const std::string& commit,
 
 }  // namespace
 
-services::CurrentIndex bring_up_to_date(const git_utils::Git& git, const Settings& settings) {
-  const std::filesystem::path path =
-      settings.index.value_or(storage::default_index_path(git.common_directory()));
-  services::CurrentIndex index = services::current_index(
-      git, path, [&](storage::Repository& repository, const std::string& commit) {
-        return update(repository, git, commit, settings);
-      });
-  if (settings.verbose) remark(index.report, index.commit, path);
-  return index;
+std::filesystem::path index_path(const git_utils::Git& git, const Settings& settings) {
+  return settings.index.value_or(storage::default_index_path(git.common_directory()));
+}
+
+services::Update updater(const Settings& settings) {
+  return [&settings](storage::Repository& repository, const git_utils::Git& git,
+                     const std::string& commit) {
+    indexer::UpdateReport report = update(repository, git, commit, settings);
+    if (settings.verbose) remark(report, commit, index_path(git, settings));
+    return report;
+  };
+}
+
+services::IndexAt open_index(const git_utils::Git& git, const Settings& settings) {
+  const std::filesystem::path path = index_path(git, settings);
+  if (!settings.at) return services::open_current_index(git, path, updater(settings));
+  return services::open_index_at(git, path, git_history::find_commit(git, *settings.at, "--at"),
+                                 updater(settings));
 }
 
 }  // namespace context_delta::cli

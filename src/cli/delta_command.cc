@@ -23,16 +23,18 @@ services::DeltaRequest scaled_request(const Settings& settings) {
   return request;
 }
 
-json::Mapping make_pack(const Settings& settings, const services::DeltaRequest& request) {
+services::DeltaAnswer make_answer(const Settings& settings, const services::DeltaRequest& request) {
   try {
     const git_utils::Git git(settings.directory);
-    services::check_before_first_index(
-        git, settings.index.value_or(storage::default_index_path(git.common_directory())), request);
-    const services::CurrentIndex index = bring_up_to_date(git, settings);
-    return services::delta_pack(git, *index.repository, request);
+    return services::delta_answer(git, index_path(git, settings), request, updater(settings));
   } catch (const git_utils::GitHistoryError& error) {
-    return services::error_result(error);
+    return {services::error_result(error), {}, {}};
   }
+}
+
+void remark(const services::DeltaAnswer& answer) {
+  if (answer.head_commit.empty()) return;
+  report("compared " + answer.base_commit + " with " + answer.head_commit);
 }
 
 std::string rendered(const json::Mapping& pack, const Settings& settings, std::int64_t budget) {
@@ -87,13 +89,15 @@ int run_delta(const Settings& settings) {
   check_gates(settings);
   if (settings.explain_files) {
     const git_utils::Git git(settings.directory);
-    const services::CurrentIndex index = bring_up_to_date(git, settings);
-    const auto files = services::explain_files(git, *index.repository, settings.request);
+    const auto files = services::explain_files(git, index_path(git, settings), settings.request,
+                                               updater(settings));
     write(settings, explanation(files, settings.format->for_programs));
     return EXIT_DONE;
   }
   const services::DeltaRequest request = scaled_request(settings);
-  const json::Mapping pack = make_pack(settings, request);
+  const services::DeltaAnswer answer = make_answer(settings, request);
+  if (settings.verbose) remark(answer);
+  const json::Mapping& pack = answer.pack;
   const json::Value* error = pack.find("error");
   if (error != nullptr) {
     report_failure(*error->as<std::string>(), EXIT_GIT, settings.format->for_programs);

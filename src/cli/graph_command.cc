@@ -9,7 +9,7 @@ namespace context_delta::cli {
 
 int run_graph(const Settings& settings) {
   const git_utils::Git git(settings.directory);
-  const services::CurrentIndex index = bring_up_to_date(git, settings);
+  const services::IndexAt index = open_index(git, settings);
   const DeferredSignals signals;
   Output output(settings.output);
   const auto write_line = [&](std::string_view line) {

@@ -12,7 +12,7 @@ std::string counted(std::int64_t number, std::string_view one) {
   return std::to_string(number) + " " + std::string(one) + (number == 1 ? "" : "s");
 }
 
-std::string summary(const services::CurrentIndex& index) {
+std::string summary(const services::IndexAt& index) {
   const storage::GraphSize size = storage::graph_size(index.repository->db);
   std::string line = "indexed " + index.commit.substr(0, 12) + ": " + counted(size.files, "file") +
                      ", " + counted(size.symbols, "symbol") + ", " +
@@ -27,7 +27,7 @@ std::string summary(const services::CurrentIndex& index) {
 
 int run_index(const Settings& settings) {
   const git_utils::Git git(settings.directory);
-  const services::CurrentIndex index = bring_up_to_date(git, settings);
+  const services::IndexAt index = open_index(git, settings);
   if (settings.verbose) {
     for (const indexer::SkippedFile& file : indexer::skipped_files(*index.repository)) {
       report("skipped " + file.path + ": " + file.reason);

@@ -25,6 +25,7 @@ struct Settings {
   bool configuration = true;  ///< read files and variables that preset options
   std::filesystem::path directory = ".";
   std::optional<std::filesystem::path> index;  ///< null: storage::default_index_path()
+  std::optional<std::string> at;               ///< commit of the index; null: what is checked out
   unsigned jobs = 0;                           ///< 0: as many as the machine runs at once
   bool quiet = false;
   bool verbose = false;

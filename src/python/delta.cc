@@ -5,7 +5,6 @@
 
 #include "python/conversion.h"
 #include "python/host_services.h"
-#include "services/current_index.h"
 #include "services/delta.h"
 #include "tool_handlers/context_delta/context_delta.h"
 #include "wiki/wiki_lens.h"
@@ -45,11 +44,7 @@ json::Mapping pack_of(const std::filesystem::path& root, const std::filesystem::
                       const services::DeltaRequest& request, const Object& no_progress) {
   try {
     const git_utils::Git git(root);
-    const services::CurrentIndex index = services::current_index(
-        git, index_path, [&](storage::Repository& repository, const std::string& commit) {
-          return update_index(repository, git, commit, no_progress);
-        });
-    return services::delta_pack(git, *index.repository, request);
+    return services::delta_answer(git, index_path, request, updater(no_progress)).pack;
   } catch (const git_utils::GitHistoryError& error) {
     return services::error_result(error);
   }

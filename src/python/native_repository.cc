@@ -8,7 +8,6 @@
 #include "python/conversion.h"
 #include "python/integer.h"
 #include "python/python_error.h"
-#include "services/current_index.h"
 #include "workers/git_history.h"
 
 namespace context_delta::python {
@@ -20,13 +19,15 @@ constexpr auto BETWEEN_REPORTS = std::chrono::milliseconds(100);
 /// Set while this thread updates an index: an update within it would wait for itself.
 thread_local bool updating = false;
 
+void check_not_updating() {
+  if (!updating) return;
+  throw std::runtime_error(
+      "an index is being updated by this thread: progress callbacks cannot use a Repository");
+}
+
 struct Updating {
   Updating() {
-    if (updating) {
-      throw std::runtime_error(
-          "an index is being updated by this thread: progress callbacks "
-          "cannot use a Repository");
-    }
+    check_not_updating();
     updating = true;
   }
   ~Updating() { updating = false; }
@@ -86,8 +87,7 @@ git_history::LineRanges line_ranges(
   return lines;
 }
 
-}  // namespace
-
+/// The interpreter lock must not be held.
 indexer::UpdateReport update_index(storage::Repository& repository, const git_utils::Git& git,
                                    const std::string& commit, const Object& progress) {
   const Updating guard;
@@ -113,6 +113,16 @@ indexer::UpdateReport update_index(storage::Repository& repository, const git_ut
   }
 }
 
+}  // namespace
+
+services::Update updater(const Object& progress) {
+  check_not_updating();
+  return [&progress](storage::Repository& repository, const git_utils::Git& git,
+                     const std::string& commit) {
+    return update_index(repository, git, commit, progress);
+  };
+}
+
 NativeRepository::NativeRepository(const Object& path, const Object& index) {
   const std::filesystem::path directory = path_of(path);
   if (!index.is_none()) db_.path = path_of(index);
@@ -130,11 +140,7 @@ indexer::UpdateReport NativeRepository::update(const Object& progress) const {
   check_open();
   const py::gil_scoped_release unlocked;
   const git_utils::Git git(root_);
-  return services::current_index(git, db_.path,
-                                 [&](storage::Repository& repository, const std::string& commit) {
-                                   return update_index(repository, git, commit, progress);
-                                 })
-      .report;
+  return services::open_current_index(git, db_.path, updater(progress)).report;
 }
 
 std::vector<storage::Caller> NativeRepository::callers_of(const std::vector<std::int64_t>& ids,

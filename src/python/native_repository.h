@@ -8,6 +8,7 @@
 
 #include "indexer/update.h"
 #include "python/object.h"
+#include "services/index_at.h"
 #include "storage/repository.h"
 #include "storage/repository_changes.h"
 
@@ -52,9 +53,8 @@ class NativeRepository {
   bool closed_ = false;
 };
 
-/// Brings an index to a commit as NativeRepository::update() does. The interpreter lock must not
-/// be held.
-indexer::UpdateReport update_index(storage::Repository& repository, const git_utils::Git& git,
-                                   const std::string& commit, const Object& progress);
+/// Brings an index to a commit as NativeRepository::update() does. The interpreter lock must not be
+/// held when it is called; `progress` must outlive it. Raises when this thread updates an index.
+services::Update updater(const Object& progress);
 
 }  // namespace context_delta::python

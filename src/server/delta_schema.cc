@@ -124,7 +124,7 @@ constexpr std::string_view SCHEMA = R"json({
       }
     },
     "warning": {"type": "string",
-      "description": "when target_branch is not checked out: its index may be off"}
+      "description": "what to keep in mind of the answer"}
   },
   "required": ["affected_files", "symbols", "callers", "neighbours", "snippets", "tokens_used",
     "truncated"],

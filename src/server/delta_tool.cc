@@ -5,7 +5,6 @@
 
 #include "indexer/update.h"
 #include "server/delta_schema.h"
-#include "services/current_index.h"
 #include "services/delta.h"
 #include "storage/repository.h"
 #include "utils/git_utils.h"
@@ -34,8 +33,8 @@ constexpr Parameter PARAMETERS[] = {
      .description = "branch, tag or commit to compare with; null: the repository's default branch"},
     {.name = "target_branch",
      .type = Type::STRING,
-     .description = "branch, tag or commit to review; null: what is checked out, which is answered "
-                    "best"},
+     .description = "branch, tag or commit to review, checked out or not; null: what is checked "
+                    "out"},
     {.name = "token_budget",
      .type = Type::INTEGER,
      .description = "most tokens of the answer's rows; ask again with more when truncated is true",
@@ -91,17 +90,15 @@ services::DeltaRequest request_of(const Surroundings& surroundings, const Call& 
   return request;
 }
 
-services::CurrentIndex bring_up_to_date(const git_utils::Git& git,
-                                        const std::filesystem::path& path,
-                                        const Surroundings& surroundings, const Call& call) {
+services::Update updater(const Surroundings& surroundings, const Call& call) {
   indexer::UpdateOptions options;
   options.threads = surroundings.jobs;
   options.cancelled = call.cancelled;
   options.progress = call.progress;
-  return services::current_index(git, path,
-                                 [&](storage::Repository& repository, const std::string& commit) {
-                                   return indexer::update(repository, git, commit, options);
-                                 });
+  return [options](storage::Repository& repository, const git_utils::Git& git,
+                   const std::string& commit) {
+    return indexer::update(repository, git, commit, options);
+  };
 }
 
 json::Mapping make_pack(const Surroundings& surroundings, const Call& call) {
@@ -114,9 +111,7 @@ json::Mapping make_pack(const Surroundings& surroundings, const Call& call) {
       request.wiki = surroundings.roots.folder_below(git.root(), *wiki, "wiki");
     }
     const std::filesystem::path path = storage::default_index_path(git.common_directory());
-    services::check_before_first_index(git, path, request);
-    const services::CurrentIndex index = bring_up_to_date(git, path, surroundings, call);
-    return services::delta_pack(git, *index.repository, request);
+    return services::delta_answer(git, path, request, updater(surroundings, call)).pack;
   } catch (const git_utils::GitHistoryError& error) {
     return services::error_result(error);
   }

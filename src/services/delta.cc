@@ -1,21 +1,22 @@
 #include "services/delta.h"
 
 #include "services/native_services.h"
+#include "services/review.h"
 #include "tool_handlers/context_delta/context_delta.h"
 #include "tool_handlers/context_delta/empty_results.h"
-#include "workers/git_history.h"
 
 namespace context_delta::services {
+namespace {
 
-json::Mapping delta_pack(const git_utils::Git& git, const storage::Repository& index,
-                         const DeltaRequest& request) {
+json::Mapping pack_of(Review& review, const storage::Repository& index,
+                      const DeltaRequest& request) {
   std::optional<wiki::WikiLens> lens;
-  if (request.wiki) lens.emplace(*request.wiki, git);
+  if (request.wiki) lens.emplace(*request.wiki, review.git(), review.sides().head.commit);
 
-  NativeServices services(git, request.base_parameter, request.target_parameter);
+  NativeServices services(review);
   return handle_build_delta_context_pack(
       services, Request<NativeServices>{.repository = {index, index.db},
-                                        .repo_root = git.root(),
+                                        .repo_root = review.git().root(),
                                         .base_branch = request.base_branch,
                                         .target_branch = request.target_branch,
                                         .token_budget = request.token_budget,
@@ -25,12 +26,18 @@ json::Mapping delta_pack(const git_utils::Git& git, const storage::Repository& i
                                         .wiki_lens = lens ? &*lens : nullptr});
 }
 
-void check_before_first_index(const git_utils::Git& git, const std::filesystem::path& path,
-                              const DeltaRequest& request) {
-  std::error_code unreadable;
-  if (std::filesystem::exists(path, unreadable)) return;
-  git_history::History(git).branch_changes(request.base_branch, request.target_branch,
-                                           request.target_parameter, request.base_parameter);
+}  // namespace
+
+DeltaAnswer delta_answer(const git_utils::Git& git, const std::filesystem::path& index,
+                         const DeltaRequest& request, const Update& update) {
+  try {
+    Review review(git, request);
+    const std::string& head = review.sides().head.commit;
+    const IndexAt held = open_index_at(review.git(), index, head, update);
+    return {pack_of(review, *held.repository, request), review.sides().base.commit, head};
+  } catch (const git_utils::GitHistoryError& error) {
+    return {error_result(error), {}, {}};
+  }
 }
 
 json::Mapping error_result(const git_utils::GitHistoryError& error) {

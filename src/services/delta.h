@@ -5,6 +5,7 @@
 #include <optional>
 #include <string>
 
+#include "services/index_at.h"
 #include "storage/repository.h"
 #include "utils/git_utils.h"
 #include "utils/json.h"
@@ -16,7 +17,7 @@ inline constexpr std::int64_t DEFAULT_TOKEN_BUDGET = 4000;
 
 struct DeltaRequest {
   std::optional<std::string> base_branch;    ///< null: the repository's default branch
-  std::optional<std::string> target_branch;  ///< null: what is checked out
+  std::optional<std::string> target_branch;  ///< any commit; null: what is checked out
   std::int64_t token_budget = DEFAULT_TOKEN_BUDGET;
   bool include_call_graph = true;
   bool include_snippets = false;
@@ -27,16 +28,18 @@ struct DeltaRequest {
   std::string target_parameter = "target_branch";
 };
 
-/// The pack, from `git`'s repository and the index that answers for its checked-out commit. A
-/// comparison that git cannot make is a pack with `error`. Raises storage::IndexError, and
-/// wiki::WikiError when the wiki folder cannot be read.
-json::Mapping delta_pack(const git_utils::Git& git, const storage::Repository& index,
-                         const DeltaRequest& request);
+/// An answer, and the two commits that all of it hangs on.
+struct DeltaAnswer {
+  json::Mapping pack;
+  std::string base_commit, head_commit;  ///< full ids; empty when git found none
+};
 
-/// Raises git_utils::GitHistoryError when git cannot make the comparison, unless there is an index
-/// in the file `path`: a large repository is not indexed for nothing.
-void check_before_first_index(const git_utils::Git& git, const std::filesystem::path& path,
-                              const DeltaRequest& request);
+/// The one path from a request to its pack: finds the commits, compares them, brings the index in
+/// the file `index` to the reviewed one by `update`, and asks the component. A comparison that git
+/// cannot make is a pack with `error`, and nothing is indexed for it. Raises storage::IndexError,
+/// wiki::WikiError when the wiki folder cannot be read, and what `update` raises.
+DeltaAnswer delta_answer(const git_utils::Git& git, const std::filesystem::path& index,
+                         const DeltaRequest& request, const Update& update);
 
 /// The pack of a comparison that could not even begin: empty parts and `error`.
 json::Mapping error_result(const git_utils::GitHistoryError& error);

@@ -2,18 +2,19 @@
 
 #include <utility>
 
+#include "services/review.h"
 #include "storage/repository_changes.h"
 
 namespace context_delta::services {
 
 std::vector<ExplainedFile> explain_files(const git_utils::Git& git,
-                                         const storage::Repository& index,
-                                         const DeltaRequest& request) {
-  git_history::BranchChanges changes = git_history::History(git).branch_changes(
-      request.base_branch, request.target_branch, request.target_parameter, request.base_parameter);
+                                         const std::filesystem::path& index,
+                                         const DeltaRequest& request, const Update& update) {
+  const Review review(git, request);
+  const IndexAt held = open_index_at(review.git(), index, review.sides().head.commit, update);
   std::vector<std::string> paths;
-  for (git_utils::FileChange& change : changes.files) paths.push_back(std::move(change.path));
-  const auto impact = repository_changes::file_impact(index.db, paths);
+  for (const auto& change : review.changes().files) paths.push_back(change.path);
+  const auto impact = repository_changes::file_impact(held.repository->db, paths);
   std::vector<ExplainedFile> files;
   for (std::string& path : paths) {
     const auto found = impact.find(path);

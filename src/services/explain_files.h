@@ -1,5 +1,6 @@
 #pragma once
 
+#include <filesystem>
 #include <optional>
 #include <string>
 #include <vector>
@@ -16,9 +17,10 @@ struct ExplainedFile {
 };
 
 /// All changed files of the comparison that `request` asks for, by path, whatever its
-/// `source_only`. Raises git_utils::GitHistoryError, storage::IndexError.
+/// `source_only`, by the index of the reviewed commit in the file `index`. Raises
+/// git_utils::GitHistoryError, storage::IndexError, and what `update` raises.
 std::vector<ExplainedFile> explain_files(const git_utils::Git& git,
-                                         const storage::Repository& index,
-                                         const DeltaRequest& request);
+                                         const std::filesystem::path& index,
+                                         const DeltaRequest& request, const Update& update);
 
 }  // namespace context_delta::services

@@ -1,7 +1,8 @@
 #include "services/native_services.h"
 
+#include <utility>
+
 #include "tool_handlers/context_delta/handler.h"
-#include "tool_handlers/context_docs.h"
 #include "tool_handlers/quality_impact.h"
 #include "workers/context_builder.h"
 
@@ -9,15 +10,18 @@ namespace context_delta::services {
 
 static_assert(ContextServices<NativeServices>);
 
-// The git object knows the repository, so the root that the component hands along is not read.
-git_history::BranchChanges NativeServices::branch_changes(
-    const RepoRoot&, const std::optional<std::string>& base_branch,
-    const std::optional<std::string>& target_branch, std::string_view) {
-  return history_.branch_changes(base_branch, target_branch, target_parameter_, base_parameter_);
+// The review knows the repository and what the names mean, so what the component hands along of
+// them is not read.
+git_history::BranchChanges NativeServices::branch_changes(const RepoRoot&,
+                                                          const std::optional<std::string>&,
+                                                          const std::optional<std::string>&,
+                                                          std::string_view) {
+  return review_.changes();
 }
 
 std::string NativeServices::resolve_commit(const RepoRoot&, std::string_view revision) {
-  return git_utils::resolve_commit(git_, revision);
+  if (revision == "HEAD") return review_.sides().head.commit;
+  return git_utils::resolve_commit(review_.git(), revision);
 }
 
 git_history::LineSpans NativeServices::changed_line_spans(const RepoRoot&,
@@ -25,7 +29,7 @@ git_history::LineSpans NativeServices::changed_line_spans(const RepoRoot&,
                                                           const std::string& head_commit,
                                                           const std::vector<FileChange>& files,
                                                           bool merge_base) {
-  return history_.changed_line_spans(base_commit, head_commit, files, merge_base);
+  return review_.history().changed_line_spans(base_commit, head_commit, files, merge_base);
 }
 
 bool NativeServices::is_source_path(const std::string& path, const Language& language) {
@@ -66,10 +70,9 @@ std::int64_t NativeServices::estimate_tokens(std::string_view text) {
   return context_builder::estimate_tokens(text);
 }
 
-std::optional<std::string> NativeServices::read_repo_text(const RepoRoot& root,
-                                                          const std::string& path,
+std::optional<std::string> NativeServices::read_repo_text(const RepoRoot&, const std::string& path,
                                                           std::int64_t most_characters) {
-  return context_docs::read_repo_text(root, path, most_characters);
+  return texts_.read(path, most_characters);
 }
 
 json::Mapping NativeServices::guessed_caller_row(const Caller& caller) {
@@ -77,7 +80,19 @@ json::Mapping NativeServices::guessed_caller_row(const Caller& caller) {
 }
 
 json::List NativeServices::pages_citing(WikiLens lens, KeptPaths<NativeServices>& paths) {
-  return lens->pages_citing([&paths] { return paths.next(); });
+  // A page that cites the old name of a renamed file is concerned too.
+  std::unordered_map<std::string_view, std::string_view> old_paths;
+  for (const FileChange& change : review_.changes().files) {
+    if (change.old_path) old_paths.emplace(change.path, *change.old_path);
+  }
+  std::optional<std::string> old_path;
+  return lens->pages_citing([&]() -> std::optional<std::string> {
+    if (old_path) return std::exchange(old_path, std::nullopt);
+    std::optional<std::string> path = paths.next();
+    const auto found = path ? old_paths.find(*path) : old_paths.end();
+    if (found != old_paths.end()) old_path = found->second;
+    return path;
+  });
 }
 
 }  // namespace context_delta::services

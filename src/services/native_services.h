@@ -9,8 +9,10 @@
 #include <unordered_map>
 #include <vector>
 
+#include "services/review.h"
 #include "storage/repository.h"
 #include "storage/repository_changes.h"
+#include "tool_handlers/commit_texts.h"
 #include "tool_handlers/context_delta/services.h"
 #include "utils/git_utils.h"
 #include "utils/json.h"
@@ -51,13 +53,9 @@ class NativeServices {
   using Flag = bool;
   using GitHistoryError = git_utils::GitHistoryError;
 
-  /// Errors speak of the branches under these names.
-  NativeServices(const git_utils::Git& git, std::string base_parameter,
-                 std::string target_parameter)
-      : git_(git),
-        history_(git),
-        base_parameter_(std::move(base_parameter)),
-        target_parameter_(std::move(target_parameter)) {}
+  /// Answers for one comparison: what these services call checked out is its reviewed commit.
+  explicit NativeServices(Review& review)
+      : review_(review), texts_(review.git(), review.sides().head.commit) {}
 
   BranchChanges branch_changes(const RepoRoot& root, const std::optional<std::string>& base_branch,
                                const std::optional<std::string>& target_branch,
@@ -88,10 +86,8 @@ class NativeServices {
   json::List pages_citing(WikiLens lens, KeptPaths<NativeServices>& paths);
 
  private:
-  const git_utils::Git& git_;
-  git_history::History history_;
-  std::string base_parameter_;
-  std::string target_parameter_;
+  Review& review_;
+  context_docs::CommitTexts texts_;
 };
 
 }  // namespace context_delta::services

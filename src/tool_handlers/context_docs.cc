@@ -137,7 +137,14 @@ std::optional<std::string> read_repo_text(const std::filesystem::path& root, std
   if (status.st_size / MOST_BYTES_OF_CHARACTER > most_characters) return std::nullopt;
   const std::optional<std::string> bytes = read_text(file, most_characters);
   if (!bytes) return std::nullopt;
-  std::string text = utf8::replaced(*bytes);
+  return shown_text(*bytes, most_characters);
+}
+
+std::optional<std::string> shown_text(std::string_view bytes, std::int64_t most_characters) {
+  if (least_characters(bytes) > most_characters || bytes.find('\0') != bytes.npos) {
+    return std::nullopt;
+  }
+  std::string text = utf8::replaced(bytes);
   if (least_characters(text) > most_characters) return std::nullopt;
   return text;
 }

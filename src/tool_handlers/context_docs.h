@@ -18,4 +18,7 @@ namespace context_delta::context_docs {
 std::optional<std::string> read_repo_text(const std::filesystem::path& root, std::string_view path,
                                           std::int64_t most_characters);
 
+/// What is shown of a file with these bytes; null when it is binary or longer.
+std::optional<std::string> shown_text(std::string_view bytes, std::int64_t most_characters);
+
 }  // namespace context_delta::context_docs

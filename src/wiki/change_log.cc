@@ -16,7 +16,7 @@ std::string_view take_line(std::string_view& text) {
 
 /// The lines above the message: `commit ID (from PARENT)<tab>TIP`, `parent ID`, and others. Lines
 /// of the message are indented, so none of them can pass for one of these.
-std::optional<LoggedCommit> read_header(std::string_view token) {
+std::optional<LoggedCommit> read_header(std::string_view token, std::string_view head) {
   constexpr std::string_view COMMIT = "commit ";
   constexpr std::string_view PARENT = "parent ";
   constexpr std::string_view FROM = " (from ";
@@ -24,7 +24,7 @@ std::optional<LoggedCommit> read_header(std::string_view token) {
   if (!first.starts_with(COMMIT)) return std::nullopt;
   first.remove_prefix(COMMIT.size());
   const std::size_t tab = std::min(first.find('\t'), first.size());
-  const bool by_head = first.substr(tab) == "\tHEAD";
+  const bool by_head = tab < first.size() && first.substr(tab + 1) == head;
   first = first.substr(0, tab);
   const std::size_t from = std::min(first.find(FROM), first.size());
   LoggedCommit commit{
@@ -71,12 +71,13 @@ void LogReader::take(std::string_view token) {
   // The status of the first path ends the token of the header.
   const std::size_t line = token.rfind('\n');
   const std::string_view last = token.substr(line == token.npos ? 0 : line + 1);
-  if (const std::optional<LoggedCommit> header = read_header(token)) commit(*header);
+  if (const std::optional<LoggedCommit> header = read_header(token, head_)) commit(*header);
   path_next_ = is_status(last);
   deleted_ = last == "D";
 }
 
-git_utils::Git::Command log_command(const std::vector<std::string>& commits) {
+git_utils::Git::Command log_command(const std::string& head,
+                                    const std::vector<std::string>& commits) {
   std::string input;
   for (const std::string& commit : commits) input += commit + "\n";
   return {.arguments = {"log",
@@ -97,10 +98,11 @@ git_utils::Git::Command log_command(const std::vector<std::string>& commits) {
                         "-O/dev/null",
                         "--source",
                         "--ignore-missing",
-                        "HEAD",
+                        head,
                         "--stdin",
                         "--"},
-          .view = git_utils::View::REPOSITORY,
+          .view = git_utils::is_object_id(head) ? git_utils::View::OBJECTS
+                                                : git_utils::View::REPOSITORY,
           .input = std::move(input)};
 }
 

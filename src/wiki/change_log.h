@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "utils/git_utils.h"
@@ -14,12 +15,14 @@ struct LoggedCommit {
   std::string id;
   std::vector<std::string> parents;
   std::string compared;  ///< the parent; of a commit with less than two parents maybe empty
-  bool by_head = false;  ///< reached from HEAD; the first such commit is HEAD itself
+  bool by_head = false;  ///< reached from the head; the first such commit is the head itself
 };
 
 /// Takes a log apart.
 class LogReader {
  public:
+  /// `head` as log_command() was given it.
+  explicit LogReader(std::string head) : head_(std::move(head)) {}
   virtual ~LogReader() = default;
   /// A commit. One with several parents comes once for each parent that it differs from, and once
   /// when it differs from none; these follow each other.
@@ -37,15 +40,17 @@ class LogReader {
  private:
   void take(std::string_view token);
 
+  std::string head_;
   std::string pending_;  // the beginning of a token
   std::size_t bytes_read_ = 0;
   bool path_next_ = false;
   bool deleted_ = false;
 };
 
-/// All commits that HEAD and these commits (as ids, maybe abbreviated; those that the repository
+/// All commits that `head` and these commits (as ids, maybe abbreviated; those that the repository
 /// lacks are passed over) are made of, newest first, and in which paths each differs from its
 /// parents. Renames are a deletion and an addition.
-git_utils::Git::Command log_command(const std::vector<std::string>& commits);
+git_utils::Git::Command log_command(const std::string& head,
+                                    const std::vector<std::string>& commits);
 
 }  // namespace context_delta::wiki

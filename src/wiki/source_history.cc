@@ -29,9 +29,9 @@ struct Asked {
 
 class History final : public LogReader {
  public:
-  History(const std::vector<PageQuestion>& questions, const HistoryLimits& limits,
-          CancelFlag cancelled)
-      : limits_(limits), cancelled_(cancelled), glob_steps_(limits.glob_steps) {
+  History(const std::vector<PageQuestion>& questions, const std::string& head,
+          const HistoryLimits& limits, CancelFlag cancelled)
+      : LogReader(head), limits_(limits), cancelled_(cancelled), glob_steps_(limits.glob_steps) {
     for (const PageQuestion& question : questions) {
       Asked asked{.sources = {}, .commit = lower(question.commit), .own = {}};
       for (const std::string& source : question.sources) {
@@ -201,18 +201,18 @@ class History final : public LogReader {
 
 std::vector<PageAnswer> ask_history(const git_utils::Git& git,
                                     const std::vector<PageQuestion>& questions,
-                                    const HistoryLimits& limits) {
+                                    const std::string& head, const HistoryLimits& limits) {
   std::vector<std::string> commits;
   for (const PageQuestion& question : questions) {
     if (!question.commit.empty()) commits.push_back(question.commit);
   }
-  History history(questions, limits, git.limits().cancelled);
+  History history(questions, head, limits, git.limits().cancelled);
   const bool nothing_to_find =
       std::all_of(questions.begin(), questions.end(), [](const PageQuestion& question) {
         return question.commit.empty() && question.path.empty();
       });
   if (nothing_to_find) return history.answers();
-  const git_utils::Git::Streamed log{log_command(commits),
+  const git_utils::Git::Streamed log{log_command(head, commits),
                                      [&](std::string_view bytes) { history.feed(bytes); }};
   try {
     const git_utils::Git::Output output = git.stream(std::span(&log, 1)).front();

@@ -41,12 +41,14 @@ struct HistoryLimits {
 };
 
 /// Answers all questions with one git process, none when there is no question. The newest change of
-/// a source is the one that `git log -1 HEAD -- SOURCE` names: where a merge took a source from one
-/// side as it was, that side's history counts. It came after the page's commit when it is not among
-/// that commit's ancestors. Reading ends where all is known; commits whose dates go far backwards
-/// (over 256 commits out of order) may then be missed. Raises GitHistoryError, Cancelled.
+/// a source is the one that `git log -1 HEAD -- SOURCE` names, HEAD being `head`: where a merge
+/// took a source from one side as it was, that side's history counts. It came after the page's
+/// commit when it is not among that commit's ancestors. Reading ends where all is known; commits
+/// whose dates go far backwards (over 256 commits out of order) may then be missed. Raises
+/// GitHistoryError, Cancelled.
 std::vector<PageAnswer> ask_history(const git_utils::Git& git,
                                     const std::vector<PageQuestion>& questions,
+                                    const std::string& head = "HEAD",
                                     const HistoryLimits& limits = {});
 
 }  // namespace context_delta::wiki

@@ -125,8 +125,10 @@ std::string configuration_of(const git_utils::Git& git) {
 
 }  // namespace
 
-WikiLens::WikiLens(const std::filesystem::path& folder, const git_utils::Git& git)
+WikiLens::WikiLens(const std::filesystem::path& folder, const git_utils::Git& git,
+                   std::string commit)
     : git_(git),
+      commit_(std::move(commit)),
       pages_(read_pages(folder, {git.root(), configuration_of(git)}, git.limits().cancelled)) {}
 
 json::List WikiLens::pages_citing(const NextPath& next) const {
@@ -139,7 +141,7 @@ json::List WikiLens::pages_citing(const NextPath& next) const {
     citing.push_back(i);
     questions.push_back(question_about(pages_[i]));
   }
-  const std::vector<PageAnswer> answers = ask_history(git_, questions);
+  const std::vector<PageAnswer> answers = ask_history(git_, questions, commit_);
   json::List entries;
   for (std::size_t i = 0; i < citing.size(); ++i) {
     entries.emplace_back(entry(pages_[citing[i]], citations.of(citing[i]), answers[i]));

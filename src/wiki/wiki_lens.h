@@ -48,9 +48,11 @@ std::vector<Page> read_pages(const std::filesystem::path& folder, const Reposito
 /// The wiki as the delta pack asks for it.
 class WikiLens {
  public:
-  /// Reads the pages, as long as the limits of `git` say that they are wanted. `git` must outlive
-  /// the lens. Raises like read_pages().
-  WikiLens(const std::filesystem::path& folder, const git_utils::Git& git);
+  /// Reads the pages, as long as the limits of `git` say that they are wanted; whether they are
+  /// stale is judged at `commit` (a full id, or HEAD). `git` must outlive the lens. Raises like
+  /// read_pages().
+  WikiLens(const std::filesystem::path& folder, const git_utils::Git& git,
+           std::string commit = "HEAD");
 
   /// The pages that cite any of the paths (the path itself, a folder above it, or a glob), by page
   /// path, as mappings:
@@ -70,6 +72,7 @@ class WikiLens {
 
  private:
   const git_utils::Git& git_;
+  std::string commit_;
   std::vector<Page> pages_;
 };
 

@@ -236,7 +236,10 @@ Side named_side(const Git& git, const Questions& questions, std::size_t start,
 
 }  // namespace
 
-Sides find_sides(const Git& git, const Names& names) {
+Sides find_sides(const Git& git, const Names& asked) {
+  Names names = asked;
+  // What is checked out is shown by its own name.
+  if (names.head == "HEAD" || names.head == "@") names.head.reset();
   Questions questions;
   const std::size_t head_at =
       names.head ? questions.add(meanings(*names.head)) : questions.add(std::array{"HEAD"});
@@ -253,6 +256,7 @@ Sides find_sides(const Git& git, const Names& names) {
   questions.answer(outputs[0]);
 
   Sides sides;
+  sides.base_parameter = names.base_parameter;
   if (names.head) {
     sides.head = named_side(git, questions, head_at, *names.head, names.head_parameter);
   } else {
@@ -270,6 +274,14 @@ Sides find_sides(const Git& git, const Names& names) {
     sides.why_base = std::move(base.why);
   }
   return sides;
+}
+
+std::string find_commit(const Git& git, const std::string& name, std::string_view parameter) {
+  Questions questions;
+  questions.add(meanings(name));
+  const Git::Command command = questions.command();
+  questions.answer(git.run(std::span(&command, 1)).front());
+  return named_side(git, questions, 0, name, parameter).commit;
 }
 
 }  // namespace context_delta::git_history

@@ -131,7 +131,8 @@ void clamp_deleted_ends(const Git& git, std::vector<DiffFile>& files) {
     throw GitHistoryError(what + ": its history is cut off (shallow clone): run " +
                           git_utils::advised(git, "fetch --unshallow"));
   }
-  throw GitHistoryError(what + ": their histories are unrelated: name another base_branch");
+  throw GitHistoryError(what + ": their histories are unrelated: name another " +
+                        sides.base_parameter);
 }
 
 struct Comparison {
@@ -193,8 +194,11 @@ BranchChanges History::branch_changes(const std::optional<std::string>& base_bra
                                       const std::optional<std::string>& target_branch,
                                       std::string_view head_parameter,
                                       std::string_view base_parameter) {
-  const Sides sides = find_sides(
-      git_, {base_branch, target_branch, std::string(base_parameter), std::string(head_parameter)});
+  return branch_changes(find_sides(git_, {base_branch, target_branch, std::string(base_parameter),
+                                          std::string(head_parameter)}));
+}
+
+BranchChanges History::branch_changes(const Sides& sides) {
   Comparison comparison = compare(git_, sides, true, true);
   BranchChanges changes{{},
                         sides.base.name,
@@ -223,7 +227,7 @@ LineSpans History::changed_line_spans(std::string_view base_commit, std::string_
     const Side base{std::string(base_commit), std::string(base_commit)};
     const Side head{std::string(head_commit), std::string(head_commit)};
     Read read{base.commit, head.commit, merge_base, {}};
-    for (DiffFile& file : compare(git_, {base, head, {}}, merge_base, false).files) {
+    for (DiffFile& file : compare(git_, Sides{base, head, {}}, merge_base, false).files) {
       read.spans.emplace(std::move(file.change.path), std::move(file.spans));
     }
     read_ = std::move(read);

@@ -12,6 +12,7 @@
 
 #include "utils/git_utils.h"
 #include "utils/json.h"
+#include "workers/branch_names.h"
 
 /// What a branch changed since it left its base, by git.
 namespace context_delta::git_history {
@@ -60,6 +61,9 @@ class History {
                                const std::optional<std::string>& target_branch,
                                std::string_view head_parameter,
                                std::string_view base_parameter = "base_branch");
+
+  /// The same for names that are resolved already, so that other work can hang on the same ids.
+  BranchChanges branch_changes(const Sides& sides);
 
   /// The changed lines of `files` between two commits, from their merge base when `merge_base`.
   /// Lines are those of the new version; a hunk that only deletes is the one line that took its

@@ -84,7 +84,7 @@ TEST(Head, IsNamedByItsBranchOrByAShortId) {
   repository.git({"switch", "-q", "-c", "feature/topic"});
   const std::string second = repository.commit();
   EXPECT_EQ(compared(repository, "main", {}).head_branch, "feature/topic");
-  EXPECT_EQ(compared(repository, "main", "HEAD").head_branch, "HEAD");
+  EXPECT_EQ(compared(repository, "main", "HEAD").head_branch, "feature/topic");
   repository.git({"checkout", "-q", "--detach"});
   EXPECT_EQ(compared(repository, "main", {}).head_branch, second.substr(0, 12));
   EXPECT_EQ(compared(repository, first, second).commit_count, 1);

@@ -209,7 +209,7 @@ TEST(BranchChanges, ProcessesAreTheSameForOneFileAndForFiveThousand) {
     return before;
   };
   EXPECT_EQ(processes("HEAD~2", "HEAD~1", 1), 5u);
-  EXPECT_EQ(processes("HEAD~1", "HEAD", 5000), 5u);
+  EXPECT_EQ(processes("HEAD~1", "main", 5000), 5u);
 }
 
 TEST(ChangedLineSpans, ReadsOtherCommitsWithADiffOfTheirOwn) {

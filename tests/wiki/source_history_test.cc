@@ -139,7 +139,8 @@ TEST(SourceHistory, StopsReadingWhenAllIsKnown) {
   const auto ask = [&](const std::string& commit, const std::string& source) {
     HistoryLimits limits;
     limits.commits = 1000;
-    return ask_history(git, {{{source}, repository.git({"rev-parse", commit}), ""}}, limits)[0];
+    return ask_history(git, {{{source}, repository.git({"rev-parse", commit}), ""}}, "HEAD",
+                       limits)[0];
   };
   EXPECT_TRUE(ask("HEAD~500", "f2600").changed == std::vector<std::size_t>{0});
   EXPECT_TRUE(ask("HEAD~500", "f2400").changed.empty());
@@ -150,12 +151,13 @@ TEST(SourceHistory, StopsReadingWhenAllIsKnown) {
   HistoryLimits small;
   small.bytes = 100'000;
   EXPECT_EQ(
-      ask_history(git, {{{"f1"}, repository.git({"rev-parse", "HEAD~2000"}), ""}}, small)[0].known,
+      ask_history(git, {{{"f1"}, repository.git({"rev-parse", "HEAD~2000"}), ""}}, "HEAD", small)[0]
+          .known,
       Known::NOT_REACHED);
   small = {};
   small.sources = 1;
-  const auto crowded =
-      ask_history(git, {{{"f2999", "f2998"}, repository.git({"rev-parse", "HEAD~5"}), ""}}, small);
+  const auto crowded = ask_history(
+      git, {{{"f2999", "f2998"}, repository.git({"rev-parse", "HEAD~5"}), ""}}, "HEAD", small);
   EXPECT_EQ(crowded[0].known, Known::NOT_REACHED);
   EXPECT_EQ(crowded[0].changed, std::vector<std::size_t>{0});
 }

@@ -1,0 +1,32 @@
+#pragma once
+
+#include <string>
+
+#include "services/delta.h"
+#include "utils/git_utils.h"
+#include "workers/git_history.h"
+
+namespace context_delta::services {
+
+/// What a request compares: its names resolved to ids, once and first, and the comparison of these.
+/// Everything that the answer reads afterwards hangs on the ids.
+class Review {
+ public:
+  /// Raises GitHistoryError when the two cannot be compared.
+  Review(const git_utils::Git& git, const DeltaRequest& request);
+  Review(const Review&) = delete;
+  Review& operator=(const Review&) = delete;
+
+  const git_utils::Git& git() const { return git_; }
+  const git_history::Sides& sides() const { return sides_; }
+  const git_history::BranchChanges& changes() const { return changes_; }
+  git_history::History& history() { return history_; }
+
+ private:
+  git_utils::Git git_;
+  git_history::Sides sides_;
+  git_history::History history_;
+  git_history::BranchChanges changes_;
+};
+
+}  // namespace context_delta::services
