@@ -2,10 +2,10 @@
 #include <memory>
 
 #include "fuzz/require.h"
-#include "indexer/catalogue.h"
-#include "indexer/file_rows.h"
-#include "indexer/parsing.h"
-#include "indexer/stale_keys.h"
+#include "indexer/parse/parsing.h"
+#include "indexer/rows/catalogue.h"
+#include "indexer/rows/file_rows.h"
+#include "indexer/world/stale_keys.h"
 #include "storage/schema.h"
 #include "support/memory_source.h"
 

@@ -1,9 +1,9 @@
 #include <iterator>
 
 #include "fuzz/require.h"
-#include "indexer/catalogue.h"
-#include "indexer/file_rows.h"
-#include "indexer/parsing.h"
+#include "indexer/parse/parsing.h"
+#include "indexer/rows/catalogue.h"
+#include "indexer/rows/file_rows.h"
 #include "languages/sound_facts.h"
 #include "support/memory_source.h"
 

@@ -1,10 +1,11 @@
 #include <stdexcept>
 
 #include "fuzz/require.h"
-#include "indexer/compression.h"
-#include "indexer/facts.h"
-#include "indexer/name_table.h"
-#include "indexer/packed.h"
+#include "indexer/model/facts.h"
+#include "indexer/rows/compression.h"
+#include "indexer/rows/packed.h"
+#include "indexer/world/keys.h"
+#include "indexer/world/name_table.h"
 
 // What the index stores as bytes, damaged: an error or a value that can be stored again. The first
 // byte says what it is, and whether it is compressed first.

@@ -7,9 +7,9 @@
 
 #include <tree_sitter/api.h>
 
-#include "indexer/facts.h"
-#include "indexer/resolution.h"
-#include "indexer/world.h"
+#include "indexer/model/facts.h"
+#include "indexer/model/resolution.h"
+#include "indexer/world/world.h"
 
 /// What the indexer must know of a language. Each is a folder under languages/ with one value of
 /// this type, listed in languages/languages.cc and nowhere else.

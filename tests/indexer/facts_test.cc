@@ -1,4 +1,4 @@
-#include "indexer/facts.h"
+#include "indexer/model/facts.h"
 
 #include <random>
 #include <set>

@@ -1,4 +1,4 @@
-#include "indexer/world.h"
+#include "indexer/world/world.h"
 
 #include <map>
 #include <stdexcept>

@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "indexer/facts.h"
+#include "indexer/model/facts.h"
 
 namespace context_delta::tests {
 

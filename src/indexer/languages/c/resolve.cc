@@ -6,15 +6,15 @@
 #include "indexer/languages/c_family/includes.h"
 #include "indexer/languages/c_family/library.h"
 #include "indexer/languages/c_family/linkage.h"
-#include "indexer/languages/support/facts_builder.h"
-#include "indexer/languages/support/guesses.h"
-#include "indexer/languages/support/scopes.h"
+#include "indexer/languages/kit/facts_builder.h"
+#include "indexer/languages/kit/guesses.h"
+#include "indexer/languages/kit/scopes.h"
 
 namespace context_delta::indexer::c {
 namespace {
 
 using c_family::Linked;
-using support::Binder;
+using kit::Binder;
 
 class Resolver {
  public:
@@ -33,9 +33,9 @@ class Resolver {
 
   const Facts& facts_;
   World& world_;
-  support::ScopeIndex scopes_;
+  kit::ScopeIndex scopes_;
   c_family::Linkage linkage_;
-  support::Neighbourhood neighbourhood_;
+  kit::Neighbourhood neighbourhood_;
   Resolution made_;
 };
 
@@ -59,7 +59,7 @@ Resolution Resolver::run() {
 /// Whether a parameter or local variable around the call has its name.
 bool Resolver::is_shadowed(const Reference& reference) const {
   for (DefinitionIndex at = reference.enclosing; at != NOWHERE;
-       at = support::definition_at(facts_, at).parent) {
+       at = kit::definition_at(facts_, at).parent) {
     for (const Binder& binder : scopes_.find(at, reference.name)) {
       if (binder.kind == Binder::Kind::BINDING) return true;
     }
@@ -83,14 +83,14 @@ void Resolver::resolve_call(std::int32_t index, const Reference& reference) {
     return;
   }
   if (c_family::is_library_function(reference.name)) return;
-  support::add_guess(made_.edges, {.reference = index, .why = found.why}, std::move(found.fitting),
-                     neighbourhood_);
+  kit::add_guess(made_.edges, {.reference = index, .why = found.why}, std::move(found.fitting),
+                 neighbourhood_);
 }
 
 void Resolver::resolve_type(std::int32_t index, const Reference& reference) {
   const Candidate* only = nullptr;
   for (const Candidate& candidate : world_.definitions(reference.name)) {
-    const bool is_type = support::is_class_kind(candidate.kind) || candidate.kind == Kind::TYPE;
+    const bool is_type = kit::is_class_kind(candidate.kind) || candidate.kind == Kind::TYPE;
     if (!is_type || !linkage_.seen().contains(*candidate.file)) continue;
     if (only != nullptr) return;
     only = &candidate;

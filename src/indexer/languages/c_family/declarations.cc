@@ -3,22 +3,22 @@
 #include <algorithm>
 #include <cctype>
 
-#include "indexer/languages/support/facts_builder.h"
-#include "indexer/languages/support/text.h"
+#include "indexer/languages/kit/facts_builder.h"
+#include "indexer/languages/kit/text.h"
 
 namespace context_delta::indexer::c_family {
 namespace {
 
-using support::child;
-using support::is_null;
-using support::text_of;
+using kit::child;
+using kit::is_null;
+using kit::text_of;
 
 bool has_word(std::string_view text, std::string_view word) {
   for (std::size_t at = text.find(word); at != std::string_view::npos;
        at = text.find(word, at + 1)) {
-    const bool starts = at == 0 || !support::is_identifier_byte(text[at - 1]);
+    const bool starts = at == 0 || !kit::is_identifier_byte(text[at - 1]);
     const std::size_t end = at + word.size();
-    const bool ends = end == text.size() || !support::is_identifier_byte(text[end]);
+    const bool ends = end == text.size() || !kit::is_identifier_byte(text[end]);
     if (starts && ends) return true;
   }
   return false;
@@ -31,12 +31,12 @@ std::string header_text(const Syntax& syntax, TSNode node, std::string_view text
   const TSNode body = child(node, syntax.field.body);
   if (!is_null(body)) end = ts_node_start_byte(body);
   if (start >= text.size() || end < start) return {};
-  std::string_view header = support::trimmed(text.substr(start, end - start));
+  std::string_view header = kit::trimmed(text.substr(start, end - start));
   while (header.ends_with(';') || header.ends_with('{')) {
     header.remove_suffix(1);
-    header = support::trimmed(header);
+    header = kit::trimmed(header);
   }
-  return support::one_line(header);
+  return kit::one_line(header);
 }
 
 bool is_variadic(const Syntax& syntax, TSNode parameters) {
@@ -53,7 +53,7 @@ void count_parameters(const Syntax& syntax, Definition& made, TSNode parameters,
                       std::string_view text) {
   std::size_t least = 0;
   std::size_t most = 0;
-  for (const TSNode node : support::named_children(parameters)) {
+  for (const TSNode node : kit::named_children(parameters)) {
     const Node kind = syntax.kind(node);
     if (kind == Node::OPTIONAL_PARAMETER) {
       ++most;
@@ -62,12 +62,12 @@ void count_parameters(const Syntax& syntax, Definition& made, TSNode parameters,
       ++least;
     }
   }
-  const std::string_view written = support::trimmed(text_of(parameters, text));
-  const bool is_void = most == 1 && support::one_line(written, 12) == "(void)";
+  const std::string_view written = kit::trimmed(text_of(parameters, text));
+  const bool is_void = most == 1 && kit::one_line(written, 12) == "(void)";
   if (is_void) least = most = 0;
   const bool open = is_variadic(syntax, parameters) || (!syntax.is_cpp && most == 0 && !is_void);
-  made.least_arguments = support::argument_count(least);
-  made.most_arguments = open ? ANY_NUMBER : support::argument_count(most);
+  made.least_arguments = kit::argument_count(least);
+  made.most_arguments = open ? ANY_NUMBER : kit::argument_count(most);
 }
 
 Kind function_kind(const Definition& made, std::string_view owner, bool in_class) {
@@ -100,12 +100,12 @@ std::uint16_t function_traits(const Syntax& syntax, TSNode node, const Declarato
   if (has_keyword(node, head_end, text, "static")) {
     traits |= in_class ? STATIC_MEMBER : LOCAL_LINKAGE;
   }
-  for (const TSNode below : support::named_children(declarator.function)) {
+  for (const TSNode below : kit::named_children(declarator.function)) {
     if (syntax.kind(below) == Node::VIRTUAL_SPECIFIER) traits |= VIRTUAL;
   }
   if (is_null(child(node, syntax.field.body))) {
     bool is_default = false;
-    for (const TSNode below : support::named_children(node)) {
+    for (const TSNode below : kit::named_children(node)) {
       is_default = is_default || syntax.kind(below) == Node::DEFAULT_METHOD;
     }
     if (!is_default) traits |= DECLARATION;
@@ -130,13 +130,13 @@ Definition function_definition(const Syntax& syntax, TSNode node, const Declarat
   if (made.name.starts_with("~ ")) made.name.erase(1, 1);
   made.scope = name.scope == "::" ? "" : name.scope;
   made.kind = function_kind(made, last_part(made.scope), in_class);
-  made.first_line = support::first_line(node);
-  made.last_line = support::last_line(node);
-  made.name_line = support::first_line(declarator.name);
+  made.first_line = kit::first_line(node);
+  made.last_line = kit::last_line(node);
+  made.name_line = kit::first_line(declarator.name);
   made.signature = header_text(syntax, node, text);
   made.type = type_text(syntax, child(node, syntax.field.type), text);
   if (made.type == "auto") {
-    for (const TSNode below : support::named_children(declarator.function)) {
+    for (const TSNode below : kit::named_children(declarator.function)) {
       if (syntax.kind(below) == Node::TRAILING_RETURN) made.type = type_text(syntax, below, text);
     }
   }
@@ -156,7 +156,7 @@ Definition class_definition(const Syntax& syntax, TSNode node, std::string_view 
                                      name.name, node, name.name_node, text);
   made.scope = name.scope;
   made.signature = header_text(syntax, node, text);
-  for (const TSNode below : support::named_children(node)) {
+  for (const TSNode below : kit::named_children(node)) {
     if (syntax.kind(below) == Node::BASE_CLAUSE) made.bases = base_names(syntax, below, text);
   }
   return made;
@@ -167,19 +167,19 @@ Definition plain_definition(Kind kind, std::string name, TSNode node, TSNode nam
   Definition made;
   made.name = std::move(name);
   made.kind = kind;
-  made.first_line = support::first_line(node);
-  made.last_line = support::last_line(node);
-  made.name_line = is_null(name_node) ? made.first_line : support::first_line(name_node);
+  made.first_line = kit::first_line(node);
+  made.last_line = kit::last_line(node);
+  made.name_line = is_null(name_node) ? made.first_line : kit::first_line(name_node);
   std::string_view written = text_of(node, text);
   if (written.ends_with(';')) written.remove_suffix(1);
-  made.signature = support::one_line(written);
+  made.signature = kit::one_line(written);
   return made;
 }
 
 std::vector<Binding> parameter_bindings(const Syntax& syntax, TSNode parameters,
                                         std::string_view text, DefinitionIndex scope) {
   std::vector<Binding> bindings;
-  for (const TSNode node : support::named_children(parameters)) {
+  for (const TSNode node : kit::named_children(parameters)) {
     const Node kind = syntax.kind(node);
     if (kind == Node::COMMENT) continue;
     const bool is_name = kind == Node::IDENTIFIER;
@@ -188,13 +188,13 @@ std::vector<Binding> parameter_bindings(const Syntax& syntax, TSNode parameters,
                                       : declarator_of(syntax, child(node, syntax.field.declarator));
     if (is_null(declarator.name)) continue;
     Binding made;
-    made.name = support::one_line(text_of(declarator.name, text), support::LONGEST_EXPRESSION);
+    made.name = kit::one_line(text_of(declarator.name, text), kit::LONGEST_EXPRESSION);
     made.kind = Binding::Kind::PARAMETER;
     made.scope = scope;
     if (!is_name && is_null(declarator.function)) {
       made.type = type_text(syntax, child(node, syntax.field.type), text);
     }
-    made.line = support::first_line(declarator.name);
+    made.line = kit::first_line(declarator.name);
     bindings.push_back(std::move(made));
   }
   return bindings;
@@ -208,7 +208,7 @@ bool is_macro_definition(const Syntax& syntax, TSNode node, const Declarator& de
   if (std::any_of(name.begin(), name.end(), [](char c) { return c >= 'a' && c <= 'z'; })) {
     return false;
   }
-  const std::vector<TSNode> parameters = support::named_children(declarator.parameters);
+  const std::vector<TSNode> parameters = kit::named_children(declarator.parameters);
   return !parameters.empty() &&
          std::all_of(parameters.begin(), parameters.end(), [&](TSNode parameter) {
            return is_null(child(parameter, syntax.field.declarator));
@@ -217,7 +217,7 @@ bool is_macro_definition(const Syntax& syntax, TSNode node, const Declarator& de
 
 std::vector<std::string> base_names(const Syntax& syntax, TSNode clause, std::string_view text) {
   std::vector<std::string> names;
-  for (const TSNode node : support::named_children(clause)) {
+  for (const TSNode node : kit::named_children(clause)) {
     const Node kind = syntax.kind(node);
     if (kind != Node::TYPE_IDENTIFIER && kind != Node::TEMPLATE_TYPE && kind != Node::QUALIFIED) {
       continue;

@@ -5,14 +5,14 @@
 #include <vector>
 
 #include "indexer/languages/c_family/extractor.h"
-#include "indexer/languages/support/text.h"
+#include "indexer/languages/kit/text.h"
 
 namespace context_delta::indexer::c_family {
 
-using support::child;
-using support::first_line;
-using support::is_null;
-using support::text_of;
+using kit::child;
+using kit::first_line;
+using kit::is_null;
+using kit::text_of;
 
 bool Extractor::enter(TSNode node, std::uint32_t depth) {
   const Node kind = syntax_.kind(node);
@@ -66,7 +66,7 @@ bool Extractor::enter(TSNode node, std::uint32_t depth) {
 bool Extractor::enter_definition(TSNode node, Node kind, std::uint32_t depth) {
   switch (kind) {
     case Node::TEMPLATE: {
-      support::Frame& frame = builder_.open(depth);
+      kit::Frame& frame = builder_.open(depth);
       if (frame.start == 0) frame.start = first_line(node);
       frame.traits |= GENERIC;
       return true;
@@ -99,8 +99,7 @@ bool Extractor::enter_definition(TSNode node, Node kind, std::uint32_t depth) {
         const TSNode parameters = child(node, syntax_.field.parameters);
         const bool open =
             text_of(parameters, builder_.text()).find("...") != std::string_view::npos;
-        const std::int16_t count =
-            support::argument_count(support::named_children(parameters).size());
+        const std::int16_t count = kit::argument_count(kit::named_children(parameters).size());
         made.least_arguments = count;
         made.most_arguments = open ? ANY_NUMBER : count;
       }
@@ -183,17 +182,17 @@ void Extractor::enter_initializer(TSNode node) {
 }
 
 void Extractor::enter_using(TSNode node) {
-  std::string_view written = support::trimmed(text_of(node, builder_.text()));
-  while (written.ends_with(';')) written = support::trimmed(written.substr(0, written.size() - 1));
+  std::string_view written = kit::trimmed(text_of(node, builder_.text()));
+  while (written.ends_with(';')) written = kit::trimmed(written.substr(0, written.size() - 1));
   Import made;
   made.scope = builder_.frame().definition;
   made.line = first_line(node);
   made.traits = builder_.frame().traits & (CONDITIONAL | BROKEN);
   const TSNode last = ts_node_named_child(node, ts_node_named_child_count(node) - 1);
-  const std::string target = support::one_line(text_of(last, builder_.text()));
+  const std::string target = kit::one_line(text_of(last, builder_.text()));
   if (syntax_.kind(node) == Node::NAMESPACE_ALIAS) {
     made.module = target;
-    made.alias = support::one_line(text_of(child(node, syntax_.field.name), builder_.text()));
+    made.alias = kit::one_line(text_of(child(node, syntax_.field.name), builder_.text()));
   } else if (has_keyword(node, last, builder_.text(), "namespace")) {
     made.module = target;
     made.name = "*";
@@ -209,7 +208,7 @@ void Extractor::enter_using(TSNode node) {
 
 void Extractor::enter_include(TSNode node) {
   Import made;
-  made.module = support::one_line(text_of(child(node, syntax_.field.path), builder_.text()));
+  made.module = kit::one_line(text_of(child(node, syntax_.field.path), builder_.text()));
   made.line = first_line(node);
   made.traits = builder_.frame().traits & (CONDITIONAL | BROKEN);
   builder_.facts().imports.push_back(std::move(made));
@@ -224,11 +223,11 @@ void Extractor::bind_local(TSNode part, std::string type, std::string value) {
   const Declarator declarator = declarator_of(syntax_, part);
   if (is_null(declarator.name)) return;
   if (syntax_.kind(declarator.name) == Node::STRUCTURED_BINDING) {
-    for (const TSNode name : support::named_children(declarator.name)) bind_local(name, {}, "?");
+    for (const TSNode name : kit::named_children(declarator.name)) bind_local(name, {}, "?");
     return;
   }
   Binding binding;
-  binding.name = support::one_line(text_of(declarator.name, builder_.text()));
+  binding.name = kit::one_line(text_of(declarator.name, builder_.text()));
   binding.scope = builder_.frame().definition;
   binding.type = std::move(type);
   binding.value = std::move(value);
@@ -246,7 +245,7 @@ void Extractor::bind_parameters(TSNode parameters) {
 
 Facts extract(const Syntax& syntax, TSNode root, std::string_view text) {
   Extractor extractor(syntax, text);
-  support::walk(root, extractor);
+  kit::walk(root, extractor);
   return extractor.finish();
 }
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "indexer/facts.h"
 #include "indexer/languages/c_family/syntax.h"
+#include "indexer/model/facts.h"
 
 /// Facts of C and C++ texts: one extractor, as the grammars agree where they overlap.
 namespace context_delta::indexer::c_family {

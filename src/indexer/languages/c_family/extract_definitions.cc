@@ -4,19 +4,19 @@
 
 #include "indexer/languages/c_family/extractor.h"
 #include "indexer/languages/c_family/tokens.h"
-#include "indexer/languages/support/text.h"
+#include "indexer/languages/kit/text.h"
 
 namespace context_delta::indexer::c_family {
 
-using support::child;
-using support::first_line;
-using support::is_null;
-using support::text_of;
+using kit::child;
+using kit::first_line;
+using kit::is_null;
+using kit::text_of;
 
 /// A header's include guard, and what else encloses nearly all of a file, decides nothing.
 void Extractor::enter_conditional(TSNode node, std::uint32_t depth) {
   if (depth == 1 && text_of(node, builder_.text()).starts_with("#ifndef")) {
-    const std::vector<TSNode> below = support::named_children(node);
+    const std::vector<TSNode> below = kit::named_children(node);
     std::size_t second = 1;
     while (second < below.size() && syntax_.kind(below[second]) == Node::COMMENT) ++second;
     const bool guard = second < below.size() && syntax_.kind(below[second]) == Node::MACRO &&
@@ -36,7 +36,7 @@ bool Extractor::enter_function(TSNode node, std::uint32_t depth) {
     enter_macro_definition(node, declarator, depth);
     return true;
   }
-  const bool in_class = support::is_class_kind(builder_.scope_kind());
+  const bool in_class = kit::is_class_kind(builder_.scope_kind());
   Definition made = function_definition(syntax_, node, declarator, builder_.text(), in_class);
   if (made.name.empty() || is_keyword(made.name)) return true;
   if (in_class && made.name == builder_.definition(builder_.frame().definition).name) {
@@ -44,7 +44,7 @@ bool Extractor::enter_function(TSNode node, std::uint32_t depth) {
   }
   const bool whole = !is_null(child(node, syntax_.field.type)) || made.kind != Kind::FUNCTION;
   const DefinitionIndex index = builder_.define(std::move(made));
-  support::Frame& frame = builder_.open(depth);
+  kit::Frame& frame = builder_.open(depth);
   frame.definition = index;
   frame.traits &= static_cast<std::uint16_t>(~(CONDITIONAL | GENERIC | LOCAL_LINKAGE));
   frame.state = 0;
@@ -73,7 +73,7 @@ bool Extractor::enter_unparsed_class(TSNode node, std::uint32_t depth) {
       plain_definition(kind == Node::CLASS ? Kind::CLASS : Kind::STRUCT,
                        std::string(text_of(name, builder_.text())), node, name, builder_.text()));
   builder_.definition(index).signature = "class " + builder_.definition(index).name;
-  support::Frame& frame = builder_.open(depth);
+  kit::Frame& frame = builder_.open(depth);
   frame.definition = index;
   frame.start = 0;
   return true;
@@ -82,16 +82,16 @@ bool Extractor::enter_unparsed_class(TSNode node, std::uint32_t depth) {
 void Extractor::enter_macro_definition(TSNode node, const Declarator& declarator,
                                        std::uint32_t depth) {
   std::string name;
-  for (const TSNode parameter : support::named_children(declarator.parameters)) {
+  for (const TSNode parameter : kit::named_children(declarator.parameters)) {
     if (!name.empty()) name += '.';
-    name += support::one_line(text_of(parameter, builder_.text()), 80);
+    name += kit::one_line(text_of(parameter, builder_.text()), 80);
   }
   Definition made = function_definition(syntax_, node, declarator, builder_.text(), false);
   made.name = std::move(name);
   made.kind = Kind::FUNCTION;
   made.traits |= FROM_MACRO;
   const DefinitionIndex index = builder_.define(std::move(made));
-  support::Frame& frame = builder_.open(depth);
+  kit::Frame& frame = builder_.open(depth);
   frame.definition = index;
   frame.start = 0;
 }
@@ -101,16 +101,16 @@ bool Extractor::enter_class(TSNode node, std::uint32_t depth) {
   if (is_null(body)) return true;
   Definition made = class_definition(syntax_, node, builder_.text());
   if (made.name.empty()) {
-    if (!support::is_class_kind(builder_.scope_kind())) {
+    if (!kit::is_class_kind(builder_.scope_kind())) {
       builder_.open(depth).state |= IN_UNNAMED_TYPE;
     }
     return true;
   }
-  for (const TSNode below : support::named_children(node)) {
+  for (const TSNode below : kit::named_children(node)) {
     if (syntax_.kind(below) == Node::BASE_CLAUSE) refer_to_bases(below);
   }
   const DefinitionIndex index = builder_.define(std::move(made));
-  support::Frame& frame = builder_.open(depth);
+  kit::Frame& frame = builder_.open(depth);
   frame.definition = index;
   frame.traits &= static_cast<std::uint16_t>(~(CONDITIONAL | GENERIC));
   frame.start = 0;
@@ -133,12 +133,12 @@ bool Extractor::enter_namespace(TSNode node, std::uint32_t depth) {
     builder_.open(depth).traits |= LOCAL_LINKAGE;
     return true;
   }
-  std::string written = support::one_line(text_of(name, builder_.text()));
+  std::string written = kit::one_line(text_of(name, builder_.text()));
   Definition made = plain_definition(Kind::NAMESPACE, written, node, name, builder_.text());
   const std::size_t colons = written.rfind("::");
   if (colons != std::string::npos) {
-    made.scope = std::string(support::trimmed(written.substr(0, colons)));
-    made.name = std::string(support::trimmed(written.substr(colons + 2)));
+    made.scope = std::string(kit::trimmed(written.substr(0, colons)));
+    made.name = std::string(kit::trimmed(written.substr(colons + 2)));
   }
   made.signature = "namespace " + written;
   const DefinitionIndex index = builder_.define(std::move(made));
@@ -150,7 +150,7 @@ bool Extractor::enter_declaration(TSNode node) {
   if ((builder_.frame().state & IN_UNNAMED_TYPE) != 0) return true;
   const TSNode type_node = child(node, syntax_.field.type);
   const std::string type = type_text(syntax_, type_node, builder_.text());
-  for (const TSNode part : support::children(node, syntax_.field.declarator)) {
+  for (const TSNode part : kit::children(node, syntax_.field.declarator)) {
     declare(node, part, type);
   }
   return true;
@@ -162,8 +162,8 @@ void Extractor::declare(TSNode node, TSNode part, const std::string& type) {
   if (is_null(declarator.value)) declarator.value = child(node, syntax_.field.value);
   const bool is_function = !is_null(declarator.parameters);
   if (is_function && !is_variable_with_arguments(declarator, type)) {
-    if (builder_.in_function() && !support::is_class_kind(builder_.scope_kind())) return;
-    const bool in_class = support::is_class_kind(builder_.scope_kind());
+    if (builder_.in_function() && !kit::is_class_kind(builder_.scope_kind())) return;
+    const bool in_class = kit::is_class_kind(builder_.scope_kind());
     Definition made = function_definition(syntax_, node, declarator, builder_.text(), in_class);
     if (made.name.empty()) return;
     if (in_class && made.name == builder_.definition(builder_.frame().definition).name) {
@@ -186,8 +186,8 @@ void Extractor::declare(TSNode node, TSNode part, const std::string& type) {
 /// `Type name(argument);` in a function reads like a prototype; C has no such variables.
 bool Extractor::is_variable_with_arguments(const Declarator& declarator, const std::string& type) {
   if (!syntax_.is_cpp || !builder_.in_function() || type.empty()) return false;
-  if (support::is_class_kind(builder_.scope_kind())) return false;
-  const std::vector<TSNode> parameters = support::named_children(declarator.parameters);
+  if (kit::is_class_kind(builder_.scope_kind())) return false;
+  const std::vector<TSNode> parameters = kit::named_children(declarator.parameters);
   if (parameters.empty()) return false;
   for (const TSNode parameter : parameters) {
     if (!is_null(child(parameter, syntax_.field.declarator))) return false;
@@ -200,7 +200,7 @@ void Extractor::declare_variable(TSNode node, const Declarator& declarator,
                                  const std::string& type) {
   const Kind scope = builder_.scope_kind();
   if (syntax_.kind(declarator.name) == Node::STRUCTURED_BINDING) {
-    for (const TSNode name : support::named_children(declarator.name)) bind_local(name, {}, "?");
+    for (const TSNode name : kit::named_children(declarator.name)) bind_local(name, {}, "?");
     return;
   }
   const QualifiedName name = qualified_name(syntax_, declarator.name, builder_.text());
@@ -208,9 +208,9 @@ void Extractor::declare_variable(TSNode node, const Declarator& declarator,
   Binding binding;
   binding.name = name.name;
   binding.scope = builder_.frame().definition;
-  binding.kind = support::is_class_kind(scope)      ? Binding::Kind::MEMBER
-                 : support::is_function_kind(scope) ? Binding::Kind::LOCAL
-                                                    : Binding::Kind::GLOBAL;
+  binding.kind = kit::is_class_kind(scope)      ? Binding::Kind::MEMBER
+                 : kit::is_function_kind(scope) ? Binding::Kind::LOCAL
+                                                : Binding::Kind::GLOBAL;
   if (is_null(declarator.function)) binding.type = type;
   if (!is_null(declarator.value)) {
     binding.value = expression_text(syntax_, declarator.value, builder_.text());
@@ -236,10 +236,10 @@ bool Extractor::enter_type_definition(TSNode node, std::uint32_t depth) {
   const bool unnamed =
       !is_null(child(type, syntax_.field.body)) && is_null(child(type, syntax_.field.name));
   bool first = true;
-  for (const TSNode part : support::children(node, syntax_.field.declarator)) {
+  for (const TSNode part : kit::children(node, syntax_.field.declarator)) {
     const Declarator declarator = declarator_of(syntax_, part);
     if (is_null(declarator.name)) continue;
-    std::string name = support::one_line(text_of(declarator.name, builder_.text()));
+    std::string name = kit::one_line(text_of(declarator.name, builder_.text()));
     Definition made = plain_definition(Kind::TYPE, name, node, declarator.name, builder_.text());
     made.type = type_text(syntax_, type, builder_.text());
     if (first && unnamed) {

@@ -4,7 +4,7 @@
 #include <string_view>
 
 #include "indexer/languages/c_family/declarations.h"
-#include "indexer/languages/support/facts_builder.h"
+#include "indexer/languages/kit/facts_builder.h"
 
 namespace context_delta::indexer::c_family {
 
@@ -49,7 +49,7 @@ class Extractor {
   }
 
   const Syntax& syntax_;
-  support::FactsBuilder builder_;
+  kit::FactsBuilder builder_;
 };
 
 }  // namespace context_delta::indexer::c_family

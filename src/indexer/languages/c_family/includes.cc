@@ -2,15 +2,15 @@
 
 #include <string>
 
-#include "indexer/languages/support/text.h"
+#include "indexer/languages/kit/text.h"
 
 namespace context_delta::indexer::c_family {
 namespace {
 
 /// `folder/path` with its "." and ".." parts worked out; empty when they lead above the top.
 std::string joined(std::string_view folder, std::string_view path) {
-  std::vector<std::string_view> parts = support::split(folder, '/');
-  for (const std::string_view part : support::split(path, '/')) {
+  std::vector<std::string_view> parts = kit::split(folder, '/');
+  for (const std::string_view part : kit::split(path, '/')) {
     if (part.empty() || part == ".") continue;
     if (part != "..") {
       parts.push_back(part);
@@ -30,7 +30,7 @@ std::string joined(std::string_view folder, std::string_view path) {
 
 const File* by_suffix(std::string_view path, World& world) {
   const File* found = nullptr;
-  for (const File* file : world.files_named(support::base_name(path))) {
+  for (const File* file : world.files_named(kit::base_name(path))) {
     const std::string_view whole = file->path;
     const bool ends = whole == path || (whole.size() > path.size() && whole.ends_with(path) &&
                                         whole[whole.size() - path.size() - 1] == '/');
@@ -48,14 +48,14 @@ const File* included_file(const File& includer, std::string_view written, World&
   const bool quoted = written.front() == '"';
   const std::string_view path = written.substr(1, written.size() - 2);
   if (quoted) {
-    const std::string near = joined(support::folder_of(includer.path), path);
+    const std::string near = joined(kit::folder_of(includer.path), path);
     const File* found = near.empty() ? nullptr : world.file(near);
     if (found != nullptr) return found;
   } else if (path.find('/') == std::string_view::npos) {
     return nullptr;
   }
   const std::string plain = joined("", path);
-  if (plain.empty()) return by_suffix(support::base_name(path), world);
+  if (plain.empty()) return by_suffix(kit::base_name(path), world);
   return by_suffix(plain, world);
 }
 

@@ -4,7 +4,7 @@
 #include <unordered_set>
 #include <vector>
 
-#include "indexer/world.h"
+#include "indexer/world/world.h"
 
 /// What a file of C or C++ sees through its #include lines.
 namespace context_delta::indexer::c_family {

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "indexer/languages/support/guesses.h"
+#include "indexer/languages/kit/guesses.h"
 
 namespace context_delta::indexer::c_family {
 namespace {
@@ -52,7 +52,7 @@ Linked Linkage::find_any(const std::vector<Candidate>& candidates, std::int16_t 
   const Candidate* visible = nullptr;
   for (const Candidate& candidate : candidates) {
     if (candidate.kind != Kind::MACRO) continue;
-    if (!support::accepts_arguments(candidate, arguments)) continue;
+    if (!kit::accepts_arguments(candidate, arguments)) continue;
     macros.push_back(candidate);
     if (seen_.contains(*candidate.file)) visible = &candidate;
   }
@@ -92,7 +92,7 @@ Linked Linkage::find_definition(const std::vector<Candidate>& candidates, std::i
     return doubtful(std::move(fitting), "the repository defines the function more than once");
   }
   const Candidate& only = *chosen.front();
-  if (!support::accepts_arguments(only, arguments)) {
+  if (!kit::accepts_arguments(only, arguments)) {
     return doubtful(std::move(fitting), "the number of arguments does not fit");
   }
   if ((only.traits & (BROKEN | FROM_MACRO)) != 0) {

@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "indexer/languages/c_family/includes.h"
-#include "indexer/world.h"
+#include "indexer/world/world.h"
 
 /// Which definition a plain function name is linked to.
 namespace context_delta::indexer::c_family {

@@ -8,7 +8,7 @@
 
 #include "indexer/languages/c_family/brackets.h"
 #include "indexer/languages/c_family/tokens.h"
-#include "indexer/languages/support/text.h"
+#include "indexer/languages/kit/text.h"
 
 namespace context_delta::indexer::c_family {
 namespace {
@@ -81,9 +81,9 @@ class Conditionals {
 
 std::string_view Conditionals::directive_name(const Token& token) const {
   std::string_view written = text_.substr(token.start + 1, token.end - token.start - 1);
-  written = support::trimmed(written);
+  written = kit::trimmed(written);
   std::size_t size = 0;
-  while (size < written.size() && support::is_identifier_byte(written[size])) ++size;
+  while (size < written.size() && kit::is_identifier_byte(written[size])) ++size;
   return written.substr(0, size);
 }
 
@@ -191,7 +191,7 @@ void Conditionals::blank_comments(const Token& directive) {
 /// The macro that a plain #if, #ifdef or #ifndef asks for; empty for other conditions.
 Conditionals::Condition Conditionals::condition_of(const Token& directive) const {
   std::string_view written = text_.substr(directive.start + 1, directive.end - directive.start - 1);
-  written = support::trimmed(written);
+  written = kit::trimmed(written);
   Condition made;
   made.positive = !written.starts_with("ifndef");
   const std::size_t name_size = directive_name(directive).size();
@@ -239,7 +239,7 @@ std::unordered_set<std::string_view> idle_macros(std::string_view text,
   for (const Token& token : tokens) {
     if (token.kind != Token::Kind::DIRECTIVE) continue;
     std::string_view written = text.substr(token.start + 1, token.end - token.start - 1);
-    written = support::trimmed(written);
+    written = kit::trimmed(written);
     if (!written.starts_with("define")) continue;
     const std::string_view definition = written.substr(6);
     const std::vector<Token> parts = tokens_of(definition);

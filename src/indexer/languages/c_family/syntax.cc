@@ -3,15 +3,15 @@
 #include <array>
 #include <utility>
 
-#include "indexer/languages/support/facts_builder.h"
-#include "indexer/languages/support/text.h"
+#include "indexer/languages/kit/facts_builder.h"
+#include "indexer/languages/kit/text.h"
 
 namespace context_delta::indexer::c_family {
 namespace {
 
-using support::child;
-using support::is_null;
-using support::text_of;
+using kit::child;
+using kit::is_null;
+using kit::text_of;
 using NamedKind = std::pair<std::string_view, Node>;
 
 constexpr auto NAMES = std::to_array<NamedKind>({
@@ -106,7 +106,7 @@ std::string plain_name(const Syntax& syntax, TSNode node, std::string_view text)
   const bool is_template = kind == Node::TEMPLATE_TYPE || kind == Node::TEMPLATE_FUNCTION ||
                            kind == Node::TEMPLATE_METHOD;
   const TSNode name = is_template ? child(node, syntax.field.name) : node;
-  return support::one_line(text_of(name, text), support::LONGEST_EXPRESSION);
+  return kit::one_line(text_of(name, text), kit::LONGEST_EXPRESSION);
 }
 
 /// The type inside `static_cast<Type*>`, without pointers; empty for other template functions.
@@ -123,7 +123,7 @@ std::string cast_type(const Syntax& syntax, TSNode function, std::string_view te
 TSNode first_declarator(const Syntax& syntax, TSNode node) {
   const TSNode named = child(node, syntax.field.declarator);
   if (!is_null(named)) return named;
-  for (const TSNode below : support::named_children(node)) {
+  for (const TSNode below : kit::named_children(node)) {
     switch (syntax.kind(below)) {
       case Node::ARRAY_DECLARATOR:
       case Node::ATTRIBUTED_DECLARATOR:
@@ -149,10 +149,10 @@ TSNode first_declarator(const Syntax& syntax, TSNode node) {
 }  // namespace
 
 Syntax make_syntax(const TSLanguage* language, bool is_cpp) {
-  const auto field = [&](std::string_view name) { return support::field_id(language, name); };
+  const auto field = [&](std::string_view name) { return kit::field_id(language, name); };
   return {.language = language,
           .is_cpp = is_cpp,
-          .kind = support::NodeKinds<Node>(language, NAMES),
+          .kind = kit::NodeKinds<Node>(language, NAMES),
           .field = {.argument = field("argument"),
                     .arguments = field("arguments"),
                     .body = field("body"),
@@ -209,13 +209,13 @@ std::string type_text(const Syntax& syntax, TSNode type, std::string_view text) 
       break;
     }
   }
-  return support::one_line(text_of(type, text), support::LONGEST_EXPRESSION);
+  return kit::one_line(text_of(type, text), kit::LONGEST_EXPRESSION);
 }
 
 std::string expression_text(const Syntax& syntax, TSNode node, std::string_view text) {
   const Fields& field = syntax.field;
   std::string suffix;
-  for (int step = 0; step < DEEPEST && suffix.size() < support::LONGEST_EXPRESSION; ++step) {
+  for (int step = 0; step < DEEPEST && suffix.size() < kit::LONGEST_EXPRESSION; ++step) {
     switch (syntax.kind(node)) {
       case Node::IDENTIFIER:
       case Node::FIELD_IDENTIFIER:
@@ -225,7 +225,7 @@ std::string expression_text(const Syntax& syntax, TSNode node, std::string_view 
       case Node::TEMPLATE_TYPE:
       case Node::QUALIFIED:
       case Node::THIS:
-        return support::one_line(text_of(node, text), support::LONGEST_EXPRESSION) + suffix;
+        return kit::one_line(text_of(node, text), kit::LONGEST_EXPRESSION) + suffix;
       case Node::FIELD_EXPRESSION:
         suffix = "." + qualified_name(syntax, child(node, field.field), text).name + suffix;
         node = child(node, field.argument);
@@ -316,15 +316,15 @@ std::int16_t call_arguments(const Syntax& syntax, TSNode arguments, std::string_
   const std::string_view written = text_of(arguments, text);
   if (written.find('/') == std::string_view::npos &&
       written.find("...") == std::string_view::npos) {
-    return support::argument_count(ts_node_named_child_count(arguments));
+    return kit::argument_count(ts_node_named_child_count(arguments));
   }
   std::size_t count = 0;
-  for (const TSNode node : support::named_children(arguments)) {
+  for (const TSNode node : kit::named_children(arguments)) {
     const Node kind = syntax.kind(node);
     if (kind == Node::PACK_EXPANSION) return ANY_NUMBER;
     if (kind != Node::COMMENT) ++count;
   }
-  return support::argument_count(count);
+  return kit::argument_count(count);
 }
 
 }  // namespace context_delta::indexer::c_family

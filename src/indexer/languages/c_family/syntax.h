@@ -5,7 +5,7 @@
 #include <string_view>
 #include <vector>
 
-#include "indexer/languages/support/nodes.h"
+#include "indexer/languages/kit/nodes.h"
 
 /// The nodes that the grammars of C and C++ share, for one extractor of both.
 namespace context_delta::indexer::c_family {
@@ -98,7 +98,7 @@ struct Fields {
 struct Syntax {
   const TSLanguage* language;
   bool is_cpp;
-  support::NodeKinds<Node> kind;
+  kit::NodeKinds<Node> kind;
   Fields field;
 };
 

@@ -5,12 +5,12 @@
 #include <cctype>
 #include <string>
 
-#include "indexer/languages/support/text.h"
+#include "indexer/languages/kit/text.h"
 
 namespace context_delta::indexer::c_family {
 namespace {
 
-using support::is_identifier_byte;
+using kit::is_identifier_byte;
 
 class Lexer {
  public:

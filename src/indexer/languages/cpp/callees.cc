@@ -1,14 +1,14 @@
 #include <algorithm>
 
 #include "indexer/languages/cpp/lookup.h"
-#include "indexer/languages/support/facts_builder.h"
-#include "indexer/languages/support/guesses.h"
+#include "indexer/languages/kit/facts_builder.h"
+#include "indexer/languages/kit/guesses.h"
 
 namespace context_delta::indexer::cpp {
 namespace {
 
 bool is_function(const Candidate& candidate) {
-  return c_family::is_family(candidate.file->language) && support::is_function_kind(candidate.kind);
+  return c_family::is_family(candidate.file->language) && kit::is_function_kind(candidate.kind);
 }
 
 bool is_declaration(const Candidate& candidate) { return (candidate.traits & DECLARATION) != 0; }
@@ -38,7 +38,7 @@ Callees Lookup::chosen(const std::vector<Candidate>& overloads, std::int16_t arg
   for (const Candidate& each : overloads) {
     const bool seen =
         is_visible(*each.file) || (declared_in != nullptr && each.file == declared_in);
-    if (!seen || !support::accepts_arguments(each, arguments)) continue;
+    if (!seen || !kit::accepts_arguments(each, arguments)) continue;
     fitting.push_back(each);
     if (std::find(shapes.begin(), shapes.end(), each.most_arguments) == shapes.end()) {
       shapes.push_back(each.most_arguments);
@@ -123,8 +123,8 @@ Callees Lookup::method(const Class& owner, std::string_view name, std::int16_t a
 
 bool Lookup::is_virtual(const Class& owner, std::string_view name) {
   for (const Class& each : bases(owner).classes) {
-    for (const support::Binder& binder : outline(*each.file).find(each.definition, name)) {
-      if (binder.kind != support::Binder::Kind::DEFINITION) continue;
+    for (const kit::Binder& binder : outline(*each.file).find(each.definition, name)) {
+      if (binder.kind != kit::Binder::Kind::DEFINITION) continue;
       if ((outline(*each.file).definition(binder.index).traits & VIRTUAL) != 0) return true;
     }
   }
@@ -137,9 +137,9 @@ std::vector<Candidate> Lookup::overriders(const Class& owner, std::string_view n
   for (const Candidate& candidate : world_.definitions(name)) {
     if (!is_function(candidate) || candidate.container.empty()) continue;
     if (candidate.container == owner.name) continue;
-    const support::Outline& there = outline(*candidate.file);
+    const kit::Outline& there = outline(*candidate.file);
     const DefinitionIndex parent = there.definition(candidate.definition).parent;
-    if (parent == NOWHERE || !support::is_class_kind(there.definition(parent).kind)) continue;
+    if (parent == NOWHERE || !kit::is_class_kind(there.definition(parent).kind)) continue;
     const Bases& line =
         bases({.file = candidate.file, .definition = parent, .name = candidate.container});
     const bool below = std::any_of(line.classes.begin() + 1, line.classes.end(),

@@ -4,7 +4,7 @@
 
 #include "indexer/languages/c_family/extract.h"
 #include "indexer/languages/c_family/prepare.h"
-#include "indexer/languages/support/text.h"
+#include "indexer/languages/kit/text.h"
 
 namespace context_delta::indexer::cpp {
 namespace {
@@ -19,7 +19,7 @@ const c_family::Syntax& syntax() {
 
 /// Words that no C header has, at the start of a line or behind a colon.
 bool is_cpp_line(std::string_view line) {
-  line = support::trimmed(line);
+  line = kit::trimmed(line);
   for (const std::string_view word : {"class ", "namespace ", "template <", "template<", "using ",
                                       "public:", "private:", "protected:", "friend ", "constexpr ",
                                       "explicit ", "virtual ", "inline constexpr"}) {
@@ -34,8 +34,8 @@ bool is_cpp_text(std::string_view text) {
   bool in_comment = false;
   int cpp_only = 0;  // depth inside #ifdef __cplusplus
   int depth = 0;
-  for (const std::string_view line : support::split(text, '\n')) {
-    const std::string_view written = support::trimmed(line);
+  for (const std::string_view line : kit::split(text, '\n')) {
+    const std::string_view written = kit::trimmed(line);
     if (in_comment || written.starts_with("/*")) {
       in_comment = written.find("*/") == std::string_view::npos;
       continue;

@@ -2,14 +2,14 @@
 #include <array>
 
 #include "indexer/languages/cpp/lookup.h"
-#include "indexer/languages/support/facts_builder.h"
-#include "indexer/languages/support/text.h"
+#include "indexer/languages/kit/facts_builder.h"
+#include "indexer/languages/kit/text.h"
 
 namespace context_delta::indexer::cpp {
 namespace {
 
-using support::Binder;
-using support::definition_at;
+using kit::Binder;
+using kit::definition_at;
 
 constexpr int DEEPEST = 12;
 
@@ -39,7 +39,7 @@ std::size_t name_length(std::string_view text) {
     const bool inside = angles > 0;
     if (byte == '>' && angles > 0) --angles;
     const bool part =
-        support::is_identifier_byte(byte) || byte == '~' ||
+        kit::is_identifier_byte(byte) || byte == '~' ||
         (byte == ':' && (text.substr(at, 2) == "::" || (at > 0 && text[at - 1] == ':')));
     if (!inside && !part) break;
     ++at;
@@ -59,23 +59,23 @@ std::vector<std::string_view> template_arguments(std::string_view written) {
     if (inner[i] == '<' || inner[i] == '(') ++depth;
     if (inner[i] == '>' || inner[i] == ')') --depth;
     if (inner[i] != ',' || depth != 0) continue;
-    parts.push_back(support::trimmed(inner.substr(start, i - start)));
+    parts.push_back(kit::trimmed(inner.substr(start, i - start)));
     start = i + 1;
   }
-  parts.push_back(support::trimmed(inner.substr(start)));
+  parts.push_back(kit::trimmed(inner.substr(start)));
   return parts;
 }
 
 /// `const Foo*` and `Foo&` as `Foo`.
 std::string_view without_qualifiers(std::string_view type) {
-  type = support::trimmed(type);
+  type = kit::trimmed(type);
   while (type.ends_with('*') || type.ends_with('&')) {
-    type = support::trimmed(type.substr(0, type.size() - 1));
+    type = kit::trimmed(type.substr(0, type.size() - 1));
   }
   for (const std::string_view word : {"const ", "struct ", "class ", "typename "}) {
-    if (type.starts_with(word)) type = support::trimmed(type.substr(word.size()));
+    if (type.starts_with(word)) type = kit::trimmed(type.substr(word.size()));
   }
-  if (type.ends_with(" const")) type = support::trimmed(type.substr(0, type.size() - 6));
+  if (type.ends_with(" const")) type = kit::trimmed(type.substr(0, type.size() - 6));
   return type;
 }
 
@@ -180,7 +180,7 @@ Type Lookup::variable_type(const Context& context, std::string_view name, int de
   if (depth > DEEPEST) return {};
   for (DefinitionIndex at = context.definition; at != NOWHERE;
        at = definition_at(facts_, at).parent) {
-    if (!support::is_function_kind(definition_at(facts_, at).kind)) continue;
+    if (!kit::is_function_kind(definition_at(facts_, at).kind)) continue;
     Type common;
     bool found = false;
     for (const Binder& binder : scopes_.find(at, name)) {

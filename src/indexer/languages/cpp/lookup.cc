@@ -2,15 +2,15 @@
 
 #include <algorithm>
 
-#include "indexer/languages/support/facts_builder.h"
-#include "indexer/languages/support/guesses.h"
-#include "indexer/languages/support/text.h"
+#include "indexer/languages/kit/facts_builder.h"
+#include "indexer/languages/kit/guesses.h"
+#include "indexer/languages/kit/text.h"
 
 namespace context_delta::indexer::cpp {
 namespace {
 
-using support::Binder;
-using support::definition_at;
+using kit::Binder;
+using kit::definition_at;
 
 constexpr int DEEPEST = 12;
 
@@ -22,7 +22,7 @@ std::string joined(std::string_view scope, std::string_view name) {
 
 bool is_type(const Candidate& candidate) {
   return c_family::is_family(candidate.file->language) &&
-         (support::is_class_kind(candidate.kind) || candidate.kind == Kind::TYPE);
+         (kit::is_class_kind(candidate.kind) || candidate.kind == Kind::TYPE);
 }
 
 }  // namespace
@@ -45,13 +45,13 @@ std::string dotted(std::string_view qualified) {
 
 Lookup::Lookup(const File& file, const Facts& facts, World& world)
     : file_(file), facts_(facts), world_(world), scopes_(facts), linkage_(file, world) {
-  outlines_.emplace(file.id, support::Outline(facts_, scopes_));
+  outlines_.emplace(file.id, kit::Outline(facts_, scopes_));
 }
 
-const support::Outline& Lookup::outline(const File& file) {
+const kit::Outline& Lookup::outline(const File& file) {
   const auto place = outlines_.find(file.id);
   if (place != outlines_.end()) return place->second;
-  return outlines_.emplace(file.id, support::Outline(file, world_)).first->second;
+  return outlines_.emplace(file.id, kit::Outline(file, world_)).first->second;
 }
 
 Context Lookup::context_of(DefinitionIndex definition) const {
@@ -130,7 +130,7 @@ Type Lookup::indirect_type(const Context& context, std::string_view written, int
 }
 
 Type Lookup::type_named(const Context& context, std::string_view written, int depth) {
-  written = support::trimmed(written);
+  written = kit::trimmed(written);
   if (depth > DEEPEST || written.empty()) return {};
   const Candidate* found = class_candidate(context, written);
   if (found == nullptr) {
@@ -170,7 +170,7 @@ Type Lookup::enclosing_class(const Context& context) {
 bool Lookup::is_local(const Context& context, std::string_view name) const {
   for (DefinitionIndex at = context.definition; at != NOWHERE;
        at = definition_at(facts_, at).parent) {
-    if (!support::is_function_kind(definition_at(facts_, at).kind)) continue;
+    if (!kit::is_function_kind(definition_at(facts_, at).kind)) continue;
     for (const Binder& binder : scopes_.find(at, name)) {
       if (binder.kind == Binder::Kind::BINDING) return true;
     }

@@ -8,10 +8,10 @@
 #include <unordered_set>
 #include <vector>
 
-#include "indexer/facts.h"
 #include "indexer/languages/c_family/linkage.h"
-#include "indexer/languages/support/outline.h"
-#include "indexer/world.h"
+#include "indexer/languages/kit/outline.h"
+#include "indexer/model/facts.h"
+#include "indexer/world/world.h"
 
 /// What names and expressions of C++ mean, as far as declarations say.
 namespace context_delta::indexer::cpp {
@@ -87,7 +87,7 @@ class Lookup {
     std::vector<Class> classes;  // itself first
     bool complete = true;
   };
-  const support::Outline& outline(const File& file);
+  const kit::Outline& outline(const File& file);
   const Definition& definition(const Candidate& of) {
     return outline(*of.file).definition(of.definition);
   }
@@ -113,8 +113,8 @@ class Lookup {
   const File& file_;
   const Facts& facts_;
   World& world_;
-  support::ScopeIndex scopes_;
-  std::unordered_map<std::int64_t, support::Outline> outlines_;  // by the file's id
+  kit::ScopeIndex scopes_;
+  std::unordered_map<std::int64_t, kit::Outline> outlines_;  // by the file's id
   c_family::Linkage linkage_;
   std::map<std::pair<std::int64_t, DefinitionIndex>, Bases> bases_;
 };

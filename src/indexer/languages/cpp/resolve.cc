@@ -7,13 +7,13 @@
 #include "indexer/languages/c_family/library.h"
 #include "indexer/languages/cpp/cpp.h"
 #include "indexer/languages/cpp/lookup.h"
-#include "indexer/languages/support/facts_builder.h"
-#include "indexer/languages/support/guesses.h"
+#include "indexer/languages/kit/facts_builder.h"
+#include "indexer/languages/kit/guesses.h"
 
 namespace context_delta::indexer::cpp {
 namespace {
 
-using support::definition_at;
+using kit::definition_at;
 
 /// Which kinds of definitions a call that nothing is known of may mean.
 enum class Shape { BARE, MEMBER, QUALIFIED };
@@ -55,7 +55,7 @@ class Resolver {
   const Facts& facts_;
   World& world_;
   Lookup lookup_;
-  support::Neighbourhood neighbourhood_;
+  kit::Neighbourhood neighbourhood_;
   Resolution made_;
 };
 
@@ -90,12 +90,12 @@ void Resolver::accept(std::int32_t index, const Reference& reference, Callees ca
   }
   if (callees.sure) return prove(index, callees.fitting.front(), callees.rule);
   const Candidate favourite = callees.fitting.front();
-  support::add_guess(made_.edges,
-                     {.reference = index,
-                      .rule = callees.rule == "dispatch" ? "dispatch" : "namesake",
-                      .why = callees.why,
-                      .favourite = &favourite},
-                     std::move(callees.fitting), neighbourhood_);
+  kit::add_guess(made_.edges,
+                 {.reference = index,
+                  .rule = callees.rule == "dispatch" ? "dispatch" : "namesake",
+                  .why = callees.why,
+                  .favourite = &favourite},
+                 std::move(callees.fitting), neighbourhood_);
 }
 
 void Resolver::resolve_call(std::int32_t index, const Reference& reference) {
@@ -124,8 +124,8 @@ bool Resolver::resolve_macro(std::int32_t index, const Reference& reference,
     return true;
   }
   macros.insert(macros.end(), callees.fitting.begin(), callees.fitting.end());
-  support::add_guess(made_.edges, {.reference = index, .why = "a macro has this name"},
-                     std::move(macros), neighbourhood_);
+  kit::add_guess(made_.edges, {.reference = index, .why = "a macro has this name"},
+                 std::move(macros), neighbourhood_);
   return true;
 }
 
@@ -189,7 +189,7 @@ void Resolver::resolve_construction(std::int32_t index, const Reference& referen
   if (type.kind != Type::Kind::CLASS) return;
   Callees callees = lookup_.constructor(type.in, reference.arguments);
   const bool is_class =
-      !callees.fitting.empty() && support::is_class_kind(callees.fitting.front().kind);
+      !callees.fitting.empty() && kit::is_class_kind(callees.fitting.front().kind);
   const bool bare = (reference.traits & DECLARATION) != 0;
   if (bare && is_class) return;  // nothing runs that the class defines
   accept(index, reference, std::move(callees));
@@ -209,12 +209,12 @@ void Resolver::resolve_type(std::int32_t index, const Reference& reference) {
 
 bool Resolver::fits(const Candidate& candidate, const Reference& reference, Shape shape) const {
   if (!c_family::is_family(candidate.file->language)) return false;
-  if (!support::is_function_kind(candidate.kind)) return false;
+  if (!kit::is_function_kind(candidate.kind)) return false;
   if (shape == Shape::MEMBER && candidate.kind != Kind::METHOD) return false;
   if (shape == Shape::BARE && candidate.kind != Kind::FUNCTION) return false;
   const bool hidden = (candidate.traits & LOCAL_LINKAGE) != 0 &&
                       !neighbourhood_.imported.contains(candidate.file->id);
-  return !hidden && support::accepts_arguments(candidate, reference.arguments);
+  return !hidden && kit::accepts_arguments(candidate, reference.arguments);
 }
 
 void Resolver::guess(std::int32_t index, const Reference& reference, Shape shape,
@@ -237,8 +237,7 @@ void Resolver::guess(std::int32_t index, const Reference& reference, Shape shape
         });
     if (!defined_elsewhere) listed.push_back(candidate);
   }
-  support::add_guess(made_.edges, {.reference = index, .why = why}, std::move(listed),
-                     neighbourhood_);
+  kit::add_guess(made_.edges, {.reference = index, .why = why}, std::move(listed), neighbourhood_);
 }
 
 }  // namespace

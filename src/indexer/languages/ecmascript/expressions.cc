@@ -1,12 +1,12 @@
 #include "indexer/languages/ecmascript/expressions.h"
 
-#include "indexer/languages/support/text.h"
+#include "indexer/languages/kit/text.h"
 
 namespace context_delta::indexer::ecmascript {
 namespace {
 
-using support::child;
-using support::text_of;
+using kit::child;
+using kit::text_of;
 
 constexpr int LONGEST_CHAIN = 40;
 constexpr std::size_t LONGEST_CAST = 80;
@@ -32,10 +32,10 @@ std::string_view literal_class(Node kind) {
 
 std::string cast_text(const Syntax& syntax, TSNode node, std::string_view text) {
   TSNode type = {};
-  for (const TSNode below : support::named_children(node)) {
+  for (const TSNode below : kit::named_children(node)) {
     if (syntax.kind(below) != Node::COMMENT) type = below;
   }
-  std::string written = support::one_line(text_of(type, text), support::LONGEST_EXPRESSION);
+  std::string written = kit::one_line(text_of(type, text), kit::LONGEST_EXPRESSION);
   if (written == "const" || written == "any" || written == "unknown") return {};
   return written.size() < LONGEST_CAST ? "<" + written + ">" : "?";
 }
@@ -58,14 +58,14 @@ std::string expression_text(const Syntax& syntax, TSNode node, std::string_view 
                             ExpressionContext& context) {
   const Fields& field = syntax.field;
   std::string suffix;  // built from the outside in, so in front
-  for (int step = 0; step < LONGEST_CHAIN && suffix.size() < support::LONGEST_EXPRESSION; ++step) {
+  for (int step = 0; step < LONGEST_CHAIN && suffix.size() < kit::LONGEST_EXPRESSION; ++step) {
     const Node kind = syntax.kind(node);
     const std::string_view literal = literal_class(kind);
     if (!literal.empty()) return std::string(literal) + suffix;
     switch (kind) {
       case Node::IDENTIFIER:
       case Node::SHORTHAND:
-        return support::one_line(text_of(node, text), support::LONGEST_EXPRESSION) + suffix;
+        return kit::one_line(text_of(node, text), kit::LONGEST_EXPRESSION) + suffix;
       case Node::THIS:
         return context.this_text() + suffix;
       case Node::SUPER:
@@ -74,7 +74,7 @@ std::string expression_text(const Syntax& syntax, TSNode node, std::string_view 
         return context.object_text(node) + suffix;
       case Node::MEMBER: {
         const TSNode name = child(node, field.property);
-        suffix = "." + support::one_line(text_of(name, text), support::LONGEST_EXPRESSION) + suffix;
+        suffix = "." + kit::one_line(text_of(name, text), kit::LONGEST_EXPRESSION) + suffix;
         node = child(node, field.object);
         break;
       }

@@ -2,22 +2,22 @@
 
 #include "indexer/languages/ecmascript/extractor.h"
 #include "indexer/languages/ecmascript/parameters.h"
-#include "indexer/languages/support/text.h"
+#include "indexer/languages/kit/text.h"
 
 namespace context_delta::indexer::ecmascript {
 
-using support::child;
-using support::first_line;
-using support::is_null;
+using kit::child;
+using kit::first_line;
+using kit::is_null;
 
 Facts extract(const Syntax& syntax, TSNode root, std::string_view text) {
   Extractor extractor(syntax, text);
-  support::walk(root, extractor);
+  kit::walk(root, extractor);
   return extractor.finish();
 }
 
 std::string Extractor::text_of(TSNode node) const {
-  return support::one_line(support::text_of(node, builder_.text()), support::LONGEST_EXPRESSION);
+  return kit::one_line(kit::text_of(node, builder_.text()), kit::LONGEST_EXPRESSION);
 }
 
 std::string Extractor::value_of(TSNode node) {
@@ -217,11 +217,10 @@ void Extractor::refer_to(TSNode callee, Role role, std::int16_t arguments) {
   }
   const Node kind = syntax_.kind(callee);
   if (kind == Node::IDENTIFIER) {
-    builder_.refer(support::text_of(callee, builder_.text()), {}, role, first_line(callee),
-                   arguments);
+    builder_.refer(kit::text_of(callee, builder_.text()), {}, role, first_line(callee), arguments);
   } else if (kind == Node::MEMBER) {
     const TSNode name = child(callee, syntax_.field.property);
-    builder_.refer(support::text_of(name, builder_.text()),
+    builder_.refer(kit::text_of(name, builder_.text()),
                    value_of(child(callee, syntax_.field.object)), role, first_line(name),
                    arguments);
   } else {
@@ -245,7 +244,7 @@ void Extractor::enter_call(TSNode node) {
     for (DefinitionIndex i = builder_.frame().definition; i != NOWHERE;
          i = builder_.definition(i).parent) {
       const Definition& around = builder_.definition(i);
-      if (!support::is_class_kind(around.kind)) continue;
+      if (!kit::is_class_kind(around.kind)) continue;
       if (around.bases.empty() || around.bases.front().starts_with(IMPLEMENTED)) return;
       const std::string base = around.bases.front();
       const std::size_t dot = base.rfind('.');
@@ -267,7 +266,7 @@ void Extractor::hint_elements(TSNode call, TSNode callee) {
   const TSNode callback = first_child(syntax_, child(call, syntax_.field.arguments));
   if (!is_function_value(syntax_.kind(callback))) return;
   const std::string_view method =
-      support::text_of(child(callee, syntax_.field.property), builder_.text());
+      kit::text_of(child(callee, syntax_.field.property), builder_.text());
   const bool over_elements = is_element_method(method);
   if (!over_elements && method != "then") return;
   hints_[callback.id] = value_of(child(callee, syntax_.field.object)) + (over_elements ? "[]" : "");
@@ -282,7 +281,7 @@ void Extractor::enter_new(TSNode node) {
 
 void Extractor::enter_tag(TSNode node) {
   const TSNode name = child(node, syntax_.field.name);
-  const std::string_view written = support::text_of(name, builder_.text());
+  const std::string_view written = kit::text_of(name, builder_.text());
   const bool is_element = syntax_.kind(name) == Node::IDENTIFIER && !written.empty() &&
                           written.front() >= 'a' && written.front() <= 'z';
   if (!is_element) refer_to(name, Role::CALL, ANY_NUMBER);
@@ -303,7 +302,7 @@ void Extractor::enter_return(TSNode node) {
   const DefinitionIndex function = builder_.frame().definition;
   // What a function without a definition returns is not the result of the one around it.
   if (is_null(value) || function == NOWHERE || !scopes_.is_own(scope)) return;
-  if (!support::is_function_kind(builder_.definition(function).kind)) return;
+  if (!kit::is_function_kind(builder_.definition(function).kind)) return;
   expect_result(value);
   results_.push_back({function, value_of(value), context().lexical});
 }
@@ -317,7 +316,7 @@ void Extractor::expect_result(TSNode value) {
 
 void Extractor::enter_comment(TSNode node) {
   comment_ = node;
-  const std::string_view text = support::text_of(node, builder_.text());
+  const std::string_view text = kit::text_of(node, builder_.text());
   if (text.find("@typedef") == std::string_view::npos) return;
   for (const auto& [name, type] : read_documentation(text).types) {
     Binding binding;

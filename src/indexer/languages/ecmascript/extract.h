@@ -2,8 +2,8 @@
 
 #include <string_view>
 
-#include "indexer/facts.h"
 #include "indexer/languages/ecmascript/syntax.h"
+#include "indexer/model/facts.h"
 
 namespace context_delta::indexer::ecmascript {
 

@@ -2,13 +2,13 @@
 
 #include "indexer/languages/ecmascript/extractor.h"
 #include "indexer/languages/ecmascript/parameters.h"
-#include "indexer/languages/support/text.h"
+#include "indexer/languages/kit/text.h"
 
 namespace context_delta::indexer::ecmascript {
 
-using support::child;
-using support::first_line;
-using support::is_null;
+using kit::child;
+using kit::first_line;
+using kit::is_null;
 
 std::int32_t Extractor::bind(Binding binding, std::int32_t lexical) {
   builder_.bind(std::move(binding));
@@ -48,14 +48,14 @@ void Extractor::bind_pattern(TSNode pattern, std::string type, std::string value
   if (syntax_.kind(pattern) == Node::IDENTIFIER) {
     return bind_name(pattern, std::move(type), std::move(value), kind, lexical);
   }
-  if (!type.empty()) value = type.size() < support::LONGEST_EXPRESSION ? "<" + type + ">" : "?";
+  if (!type.empty()) value = type.size() < kit::LONGEST_EXPRESSION ? "<" + type + ">" : "?";
   if (value.empty()) value = "?";
   std::vector<Part> pending = {{pattern, std::move(value)}};
   while (!pending.empty()) {
     const Part part = std::move(pending.back());
     pending.pop_back();
     const auto add = [&](TSNode node, const std::string& suffix) {
-      const bool fits = part.value.size() + suffix.size() < support::LONGEST_EXPRESSION;
+      const bool fits = part.value.size() + suffix.size() < kit::LONGEST_EXPRESSION;
       pending.push_back({node, suffix == "?" || !fits ? "?" : part.value + suffix});
     };
     switch (syntax_.kind(part.node)) {
@@ -79,7 +79,7 @@ void Extractor::bind_pattern(TSNode pattern, std::string type, std::string value
       case Node::OBJECT_PATTERN:
       case Node::ARRAY_PATTERN: {
         const std::string suffix = syntax_.kind(part.node) == Node::ARRAY_PATTERN ? "[]" : "";
-        const std::vector<TSNode> below = support::named_children(part.node);
+        const std::vector<TSNode> below = kit::named_children(part.node);
         for (auto each = below.rbegin(); each != below.rend(); ++each) add(*each, suffix);
         break;
       }
@@ -131,7 +131,7 @@ void Extractor::bind_parameters(TSNode function, DefinitionIndex index,
     return bind_parameter(single, index, documentation, std::move(value));
   }
   int count = 0;
-  for (const TSNode node : support::named_children(child(function, syntax_.field.parameters))) {
+  for (const TSNode node : kit::named_children(child(function, syntax_.field.parameters))) {
     if (!is_parameter(syntax_, node, builder_.text())) continue;
     if (given != expected_.end() && !given->second.empty()) {
       value = "<" + given->second + ">@" + std::to_string(count);
@@ -153,7 +153,7 @@ bool Extractor::bind_module(TSNode pattern, TSNode value) {
     return true;
   }
   if (kind != Node::OBJECT_PATTERN) return false;
-  for (const TSNode part : support::named_children(pattern)) {
+  for (const TSNode part : kit::named_children(pattern)) {
     const Node inner = syntax_.kind(part);
     const TSNode bound = inner == Node::PAIR_PATTERN ? child(part, syntax_.field.value) : part;
     if (inner == Node::SHORTHAND_PATTERN) {
@@ -234,7 +234,7 @@ void Extractor::reassign(TSNode target) {
     } else if (kind == Node::OBJECT_PATTERN || kind == Node::ARRAY_PATTERN || kind == Node::REST ||
                kind == Node::PAIR_PATTERN || kind == Node::ASSIGNMENT_PATTERN ||
                kind == Node::OBJECT_ASSIGNMENT_PATTERN) {
-      for (const TSNode below : support::named_children(node)) pending.push_back(below);
+      for (const TSNode below : kit::named_children(node)) pending.push_back(below);
     }
   }
 }
@@ -290,7 +290,7 @@ void Extractor::assign_member(TSNode left, TSNode right) {
   if (owner == "this") {
     for (DefinitionIndex i = builder_.frame().definition; i != NOWHERE;
          i = builder_.definition(i).parent) {
-      if (!support::is_class_kind(builder_.definition(i).kind)) continue;
+      if (!kit::is_class_kind(builder_.definition(i).kind)) continue;
       return bind_member(i, name, documentation_before(left).type, std::move(value), left);
     }
     return;
@@ -339,7 +339,7 @@ void Extractor::add_patch(TSNode left, std::string_view owner, std::string_view 
   made.kind = Kind::VARIABLE;
   made.scope = owner;
   made.first_line = first_line(left);
-  made.last_line = support::last_line(left);
+  made.last_line = kit::last_line(left);
   made.name_line = made.first_line;
   made.signature = text_of(left);
   made.traits = REASSIGNED;
@@ -364,7 +364,7 @@ void Extractor::enter_object(TSNode node, std::uint32_t depth) {
   made.owner = owner == owners_.end() ? std::string() : owner->second;
   made.type_members = false;
   if (made.object.empty()) return;
-  for (const TSNode part : support::named_children(node)) {
+  for (const TSNode part : kit::named_children(node)) {
     if (syntax_.kind(part) == Node::SPREAD) {
       bind_object_member("*", first_child(syntax_, part));
     }

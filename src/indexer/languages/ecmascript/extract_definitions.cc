@@ -2,7 +2,7 @@
 
 #include "indexer/languages/ecmascript/extractor.h"
 #include "indexer/languages/ecmascript/parameters.h"
-#include "indexer/languages/support/text.h"
+#include "indexer/languages/kit/text.h"
 
 namespace context_delta::indexer::ecmascript {
 namespace {
@@ -18,11 +18,11 @@ std::string definition_number(DefinitionIndex index) { return "=" + std::to_stri
 
 }  // namespace
 
-using support::child;
-using support::first_line;
-using support::is_null;
+using kit::child;
+using kit::first_line;
+using kit::is_null;
 
-bool Extractor::in_class() { return support::is_class_kind(builder_.scope_kind()); }
+bool Extractor::in_class() { return kit::is_class_kind(builder_.scope_kind()); }
 
 std::string Extractor::definition_text(TSNode node) {
   const auto found = defined_.find(node.id);
@@ -32,7 +32,7 @@ std::string Extractor::definition_text(TSNode node) {
 /// A method's name: strings without quotes, computed names with their brackets.
 std::string Extractor::property_name(TSNode name) const {
   if (syntax_.kind(name) == Node::STRING) {
-    return support::one_line(string_content(name, builder_.text()), support::LONGEST_EXPRESSION);
+    return kit::one_line(string_content(name, builder_.text()), kit::LONGEST_EXPRESSION);
   }
   return text_of(name);
 }
@@ -44,7 +44,7 @@ Documentation Extractor::documentation_before(TSNode node) const {
   const std::uint32_t start = ts_node_start_byte(node);
   if (start < end || start > builder_.text().size()) return {};
   if (!is_preamble(builder_.text().substr(end, start - end))) return {};
-  return read_documentation(support::text_of(comment_, builder_.text()));
+  return read_documentation(kit::text_of(comment_, builder_.text()));
 }
 
 Definition Extractor::definition_of(TSNode node, TSNode name_node, std::string name, Kind kind) {
@@ -52,7 +52,7 @@ Definition Extractor::definition_of(TSNode node, TSNode name_node, std::string n
   made.name = std::move(name);
   made.kind = kind;
   made.first_line = first_line(node);
-  made.last_line = support::last_line(node);
+  made.last_line = kit::last_line(node);
   made.name_line = is_null(name_node) ? made.first_line : first_line(name_node);
   const std::size_t from = is_null(name_node)
                                ? ts_node_start_byte(node)
@@ -61,9 +61,9 @@ Definition Extractor::definition_of(TSNode node, TSNode name_node, std::string n
   const std::size_t to = is_null(body) ? ts_node_end_byte(node) : ts_node_start_byte(body);
   const std::string_view text = builder_.text();
   std::string_view header = text.substr(std::min(from, text.size()), to - std::min(from, to));
-  header = support::trimmed(header.substr(0, 4 * support::LONGEST_SIGNATURE));
-  if (header.ends_with("=>")) header = support::trimmed(header.substr(0, header.size() - 2));
-  made.signature = support::one_line(header);
+  header = kit::trimmed(header.substr(0, 4 * kit::LONGEST_SIGNATURE));
+  if (header.ends_with("=>")) header = kit::trimmed(header.substr(0, header.size() - 2));
+  made.signature = kit::one_line(header);
   return made;
 }
 
@@ -122,7 +122,7 @@ std::string Extractor::receiver_of(TSNode node, DefinitionIndex index, const Con
   const Definition& definition = builder_.definition(index);
   if (definition.kind == Kind::FUNCTION) return definition_number(index) + "!";
   const bool of_class = definition.parent != NOWHERE && definition.scope.empty() &&
-                        support::is_class_kind(builder_.definition(definition.parent).kind);
+                        kit::is_class_kind(builder_.definition(definition.parent).kind);
   return of_class ? "this" : "?";
 }
 
@@ -189,18 +189,18 @@ bool Extractor::enter_function(TSNode node, std::uint32_t depth) {
 }
 
 void Extractor::add_bases(TSNode node, Definition& definition) {
-  for (const TSNode heritage : support::named_children(node)) {
+  for (const TSNode heritage : kit::named_children(node)) {
     const Node outer = syntax_.kind(heritage);
     if (outer != Node::HERITAGE && outer != Node::EXTENDS) continue;
-    for (const TSNode clause : outer == Node::EXTENDS ? std::vector<TSNode>{heritage}
-                                                      : support::named_children(heritage)) {
+    for (const TSNode clause :
+         outer == Node::EXTENDS ? std::vector<TSNode>{heritage} : kit::named_children(heritage)) {
       const Node kind = syntax_.kind(clause);
       if (kind == Node::COMMENT) continue;
       if (kind != Node::EXTENDS && kind != Node::IMPLEMENTS) {
         definition.bases.push_back(value_of(clause));
         continue;
       }
-      for (TSNode base : support::named_children(clause)) {
+      for (TSNode base : kit::named_children(clause)) {
         const Node written = syntax_.kind(base);
         if (written == Node::TYPE_ARGUMENTS || written == Node::COMMENT) continue;
         if (written == Node::GENERIC_TYPE) base = child(base, syntax_.field.name);
@@ -342,9 +342,9 @@ bool Extractor::enter_named_type(TSNode node, std::uint32_t depth, Kind kind) {
   Definition made = definition_of(node, name, text_of(name), kind);
   const TSNode value = child(node, syntax_.field.value);
   if (kind == Kind::TYPE) {
-    made.type = support::one_line(support::text_of(value, builder_.text()));
+    made.type = kit::one_line(kit::text_of(value, builder_.text()));
     type_bodies_.insert(value.id);
-    for (const TSNode part : support::named_children(value)) {
+    for (const TSNode part : kit::named_children(value)) {
       if (syntax_.kind(value) != Node::OBJECT_TYPE) type_bodies_.insert(part.id);
     }
   } else if (kind == Kind::INTERFACE) {
@@ -379,7 +379,7 @@ void Extractor::enter_namespace(TSNode node, std::uint32_t depth) {
 void Extractor::bind_type_parameters(TSNode node, DefinitionIndex scope) {
   const TSNode parameters = child(node, syntax_.field.type_parameters);
   if (is_null(parameters)) return;
-  for (const TSNode parameter : support::named_children(parameters)) {
+  for (const TSNode parameter : kit::named_children(parameters)) {
     if (syntax_.kind(parameter) != Node::TYPE_PARAMETER) continue;
     const TSNode constraint = child(parameter, syntax_.field.constraint);
     std::string type = text_of(first_child(syntax_, constraint));

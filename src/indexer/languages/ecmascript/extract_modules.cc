@@ -1,11 +1,11 @@
 #include "indexer/languages/ecmascript/extractor.h"
-#include "indexer/languages/support/text.h"
+#include "indexer/languages/kit/text.h"
 
 namespace context_delta::indexer::ecmascript {
 
-using support::child;
-using support::first_line;
-using support::is_null;
+using kit::child;
+using kit::first_line;
+using kit::is_null;
 
 /// A module that an expression loads, as a name that no declaration can have.
 std::string Extractor::module_text(std::string_view specifier, TSNode call) {
@@ -14,7 +14,7 @@ std::string Extractor::module_text(std::string_view specifier, TSNode call) {
   const std::string made = "'m" + std::to_string(modules_.size());
   modules_[call.id] = made;
   Import import;
-  import.module = support::one_line(specifier, support::LONGEST_EXPRESSION);
+  import.module = kit::one_line(specifier, kit::LONGEST_EXPRESSION);
   import.alias = made;
   import.line = first_line(call);
   builder_.facts().imports.push_back(std::move(import));
@@ -25,7 +25,7 @@ void Extractor::add_import(std::string_view module, std::string name, TSNode ali
   const std::int32_t lexical =
       context().hoisted ? scopes_.function_scope(context().lexical) : context().lexical;
   Import made;
-  made.module = support::one_line(module, support::LONGEST_EXPRESSION);
+  made.module = kit::one_line(module, kit::LONGEST_EXPRESSION);
   made.name = std::move(name);
   const std::string local = text_of(alias);
   made.alias = scopes_.spelled(lexical, local);
@@ -43,21 +43,21 @@ void Extractor::add_import(std::string_view module, std::string name, TSNode ali
 void Extractor::enter_import(TSNode node) {
   const TSNode source = child(node, syntax_.field.source);
   const std::string_view module = string_content(source, builder_.text());
-  for (const TSNode clause : support::named_children(node)) {
+  for (const TSNode clause : kit::named_children(node)) {
     if (syntax_.kind(clause) == Node::IMPORT_REQUIRE) {
       const TSNode required = child(clause, syntax_.field.source);
       const TSNode name = first_child(syntax_, clause);
       add_import(string_content(required, builder_.text()), {}, name, name);
     }
     if (syntax_.kind(clause) != Node::IMPORT_CLAUSE) continue;
-    for (const TSNode part : support::named_children(clause)) {
+    for (const TSNode part : kit::named_children(clause)) {
       const Node kind = syntax_.kind(part);
       if (kind == Node::IDENTIFIER) add_import(module, "default", part, part);
       if (kind == Node::NAMESPACE_IMPORT) {
         add_import(module, {}, first_child(syntax_, part), part);
       }
       if (kind != Node::NAMED_IMPORTS) continue;
-      for (const TSNode each : support::named_children(part)) {
+      for (const TSNode each : kit::named_children(part)) {
         if (syntax_.kind(each) != Node::IMPORT_SPECIFIER) continue;
         const TSNode name = child(each, syntax_.field.name);
         const TSNode alias = child(each, syntax_.field.alias);
@@ -86,7 +86,7 @@ void Extractor::bind_export(std::string_view name, std::string value, TSNode nod
 Import& Extractor::add_export_from(std::string_view module, std::string name,
                                    std::string_view exported, TSNode node) {
   Import made;
-  made.module = support::one_line(module, support::LONGEST_EXPRESSION);
+  made.module = kit::one_line(module, kit::LONGEST_EXPRESSION);
   made.name = std::move(name);
   made.alias = std::string(EXPORTED) + std::string(exported);
   made.line = first_line(node);
@@ -96,7 +96,7 @@ Import& Extractor::add_export_from(std::string_view module, std::string name,
 
 void Extractor::enter_export_clause(TSNode clause, TSNode source) {
   const std::string_view module = string_content(source, builder_.text());
-  for (const TSNode each : support::named_children(clause)) {
+  for (const TSNode each : kit::named_children(clause)) {
     const TSNode name = child(each, syntax_.field.name);
     if (is_null(name)) continue;
     const TSNode alias = child(each, syntax_.field.alias);
@@ -119,7 +119,7 @@ void Extractor::export_declaration(TSNode declaration, bool is_default) {
     if (!name.empty()) bind_export(is_default ? "default" : name, name, declaration);
     return;
   }
-  for (const TSNode declarator : support::named_children(declaration)) {
+  for (const TSNode declarator : kit::named_children(declaration)) {
     std::vector<TSNode> pending = {child(declarator, syntax_.field.name)};
     while (!pending.empty()) {
       const TSNode node = pending.back();
@@ -130,7 +130,7 @@ void Extractor::export_declaration(TSNode declaration, bool is_default) {
       } else if (part == Node::PAIR_PATTERN) {
         pending.push_back(child(node, syntax_.field.value));
       } else if (part == Node::OBJECT_PATTERN || part == Node::ARRAY_PATTERN) {
-        for (const TSNode below : support::named_children(node)) pending.push_back(below);
+        for (const TSNode below : kit::named_children(node)) pending.push_back(below);
       }
     }
   }
@@ -139,7 +139,7 @@ void Extractor::export_declaration(TSNode declaration, bool is_default) {
 bool Extractor::enter_export(TSNode node) {
   const TSNode source = child(node, syntax_.field.source);
   bool all = !is_null(source);
-  for (const TSNode part : support::named_children(node)) {
+  for (const TSNode part : kit::named_children(node)) {
     const Node kind = syntax_.kind(part);
     if (kind == Node::EXPORT_CLAUSE) enter_export_clause(part, source);
     if (kind == Node::NAMESPACE_EXPORT) {

@@ -1,7 +1,7 @@
 #include <algorithm>
 
 #include "indexer/languages/ecmascript/extractor.h"
-#include "indexer/languages/support/text.h"
+#include "indexer/languages/kit/text.h"
 
 /// What is left to do at the end of a text: names in values are told apart by the scopes that
 /// declare them, which is known only now, for functions are declared before they are written.
@@ -76,11 +76,10 @@ std::string Extractor::settled(std::string_view value, std::int32_t lexical, Def
   const auto index = static_cast<std::size_t>(declaration.binding);
   const Binding& binding = builder_.facts().bindings[index];
   if (!binding.type.empty()) {
-    return binding.type.size() < support::LONGEST_EXPRESSION ? "<" + binding.type + ">" + rest
-                                                             : "?";
+    return binding.type.size() < kit::LONGEST_EXPRESSION ? "<" + binding.type + ">" + rest : "?";
   }
   const std::string made = settled(values_[index], binding_scopes_[index], reader, depth + 1);
-  const bool fits = !made.empty() && made.size() + rest.size() < support::LONGEST_EXPRESSION;
+  const bool fits = !made.empty() && made.size() + rest.size() < kit::LONGEST_EXPRESSION;
   return fits ? made + rest : "?";
 }
 
@@ -148,7 +147,7 @@ void Extractor::publish_objects() {
     if (each.kind != Binding::Kind::MEMBER || !each.name.starts_with('{')) continue;
     const std::string object = each.name.substr(0, each.name.find('}') + 1);
     const bool in_function =
-        each.scope != NOWHERE && support::is_function_kind(builder_.definition(each.scope).kind);
+        each.scope != NOWHERE && kit::is_function_kind(builder_.definition(each.scope).kind);
     if (in_function && !published.contains(object)) {
       each.kind = Binding::Kind::LOCAL;
     } else if (each.value.starts_with('{')) {

@@ -12,7 +12,7 @@
 #include "indexer/languages/ecmascript/lexical.h"
 #include "indexer/languages/ecmascript/names.h"
 #include "indexer/languages/ecmascript/syntax.h"
-#include "indexer/languages/support/facts_builder.h"
+#include "indexer/languages/kit/facts_builder.h"
 
 namespace context_delta::indexer::ecmascript {
 
@@ -143,7 +143,7 @@ class Extractor : private ExpressionContext {
   };
 
   const Syntax& syntax_;
-  support::FactsBuilder builder_;
+  kit::FactsBuilder builder_;
   LexicalScopes scopes_;
   std::vector<Context> contexts_;
   std::unordered_map<const void*, DefinitionIndex> defined_;  // functions and classes with names

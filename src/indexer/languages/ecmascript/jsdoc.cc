@@ -3,12 +3,12 @@
 #include <algorithm>
 
 #include "indexer/languages/ecmascript/names.h"
-#include "indexer/languages/support/text.h"
+#include "indexer/languages/kit/text.h"
 
 namespace context_delta::indexer::ecmascript {
 namespace {
 
-using support::trimmed;
+using kit::trimmed;
 
 constexpr std::size_t LONGEST_COMMENT = 20000;
 
@@ -30,7 +30,7 @@ std::string type_text(std::string_view written) {
     if (written.substr(i, 2) == ".<") continue;
     made += written[i];
   }
-  made = support::one_line(made);
+  made = kit::one_line(made);
   std::string_view type = made;
   if (type.starts_with("...")) type.remove_prefix(3);
   while (!type.empty() && (type.front() == '?' || type.front() == '!')) type.remove_prefix(1);
@@ -81,7 +81,7 @@ Documentation read_documentation(std::string_view comment) {
   if (comment.size() > LONGEST_COMMENT) return made;
   comment = comment.substr(3, comment.size() - 5);
   std::string lines;  // without the stars that lines begin with
-  for (const std::string_view line : support::split(comment, '\n')) {
+  for (const std::string_view line : kit::split(comment, '\n')) {
     std::string_view content = trimmed(line);
     if (content.starts_with('*')) content = trimmed(content.substr(1));
     lines += std::string(content) + "\n";

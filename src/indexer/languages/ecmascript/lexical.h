@@ -5,7 +5,7 @@
 #include <unordered_map>
 #include <vector>
 
-#include "indexer/facts.h"
+#include "indexer/model/facts.h"
 
 /// Which declaration a name means: blocks and functions without a name of their own declare names
 /// too, and facts know definitions alone.

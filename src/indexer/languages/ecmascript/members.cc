@@ -2,14 +2,14 @@
 
 #include "indexer/languages/ecmascript/names.h"
 #include "indexer/languages/ecmascript/values.h"
-#include "indexer/languages/support/facts_builder.h"
+#include "indexer/languages/kit/facts_builder.h"
 
 /// Members of classes, objects, modules and functions.
 namespace context_delta::indexer::ecmascript {
 namespace {
 
-using support::Binder;
-using support::definition_at;
+using kit::Binder;
+using kit::definition_at;
 
 constexpr std::size_t MOST_ANCESTORS = 60;
 
@@ -19,7 +19,7 @@ bool binds_itself(const Binding& binding) {
 }
 
 bool has_members(Kind kind) {
-  return support::is_class_kind(kind) || kind == Kind::TYPE || kind == Kind::NAMESPACE;
+  return kit::is_class_kind(kind) || kind == Kind::TYPE || kind == Kind::NAMESPACE;
 }
 
 }  // namespace

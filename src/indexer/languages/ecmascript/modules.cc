@@ -4,12 +4,12 @@
 #include <vector>
 
 #include "indexer/languages/ecmascript/packages.h"
-#include "indexer/languages/support/text.h"
+#include "indexer/languages/kit/text.h"
 
 namespace context_delta::indexer::ecmascript {
 namespace {
 
-using support::folder_of;
+using kit::folder_of;
 
 constexpr std::array<std::string_view, 10> SUFFIXES = {".ts", ".tsx", ".d.ts", ".mts", ".cts",
                                                        ".js", ".jsx", ".mjs",  ".cjs", ".d.mts"};
@@ -54,7 +54,7 @@ bool is_built(std::string_view folder) {
 /// The source that a package's built file is probably made of: `dist/x.js` of `src/x.ts`.
 const File* built_from(const Package& package, std::string_view target, World& world) {
   if (target.starts_with("./")) target.remove_prefix(2);
-  std::vector<std::string_view> parts = support::split(without_suffix(target), '/');
+  std::vector<std::string_view> parts = kit::split(without_suffix(target), '/');
   while (!parts.empty() && is_built(parts.front())) parts.erase(parts.begin());
   std::string inner;
   for (const std::string_view part : parts) inner += "/" + std::string(part);
@@ -141,8 +141,8 @@ ModuleAnswer find_package(const File& importer, std::string_view specifier, Worl
 }  // namespace
 
 std::string joined(std::string_view folder, std::string_view path) {
-  std::vector<std::string_view> parts = support::split(folder, '/');
-  for (const std::string_view part : support::split(path, '/')) {
+  std::vector<std::string_view> parts = kit::split(folder, '/');
+  for (const std::string_view part : kit::split(path, '/')) {
     if (part.empty() || part == ".") continue;
     if (part != "..") {
       parts.push_back(part);

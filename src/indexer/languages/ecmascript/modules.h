@@ -3,7 +3,7 @@
 #include <string>
 #include <string_view>
 
-#include "indexer/world.h"
+#include "indexer/world/world.h"
 
 /// Modules of JavaScript and TypeScript: specifiers and the files that they mean.
 namespace context_delta::indexer::ecmascript {

@@ -1,12 +1,10 @@
 #include "indexer/languages/ecmascript/names.h"
 
-#include "indexer/languages/support/text.h"
+#include "indexer/languages/kit/text.h"
 
 namespace context_delta::indexer::ecmascript {
 
-bool is_name_byte(char byte) {
-  return support::is_identifier_byte(byte) || byte == '$' || byte == '#';
-}
+bool is_name_byte(char byte) { return kit::is_identifier_byte(byte) || byte == '$' || byte == '#'; }
 
 bool is_name(std::string_view text) {
   if (text.empty() || (text.front() >= '0' && text.front() <= '9')) return false;

@@ -2,7 +2,7 @@
 
 #include <string_view>
 
-#include "indexer/facts.h"
+#include "indexer/model/facts.h"
 
 /// How facts of this family name what has no name of its own, shared by extraction and rules.
 namespace context_delta::indexer::ecmascript {

@@ -3,12 +3,12 @@
 #include <algorithm>
 
 #include "indexer/languages/ecmascript/modules.h"
-#include "indexer/languages/support/text.h"
+#include "indexer/languages/kit/text.h"
 
 namespace context_delta::indexer::ecmascript {
 namespace {
 
-using support::folder_of;
+using kit::folder_of;
 
 constexpr int MOST_EXTENDED = 6;
 

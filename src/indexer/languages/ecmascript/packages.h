@@ -5,7 +5,7 @@
 #include <utility>
 #include <vector>
 
-#include "indexer/world.h"
+#include "indexer/world/world.h"
 
 /// What package.json and tsconfig.json say about modules.
 namespace context_delta::indexer::ecmascript {

@@ -1,12 +1,12 @@
 #include "indexer/languages/ecmascript/parameters.h"
 
-#include "indexer/languages/support/facts_builder.h"
-#include "indexer/languages/support/text.h"
+#include "indexer/languages/kit/facts_builder.h"
+#include "indexer/languages/kit/text.h"
 
 namespace context_delta::indexer::ecmascript {
 
-using support::child;
-using support::is_null;
+using kit::child;
+using kit::is_null;
 
 Parameter parameter_of(const Syntax& syntax, TSNode node) {
   Parameter made;
@@ -34,7 +34,7 @@ Parameter parameter_of(const Syntax& syntax, TSNode node) {
 bool is_parameter(const Syntax& syntax, TSNode node, std::string_view text) {
   const Node kind = syntax.kind(node);
   if (kind == Node::COMMENT || kind == Node::DECORATOR || kind == Node::ERROR) return false;
-  return support::text_of(parameter_of(syntax, node).pattern, text) != "this";
+  return kit::text_of(parameter_of(syntax, node).pattern, text) != "this";
 }
 
 void count_parameters(const Syntax& syntax, TSNode function, std::string_view text,
@@ -47,7 +47,7 @@ void count_parameters(const Syntax& syntax, TSNode function, std::string_view te
   std::size_t least = 0;
   std::size_t most = 0;
   bool any = false;
-  for (const TSNode node : support::named_children(child(function, syntax.field.parameters))) {
+  for (const TSNode node : kit::named_children(child(function, syntax.field.parameters))) {
     if (!is_parameter(syntax, node, text)) continue;
     const Parameter parameter = parameter_of(syntax, node);
     any = any || parameter.rest;
@@ -56,19 +56,19 @@ void count_parameters(const Syntax& syntax, TSNode function, std::string_view te
     // Without types every argument may be left out.
     if (syntax.typed && is_null(parameter.value) && !parameter.optional) least = most;
   }
-  definition.least_arguments = support::argument_count(least);
-  definition.most_arguments = any ? ANY_NUMBER : support::argument_count(most);
+  definition.least_arguments = kit::argument_count(least);
+  definition.most_arguments = any ? ANY_NUMBER : kit::argument_count(most);
 }
 
 std::int16_t count_arguments(const Syntax& syntax, TSNode arguments, std::string_view) {
   if (syntax.kind(arguments) != Node::ARGUMENTS) return ANY_NUMBER;
   std::size_t count = 0;
-  for (const TSNode node : support::named_children(arguments)) {
+  for (const TSNode node : kit::named_children(arguments)) {
     const Node kind = syntax.kind(node);
     if (kind == Node::SPREAD) return ANY_NUMBER;
     if (kind != Node::COMMENT) ++count;
   }
-  return support::argument_count(count);
+  return kit::argument_count(count);
 }
 
 std::string annotated_type(TSNode annotation, std::string_view text) {
@@ -76,9 +76,9 @@ std::string annotated_type(TSNode annotation, std::string_view text) {
   const std::string_view kind = ts_node_type(annotation);
   if (kind == "type_predicate_annotation") return "boolean";
   if (kind == "asserts_annotation") return "void";
-  std::string_view written = support::text_of(annotation, text);
+  std::string_view written = kit::text_of(annotation, text);
   if (written.starts_with(':')) written.remove_prefix(1);
-  return support::one_line(written);
+  return kit::one_line(written);
 }
 
 bool is_element_method(std::string_view name) {

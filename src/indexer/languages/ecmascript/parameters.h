@@ -4,8 +4,8 @@
 #include <string>
 #include <string_view>
 
-#include "indexer/facts.h"
 #include "indexer/languages/ecmascript/syntax.h"
+#include "indexer/model/facts.h"
 
 /// Parameters and arguments.
 namespace context_delta::indexer::ecmascript {

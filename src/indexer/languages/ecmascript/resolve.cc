@@ -8,14 +8,14 @@
 #include "indexer/languages/ecmascript/builtins.h"
 #include "indexer/languages/ecmascript/names.h"
 #include "indexer/languages/ecmascript/values.h"
-#include "indexer/languages/support/facts_builder.h"
-#include "indexer/languages/support/guesses.h"
-#include "indexer/languages/support/text.h"
+#include "indexer/languages/kit/facts_builder.h"
+#include "indexer/languages/kit/guesses.h"
+#include "indexer/languages/kit/text.h"
 
 namespace context_delta::indexer::ecmascript {
 namespace {
 
-using support::definition_at;
+using kit::definition_at;
 
 /// What a receiver of unknown type leaves open.
 enum class Shape { BARE, ON_VALUE, ON_MODULE };
@@ -51,7 +51,7 @@ class Resolver {
   const Facts& facts_;
   World& world_;
   Evaluator values_;
-  support::Neighbourhood neighbourhood_;
+  kit::Neighbourhood neighbourhood_;
   Resolution made_;
 };
 
@@ -203,12 +203,12 @@ void Resolver::dispatch(std::int32_t index, const Value& value, std::string_view
   std::vector<Candidate> fitting = overrides;
   const std::optional<Candidate> favourite = candidate_of(value);
   if (favourite) fitting.push_back(*favourite);
-  support::add_guess(made_.edges,
-                     {.reference = index,
-                      .rule = "dispatch",
-                      .why = why,
-                      .favourite = favourite ? &*favourite : nullptr},
-                     std::move(fitting), neighbourhood_);
+  kit::add_guess(made_.edges,
+                 {.reference = index,
+                  .rule = "dispatch",
+                  .why = why,
+                  .favourite = favourite ? &*favourite : nullptr},
+                 std::move(fitting), neighbourhood_);
 }
 
 bool Resolver::fits(const Candidate& candidate, const Reference& reference, Shape shape) const {
@@ -234,8 +234,7 @@ bool Resolver::fits(const Candidate& candidate, const Reference& reference, Shap
     default:
       return false;
   }
-  return candidate.kind == Kind::CLASS ||
-         support::accepts_arguments(candidate, reference.arguments);
+  return candidate.kind == Kind::CLASS || kit::accepts_arguments(candidate, reference.arguments);
 }
 
 std::string_view Resolver::reason(const Value& value, const Value& owner,
@@ -269,19 +268,19 @@ void Resolver::guess(std::int32_t index, const Value& value, const Value& owner)
     const auto end = fitting.begin() + choices;
     if (std::find(fitting.begin(), end, candidate) != end) continue;
     if (!is_favourite && !fits(candidate, reference, shape)) continue;
-    if (common && support::nearness(candidate, neighbourhood_) == 3) continue;
+    if (common && kit::nearness(candidate, neighbourhood_) == 3) continue;
     fitting.push_back(candidate);
   }
   // The function that an alias stands for has another name.
   const bool listed =
       favourite && std::find(fitting.begin(), fitting.end(), *favourite) != fitting.end();
   if (favourite && !listed) fitting.push_back(*favourite);
-  support::add_guess(made_.edges,
-                     {.reference = index,
-                      .rule = "namesake",
-                      .why = reason(value, owner, reference),
-                      .favourite = favourite ? &*favourite : nullptr},
-                     std::move(fitting), neighbourhood_);
+  kit::add_guess(made_.edges,
+                 {.reference = index,
+                  .rule = "namesake",
+                  .why = reason(value, owner, reference),
+                  .favourite = favourite ? &*favourite : nullptr},
+                 std::move(fitting), neighbourhood_);
 }
 
 }  // namespace

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "indexer/facts.h"
-#include "indexer/resolution.h"
-#include "indexer/world.h"
+#include "indexer/model/facts.h"
+#include "indexer/model/resolution.h"
+#include "indexer/world/world.h"
 
 namespace context_delta::indexer::ecmascript {
 

@@ -3,7 +3,7 @@
 #include <array>
 #include <utility>
 
-#include "indexer/languages/support/text.h"
+#include "indexer/languages/kit/text.h"
 
 namespace context_delta::indexer::ecmascript {
 namespace {
@@ -128,8 +128,8 @@ constexpr int DEEPEST_WRAPPING = 20;
 }  // namespace
 
 Syntax make_syntax(const TSLanguage* language, bool typed) {
-  const auto field = [&](std::string_view name) { return support::field_id(language, name); };
-  return {.kind = support::NodeKinds<Node>(language, NAMES),
+  const auto field = [&](std::string_view name) { return kit::field_id(language, name); };
+  return {.kind = kit::NodeKinds<Node>(language, NAMES),
           .field = {.alias = field("alias"),
                     .alternative = field("alternative"),
                     .arguments = field("arguments"),
@@ -161,7 +161,7 @@ Syntax make_syntax(const TSLanguage* language, bool typed) {
 }
 
 std::string_view string_content(TSNode literal, std::string_view text) {
-  std::string_view content = support::text_of(literal, text);
+  std::string_view content = kit::text_of(literal, text);
   if (content.size() < 2) return {};
   const char quote = content.front();
   const bool quoted = quote == '"' || quote == '\'' || quote == '`';
@@ -169,7 +169,7 @@ std::string_view string_content(TSNode literal, std::string_view text) {
 }
 
 TSNode first_child(const Syntax& syntax, TSNode node) {
-  if (support::is_null(node)) return node;
+  if (kit::is_null(node)) return node;
   const std::uint32_t count = ts_node_named_child_count(node);
   for (std::uint32_t i = 0; i < count && i < 8; ++i) {
     const TSNode below = ts_node_named_child(node, i);
@@ -195,7 +195,7 @@ bool is_function_value(Node kind) {
 }
 
 bool has_keyword(TSNode node, std::string_view keyword) {
-  if (support::is_null(node)) return false;
+  if (kit::is_null(node)) return false;
   const std::uint32_t count = ts_node_child_count(node);
   for (std::uint32_t i = 0; i < count && i < 8; ++i) {
     const TSNode below = ts_node_child(node, i);

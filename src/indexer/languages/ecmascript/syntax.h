@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <string_view>
 
-#include "indexer/languages/support/nodes.h"
+#include "indexer/languages/kit/nodes.h"
 
 /// The nodes that the grammars of JavaScript, TypeScript and TSX share, as extraction sees them.
 namespace context_delta::indexer::ecmascript {
@@ -115,7 +115,7 @@ struct Fields {
 
 /// The tables of one grammar.
 struct Syntax {
-  support::NodeKinds<Node> kind;
+  kit::NodeKinds<Node> kind;
   Fields field;
   bool typed = false;  ///< TypeScript: what a parameter's default is decides its type
 };

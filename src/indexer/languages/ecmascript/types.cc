@@ -3,13 +3,13 @@
 
 #include "indexer/languages/ecmascript/names.h"
 #include "indexer/languages/ecmascript/values.h"
-#include "indexer/languages/support/text.h"
+#include "indexer/languages/kit/text.h"
 
 /// Types as TypeScript and documentation comments write them.
 namespace context_delta::indexer::ecmascript {
 namespace {
 
-using support::trimmed;
+using kit::trimmed;
 
 /// The parts of a type between separators that stand in no brackets.
 std::vector<std::string_view> parts_of(std::string_view text, char separator) {

@@ -4,14 +4,14 @@
 
 #include "indexer/languages/ecmascript/builtins.h"
 #include "indexer/languages/ecmascript/names.h"
-#include "indexer/languages/support/facts_builder.h"
-#include "indexer/languages/support/text.h"
+#include "indexer/languages/kit/facts_builder.h"
+#include "indexer/languages/kit/text.h"
 
 namespace context_delta::indexer::ecmascript {
 namespace {
 
-using support::Binder;
-using support::definition_at;
+using kit::Binder;
+using kit::definition_at;
 
 /// Several meanings of one name: the common one, or the likeliest, unsure.
 Value merged(const std::vector<Value>& values) {
@@ -44,7 +44,7 @@ bool is_local_to_function(const Facts& facts, const Binding& binding) {
   const bool local =
       binding.kind == Binding::Kind::LOCAL || binding.kind == Binding::Kind::PARAMETER;
   return local && binding.scope != NOWHERE &&
-         support::is_function_kind(definition_at(facts, binding.scope).kind);
+         kit::is_function_kind(definition_at(facts, binding.scope).kind);
 }
 
 std::string_view name_at_start(std::string_view text) {
@@ -73,8 +73,8 @@ const Facts& Evaluator::facts(const File& file) {
   return file.id == file_.id ? facts_ : world_.facts(file);
 }
 
-const support::ScopeIndex& Evaluator::scopes(const File& file) {
-  return file.id == file_.id ? scopes_ : support::scopes_of(file, world_);
+const kit::ScopeIndex& Evaluator::scopes(const File& file) {
+  return file.id == file_.id ? scopes_ : kit::scopes_of(file, world_);
 }
 
 const Definition& Evaluator::definition(const Value& value) {
@@ -120,7 +120,7 @@ Value Evaluator::name_value(const File& file, DefinitionIndex scope, std::string
   if (depth > DEEPEST || !spend()) return {};
   const Facts& known = facts(file);
   for (DefinitionIndex at = scope;; at = definition_at(known, at).parent) {
-    const bool is_class = at != NOWHERE && support::is_class_kind(definition_at(known, at).kind);
+    const bool is_class = at != NOWHERE && kit::is_class_kind(definition_at(known, at).kind);
     if (space == Space::TYPES) {
       const Binders named = scopes(file).find(at, std::string(TYPE_NAMED) + std::string(name));
       if (!named.empty()) {

@@ -9,10 +9,10 @@
 #include <utility>
 #include <vector>
 
-#include "indexer/facts.h"
 #include "indexer/languages/ecmascript/modules.h"
-#include "indexer/languages/support/scopes.h"
-#include "indexer/world.h"
+#include "indexer/languages/kit/scopes.h"
+#include "indexer/model/facts.h"
+#include "indexer/world/world.h"
 
 /// What names, expressions and types mean, as far as the text says.
 namespace context_delta::indexer::ecmascript {
@@ -77,7 +77,7 @@ class Evaluator {
   bool gave_up() const { return steps_ > MOST_STEPS; }
 
   const Facts& facts(const File& file);
-  const support::ScopeIndex& scopes(const File& file);
+  const kit::ScopeIndex& scopes(const File& file);
   const Definition& definition(const Value& value);
   ModuleAnswer module(const File& importer, std::string_view specifier);
 
@@ -105,14 +105,14 @@ class Evaluator {
   Value enclosing_class(const File& file, DefinitionIndex scope);
 
  private:
-  using Binders = std::span<const support::Binder>;
+  using Binders = std::span<const kit::Binder>;
   /// Types and modules may refer to each other in more ways than could ever be followed.
   static constexpr int MOST_STEPS = 5000;
   bool spend() { return ++steps_ <= MOST_STEPS; }
   Value combined(const File& file, DefinitionIndex scope, Binders binders, Space space, int depth);
-  bool names_value(const File& file, const support::Binder& binder);
-  bool names_member(const File& file, const support::Binder& binder);
-  bool names_type(const File& file, const support::Binder& binder);
+  bool names_value(const File& file, const kit::Binder& binder);
+  bool names_member(const File& file, const kit::Binder& binder);
+  bool names_type(const File& file, const kit::Binder& binder);
   Value definition_value(const File& file, DefinitionIndex index);
   Value binding_value(const File& file, const Binding& binding, int depth);
   Value import_value(const File& file, const Import& import, Space space, int depth);
@@ -141,7 +141,7 @@ class Evaluator {
   const File& file_;
   const Facts& facts_;
   World& world_;
-  support::ScopeIndex scopes_;
+  kit::ScopeIndex scopes_;
   std::map<std::pair<std::int64_t, DefinitionIndex>, Ancestry> ancestries_;
   std::map<std::pair<std::int64_t, std::string>, ModuleAnswer> modules_;
   // While the bases of a class are read, what is inherited is not known.

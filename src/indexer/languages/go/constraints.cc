@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "indexer/languages/go/go.h"
-#include "indexer/languages/support/text.h"
+#include "indexer/languages/kit/text.h"
 
 namespace context_delta::indexer::go {
 namespace {
@@ -29,7 +29,7 @@ void add(std::string& all, const std::string& condition) {
   all += "(" + condition + ")";
 }
 
-bool is_tag_byte(char byte) { return support::is_identifier_byte(byte) || byte == '.'; }
+bool is_tag_byte(char byte) { return kit::is_identifier_byte(byte) || byte == '.'; }
 
 /// Reads a condition with a stack for what is open: '(' '!' '&' '|'.
 class Condition {
@@ -94,12 +94,12 @@ bool Condition::holds(std::string_view text) {
 
 /// The condition that a file's name makes: `linux && amd64` of `a_linux_amd64_test.go`.
 std::string constraint_of_name(std::string_view path) {
-  std::string_view stem = support::base_name(path);
+  std::string_view stem = kit::base_name(path);
   stem = stem.substr(0, stem.find('.'));
   if (stem.ends_with("_test")) stem.remove_suffix(5);
   const std::size_t first = stem.find('_');
   if (first == std::string_view::npos) return {};
-  const std::vector<std::string_view> words = support::split(stem.substr(first + 1), '_');
+  const std::vector<std::string_view> words = kit::split(stem.substr(first + 1), '_');
   const std::string last(words.back());
   if (contains(SYSTEMS, last)) return last;
   if (!contains(PROCESSORS, last)) return {};
@@ -123,7 +123,7 @@ std::string constraint_of(std::string_view path, const Facts& facts) {
 
 std::string modern_constraint(std::string_view line) {
   std::string made;
-  for (const std::string_view choice : support::split(line, ' ')) {
+  for (const std::string_view choice : kit::split(line, ' ')) {
     if (choice.empty()) continue;
     if (!made.empty()) made += " || ";
     made += '(';

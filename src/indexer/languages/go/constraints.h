@@ -3,7 +3,7 @@
 #include <string>
 #include <string_view>
 
-#include "indexer/facts.h"
+#include "indexer/model/facts.h"
 
 /// When files are built.
 namespace context_delta::indexer::go {

@@ -3,22 +3,22 @@
 #include <algorithm>
 
 #include "indexer/languages/go/syntax.h"
-#include "indexer/languages/support/facts_builder.h"
-#include "indexer/languages/support/text.h"
+#include "indexer/languages/kit/facts_builder.h"
+#include "indexer/languages/kit/text.h"
 
 namespace context_delta::indexer::go {
 namespace {
 
-using support::child;
-using support::text_of;
+using kit::child;
+using kit::text_of;
 
 Definition definition_of(TSNode node, TSNode name, Kind kind, std::string_view text) {
   Definition made;
-  made.name = support::one_line(text_of(name, text));
+  made.name = kit::one_line(text_of(name, text));
   made.kind = kind;
-  made.first_line = support::first_line(node);
-  made.last_line = support::last_line(node);
-  made.name_line = support::is_null(name) ? made.first_line : support::first_line(name);
+  made.first_line = kit::first_line(node);
+  made.last_line = kit::last_line(node);
+  made.name_line = kit::is_null(name) ? made.first_line : kit::first_line(name);
   return made;
 }
 
@@ -28,10 +28,10 @@ void count_parameters(Definition& made, TSNode parameters) {
   for (const TSNode each : parts(parameters)) {
     const bool variadic = syntax().kind(each) == Node::VARIADIC_PARAMETER;
     any = any || variadic;
-    const std::size_t named = support::children(each, syntax().field.name).size();
+    const std::size_t named = kit::children(each, syntax().field.name).size();
     if (!variadic) least += std::max<std::size_t>(named, 1);
   }
-  made.least_arguments = support::argument_count(least);
+  made.least_arguments = kit::argument_count(least);
   made.most_arguments = any ? ANY_NUMBER : made.least_arguments;
 }
 
@@ -60,15 +60,15 @@ std::string_view last_name(std::string_view dotted) { return dotted.substr(dotte
 Definition function_definition(TSNode node, const Names& names) {
   const Fields& field = syntax().field;
   const TSNode receiver = child(node, field.receiver);
-  const bool is_method = !support::is_null(receiver);
+  const bool is_method = !kit::is_null(receiver);
   Definition made = definition_of(node, child(node, field.name),
                                   is_method ? Kind::METHOD : Kind::FUNCTION, names.text);
-  made.signature = support::one_line(text_until(node, child(node, field.body), names.text));
+  made.signature = kit::one_line(text_until(node, child(node, field.body), names.text));
   made.type = result_text(child(node, field.result), names);
   if (is_method) {
-    made.scope = support::one_line(text_of(named_type(receiver_type(receiver)), names.text));
+    made.scope = kit::one_line(text_of(named_type(receiver_type(receiver)), names.text));
   }
-  if (!support::is_null(child(node, field.type_parameters))) made.traits |= GENERIC;
+  if (!kit::is_null(child(node, field.type_parameters))) made.traits |= GENERIC;
   count_parameters(made, child(node, field.parameters));
   return made;
 }
@@ -76,7 +76,7 @@ Definition function_definition(TSNode node, const Names& names) {
 Definition interface_method(TSNode node, const Names& names) {
   const Fields& field = syntax().field;
   Definition made = definition_of(node, child(node, field.name), Kind::METHOD, names.text);
-  made.signature = support::one_line(text_of(node, names.text));
+  made.signature = kit::one_line(text_of(node, names.text));
   made.type = result_text(child(node, field.result), names);
   made.traits = DECLARATION | VIRTUAL;
   count_parameters(made, child(node, field.parameters));
@@ -90,16 +90,16 @@ Definition type_definition(TSNode spec, const Names& names) {
   if (made.kind == Kind::TYPE) {
     const bool is_alias = has_token(spec, "=");
     made.type = (is_alias ? "=" : "") + type_text(type, names);
-    made.signature = support::one_line("type " + std::string(text_of(spec, names.text)));
+    made.signature = kit::one_line("type " + std::string(text_of(spec, names.text)));
   } else {
     const std::string_view keyword = made.kind == Kind::STRUCT ? "struct" : "interface";
-    made.signature = support::one_line("type " + std::string(text_until(spec, type, names.text)) +
-                                       std::string(keyword));
+    made.signature = kit::one_line("type " + std::string(text_until(spec, type, names.text)) +
+                                   std::string(keyword));
   }
   for (const TSNode base : embedded_types(type)) {
-    made.bases.push_back(support::one_line(text_of(named_type(base), names.text)));
+    made.bases.push_back(kit::one_line(text_of(named_type(base), names.text)));
   }
-  if (!support::is_null(child(spec, field.type_parameters))) made.traits |= GENERIC;
+  if (!kit::is_null(child(spec, field.type_parameters))) made.traits |= GENERIC;
   return made;
 }
 
@@ -108,9 +108,9 @@ Definition variable_definition(TSNode spec, TSNode name, std::string_view keywor
   Definition made = definition_of(spec, name, Kind::VARIABLE, names.text);
   made.type = type_text(child(spec, syntax().field.type), names);
   std::string_view first = text_of(spec, names.text);
-  first = support::trimmed(first.substr(0, first.find('\n')));
+  first = kit::trimmed(first.substr(0, first.find('\n')));
   if (first.ends_with('{') || first.ends_with('(')) first.remove_suffix(1);
-  made.signature = support::one_line(std::string(keyword) + " " + std::string(first));
+  made.signature = kit::one_line(std::string(keyword) + " " + std::string(first));
   return made;
 }
 
@@ -118,13 +118,12 @@ Definition closure_definition(TSNode literal, std::string_view name, std::int32_
                               const Names& names) {
   const Fields& field = syntax().field;
   Definition made = definition_of(literal, {}, Kind::FUNCTION, names.text);
-  made.name = support::one_line(name);
+  made.name = kit::one_line(name);
   made.first_line = first_line;
   made.name_line = first_line;
-  made.signature =
-      made.name +
-      " := " + support::one_line(text_until(literal, child(literal, field.body), names.text), 200);
-  made.signature = support::one_line(made.signature);
+  made.signature = made.name + " := " +
+                   kit::one_line(text_until(literal, child(literal, field.body), names.text), 200);
+  made.signature = kit::one_line(made.signature);
   made.type = result_text(child(literal, field.result), names);
   count_parameters(made, child(literal, field.parameters));
   return made;
@@ -135,7 +134,7 @@ std::vector<Parameter> parameters_of(TSNode list, const Names& names) {
   for (const TSNode each : parts(list)) {
     std::string type = type_text(child(each, syntax().field.type), names);
     if (syntax().kind(each) == Node::VARIADIC_PARAMETER) type.insert(0, "[]");
-    for (const TSNode name : support::children(each, syntax().field.name)) {
+    for (const TSNode name : kit::children(each, syntax().field.name)) {
       if (syntax().kind(name) == Node::IDENTIFIER) found.push_back({name, type});
     }
   }
@@ -147,18 +146,18 @@ std::vector<Binding> field_bindings(TSNode struct_type, DefinitionIndex scope,
   std::vector<Binding> bindings;
   const auto add = [&](std::string_view name, TSNode at, TSNode type) {
     Binding made;
-    made.name = prefix + support::one_line(name);
+    made.name = prefix + kit::one_line(name);
     made.kind = Binding::Kind::MEMBER;
     made.scope = scope;
     made.type = type_text(type, names);
-    made.line = support::first_line(at);
+    made.line = kit::first_line(at);
     bindings.push_back(std::move(made));
   };
   for (const TSNode list : parts(struct_type)) {
     for (const TSNode each : parts(list)) {
       if (syntax().kind(each) != Node::FIELD_DECLARATION) continue;
       const TSNode type = child(each, syntax().field.type);
-      const std::vector<TSNode> named = support::children(each, syntax().field.name);
+      const std::vector<TSNode> named = kit::children(each, syntax().field.name);
       for (const TSNode name : named) {
         if (ts_node_is_named(name)) add(text_of(name, names.text), name, type);
       }
@@ -173,7 +172,7 @@ std::vector<TSNode> embedded_types(TSNode type) {
   const Node kind = syntax().kind(type);
   if (kind != Node::STRUCT_TYPE && kind != Node::INTERFACE_TYPE) return found;
   const auto add = [&](TSNode each) {
-    if (!support::is_null(named_type(each))) found.push_back(each);
+    if (!kit::is_null(named_type(each))) found.push_back(each);
   };
   for (const TSNode each : parts(type)) {
     if (syntax().kind(each) == Node::TYPE_ELEMENT) {
@@ -185,7 +184,7 @@ std::vector<TSNode> embedded_types(TSNode type) {
     }
     if (syntax().kind(each) != Node::FIELD_LIST) continue;
     for (const TSNode field : parts(each)) {
-      if (support::is_null(child(field, syntax().field.name))) {
+      if (kit::is_null(child(field, syntax().field.name))) {
         add(child(field, syntax().field.type));
       }
     }
@@ -195,9 +194,9 @@ std::vector<TSNode> embedded_types(TSNode type) {
 
 TypeParameters type_parameters_of(TSNode list, bool of_type, std::string_view text) {
   TypeParameters found;
-  if (support::is_null(list)) return found;
+  if (kit::is_null(list)) return found;
   for (const TSNode each : parts(list)) {
-    for (const TSNode name : support::children(each, syntax().field.name)) {
+    for (const TSNode name : kit::children(each, syntax().field.name)) {
       if (!ts_node_is_named(name)) continue;
       const std::string_view written = text_of(name, text);
       found.emplace_back(written,
@@ -211,11 +210,11 @@ TypeParameters receiver_parameters(TSNode receiver, std::string_view text) {
   TypeParameters found;
   TSNode type = receiver_type(receiver);
   for (int step = 0; step < 4 && syntax().kind(type) != Node::GENERIC_TYPE; ++step) {
-    if (support::is_null(type)) return found;
+    if (kit::is_null(type)) return found;
     type = ts_node_named_child(type, 0);
   }
   const TSNode arguments = child(type, syntax().field.type_arguments);
-  if (support::is_null(arguments)) return found;
+  if (kit::is_null(arguments)) return found;
   for (const TSNode each : parts(arguments)) {
     found.emplace_back(text_of(each, text), "$" + std::to_string(found.size()));
   }
@@ -224,16 +223,16 @@ TypeParameters receiver_parameters(TSNode receiver, std::string_view text) {
 
 std::vector<Binding> parameter_bindings(TSNode list, DefinitionIndex scope, const Names& names) {
   std::vector<Binding> bindings;
-  if (support::is_null(list)) return bindings;
+  if (kit::is_null(list)) return bindings;
   for (const TSNode each : parts(list)) {
-    for (const TSNode name : support::children(each, syntax().field.name)) {
+    for (const TSNode name : kit::children(each, syntax().field.name)) {
       if (!ts_node_is_named(name) || bindings.size() >= names.type_parameters.size()) continue;
       Binding made;
       made.name = names.type_parameters[bindings.size()].second;
       made.kind = Binding::Kind::PARAMETER;
       made.scope = scope;
       made.type = type_text(child(each, syntax().field.type), names);
-      made.line = support::first_line(name);
+      made.line = kit::first_line(name);
       bindings.push_back(std::move(made));
     }
   }
@@ -249,7 +248,7 @@ std::int16_t call_arguments(TSNode arguments) {
     if (kind == Node::VARIADIC_ARGUMENT) return ANY_NUMBER;
     ++count;
   }
-  return open && count == 1 ? ANY_NUMBER : support::argument_count(count);
+  return open && count == 1 ? ANY_NUMBER : kit::argument_count(count);
 }
 
 }  // namespace context_delta::indexer::go

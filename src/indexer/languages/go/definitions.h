@@ -5,8 +5,8 @@
 
 #include <tree_sitter/api.h>
 
-#include "indexer/facts.h"
 #include "indexer/languages/go/expressions.h"
+#include "indexer/model/facts.h"
 
 /// Definitions, parameters and fields of Go, one node at a time.
 namespace context_delta::indexer::go {

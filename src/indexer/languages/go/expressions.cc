@@ -3,13 +3,13 @@
 #include <algorithm>
 
 #include "indexer/languages/go/syntax.h"
-#include "indexer/languages/support/text.h"
+#include "indexer/languages/kit/text.h"
 
 namespace context_delta::indexer::go {
 namespace {
 
-using support::child;
-using support::text_of;
+using kit::child;
+using kit::text_of;
 
 constexpr int LONGEST_CHAIN = 40;
 
@@ -70,7 +70,7 @@ Step call_step(TSNode node, const Names& names) {
   if (syntax().kind(function) == Node::IDENTIFIER && !names.locals.has(name)) {
     const TSNode first = ts_node_named_child(child(node, field.arguments), 0);
     Step step = call_of_builtin(name, first, names);
-    if (!step.root.empty() || (step.node.id != nullptr && !support::is_null(step.node))) {
+    if (!step.root.empty() || (step.node.id != nullptr && !kit::is_null(step.node))) {
       return step;
     }
   }
@@ -95,7 +95,7 @@ Step binary_step(TSNode node, const Names& names) {
 Step conversion_step(TSNode node, const Names& names) {
   const TSNode type = child(node, syntax().field.type);
   if (syntax().kind(type) == Node::GENERIC_TYPE) {
-    return {.root = support::one_line(text_of(named_type(type), names.text)) + "()"};
+    return {.root = kit::one_line(text_of(named_type(type), names.text)) + "()"};
   }
   return {.root = root_of(type_text(type, names))};
 }
@@ -107,11 +107,11 @@ Step step_of(TSNode node, const Names& names) {
     case Node::TYPE_IDENTIFIER: {
       const std::string_view name = text_of(node, names.text);
       const std::string local = names.locals.find(name);
-      return {.root = local.empty() ? support::one_line(name, support::LONGEST_EXPRESSION) : local};
+      return {.root = local.empty() ? kit::one_line(name, kit::LONGEST_EXPRESSION) : local};
     }
     case Node::SELECTOR:
       return {.node = child(node, field.operand),
-              .suffix = "." + support::one_line(text_of(child(node, field.field), names.text))};
+              .suffix = "." + kit::one_line(text_of(child(node, field.field), names.text))};
     case Node::CALL:
       return call_step(node, names);
     case Node::CONVERSION:
@@ -125,7 +125,7 @@ Step step_of(TSNode node, const Names& names) {
     case Node::TYPE_INSTANTIATION:
     case Node::GENERIC_TYPE:
     case Node::QUALIFIED_TYPE:
-      return {.root = support::one_line(text_of(named_type(node), names.text))};
+      return {.root = kit::one_line(text_of(named_type(node), names.text))};
     case Node::TYPE_ASSERTION:
     case Node::COMPOSITE_LITERAL:
       return {.root = root_of(type_text(child(node, field.type), names))};
@@ -145,7 +145,7 @@ std::string with_parameters_replaced(const std::string& type, const TypeParamete
   std::string made;
   for (std::size_t at = 0; at < type.size();) {
     std::size_t end = at;
-    while (end < type.size() && support::is_identifier_byte(type[end])) ++end;
+    while (end < type.size() && kit::is_identifier_byte(type[end])) ++end;
     if (end == at) {
       made += type[at++];
       continue;
@@ -185,7 +185,7 @@ TSNode innermost_type(TSNode type) {
 }
 
 void append_part(std::string& list, const std::string& part) {
-  if (list.size() > support::LONGEST_SIGNATURE) return;
+  if (list.size() > kit::LONGEST_SIGNATURE) return;
   if (!list.empty()) list += ", ";
   list += part;
 }
@@ -193,7 +193,7 @@ void append_part(std::string& list, const std::string& part) {
 }  // namespace
 
 std::string_view text_until(TSNode node, TSNode end, std::string_view text) {
-  if (support::is_null(end)) return text_of(node, text);
+  if (kit::is_null(end)) return text_of(node, text);
   const std::size_t start = ts_node_start_byte(node);
   const std::size_t stop = ts_node_start_byte(end);
   return start < stop && stop <= text.size() ? text.substr(start, stop - start)
@@ -202,8 +202,8 @@ std::string_view text_until(TSNode node, TSNode end, std::string_view text) {
 
 std::string expression_text(TSNode node, const Names& names) {
   std::string suffix;  // built from the outside in, so in front
-  for (int step = 0; step < LONGEST_CHAIN && suffix.size() < support::LONGEST_EXPRESSION; ++step) {
-    if (support::is_null(node)) break;
+  for (int step = 0; step < LONGEST_CHAIN && suffix.size() < kit::LONGEST_EXPRESSION; ++step) {
+    if (kit::is_null(node)) break;
     Step next = step_of(node, names);
     if (!next.root.empty()) return next.root == "?" ? "?" : next.root + suffix;
     suffix = next.suffix + suffix;
@@ -232,12 +232,12 @@ std::vector<std::string> assigned_values(TSNode right, std::size_t count, const 
 }
 
 std::string type_text(TSNode node, const Names& names) {
-  if (support::is_null(node)) return {};
+  if (kit::is_null(node)) return {};
   const TSNode inner = innermost_type(node);
-  std::string type = support::one_line(text_of(node, names.text));
+  std::string type = kit::one_line(text_of(node, names.text));
   if (syntax().kind(inner) == Node::STRUCT_TYPE) {
-    type = support::one_line(text_until(node, inner, names.text));
-    const bool word = !type.empty() && support::is_identifier_byte(type.back());
+    type = kit::one_line(text_until(node, inner, names.text));
+    const bool word = !type.empty() && kit::is_identifier_byte(type.back());
     type += (word ? " " : "") + names.structs.name(ts_node_start_byte(inner));
   }
   if (names.type_parameters.empty()) return type;
@@ -250,7 +250,7 @@ std::string result_text(TSNode result, const Names& names) {
   std::size_t count = 0;
   for (const TSNode each : parts(result)) {
     const std::string type = type_text(child(each, syntax().field.type), names);
-    const std::size_t named = support::children(each, syntax().field.name).size();
+    const std::size_t named = kit::children(each, syntax().field.name).size();
     for (std::size_t i = 0; i < std::max<std::size_t>(named, 1); ++i) {
       append_part(list, type);
       ++count;

@@ -7,13 +7,13 @@
 #include "indexer/languages/go/constraints.h"
 #include "indexer/languages/go/extractor.h"
 #include "indexer/languages/go/go.h"
-#include "indexer/languages/support/text.h"
+#include "indexer/languages/kit/text.h"
 
 namespace context_delta::indexer::go {
 
-using support::child;
-using support::first_line;
-using support::is_null;
+using kit::child;
+using kit::first_line;
+using kit::is_null;
 
 bool Extractor::enter(TSNode node, std::uint32_t depth) {
   switch (go_.kind(node)) {
@@ -121,7 +121,7 @@ void Extractor::leave(std::uint32_t depth) {
 /// Build constraints stand in comments above the package clause.
 void Extractor::enter_comment(TSNode node) {
   if (in_package_) return;
-  const std::string_view comment = support::trimmed(text(node));
+  const std::string_view comment = kit::trimmed(text(node));
   const std::string_view modern = "//go:build ";
   const std::string_view old = "// +build ";
   if (comment.starts_with(modern)) bind_clause(BUILD_CONSTRAINT, comment.substr(modern.size()));
@@ -134,7 +134,7 @@ void Extractor::bind_clause(std::string_view name, std::string_view value) {
   Binding made;
   made.name = name;
   made.kind = Binding::Kind::GLOBAL;
-  made.value = support::one_line(value);
+  made.value = kit::one_line(value);
   builder_.bind(std::move(made));
 }
 
@@ -143,12 +143,12 @@ void Extractor::enter_import(TSNode node) {
   std::string_view path = text(child(node, go_.field.path));
   if (path.size() < 2) return;
   path = path.substr(1, path.size() - 2);
-  made.module = support::one_line(path);
+  made.module = kit::one_line(path);
   const TSNode name = child(node, go_.field.name);
   if (go_.kind(name) == Node::DOT) {
     made.name = "*";
   } else if (!is_null(name)) {
-    made.alias = support::one_line(text(name));
+    made.alias = kit::one_line(text(name));
   }
   made.line = first_line(node);
   made.traits = builder_.frame().traits & BROKEN;
@@ -206,7 +206,7 @@ void Extractor::refer_to_type(TSNode type, Role role) {
   handled_ = ts_node_start_byte(named);
   if (go_.kind(named) == Node::QUALIFIED_TYPE) {
     const TSNode name = child(named, go_.field.name);
-    builder_.refer(text(name), support::one_line(text(child(named, go_.field.package))), role,
+    builder_.refer(text(name), kit::one_line(text(child(named, go_.field.package))), role,
                    first_line(name));
   } else if (!is_predeclared(text(named)) && !is_type_parameter(text(named))) {
     builder_.refer(text(named), {}, role, first_line(named));
@@ -233,7 +233,7 @@ bool Extractor::enter_type_name(TSNode node) {
 
 Facts extract(TSNode root, std::string_view text) {
   Extractor extractor(text);
-  support::walk(root, extractor);
+  kit::walk(root, extractor);
   return extractor.finish();
 }
 

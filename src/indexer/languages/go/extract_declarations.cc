@@ -3,14 +3,14 @@
 #include <vector>
 
 #include "indexer/languages/go/extractor.h"
-#include "indexer/languages/support/text.h"
+#include "indexer/languages/kit/text.h"
 
 // What declares names: functions, types, variables and the statements that bind locals.
 namespace context_delta::indexer::go {
 
-using support::child;
-using support::first_line;
-using support::is_null;
+using kit::child;
+using kit::first_line;
+using kit::is_null;
 
 void Extractor::enter_function(TSNode node, std::uint32_t depth) {
   const TSNode receiver = child(node, go_.field.receiver);
@@ -69,7 +69,7 @@ void Extractor::enter_type(TSNode node, std::uint32_t depth) {
     type_parameters_ = type_parameters_of(generic, true, builder_.text());
   }
   const DefinitionIndex index = define_local(type_definition(node, names()));
-  support::Frame& frame = builder_.open(depth);
+  kit::Frame& frame = builder_.open(depth);
   frame.definition = index;
   frame.state = 0;
   if (builder_.definition(index).kind == Kind::INTERFACE) frame.state = IN_INTERFACE;
@@ -87,7 +87,7 @@ void Extractor::enter_type(TSNode node, std::uint32_t depth) {
 void Extractor::enter_struct(TSNode node) {
   if (ts_node_start_byte(node) == named_struct_) return;
   DefinitionIndex scope = builder_.frame().definition;
-  while (scope != NOWHERE && !support::is_function_kind(builder_.definition(scope).kind)) {
+  while (scope != NOWHERE && !kit::is_function_kind(builder_.definition(scope).kind)) {
     scope = builder_.definition(scope).parent;
   }
   const std::string prefix = structs_.name(ts_node_start_byte(node)) + ".";
@@ -100,14 +100,14 @@ void Extractor::enter_struct(TSNode node) {
 void Extractor::enter_method_element(TSNode node, std::uint32_t depth) {
   if ((builder_.frame().state & IN_INTERFACE) == 0) return;
   const DefinitionIndex index = builder_.define(interface_method(node, names()));
-  support::Frame& frame = builder_.open(depth);
+  kit::Frame& frame = builder_.open(depth);
   frame.definition = index;
   frame.state = 0;
 }
 
 void Extractor::enter_variables(TSNode node, std::uint32_t depth, std::string_view keyword) {
   std::vector<TSNode> left;
-  for (const TSNode name : support::children(node, go_.field.name)) {
+  for (const TSNode name : kit::children(node, go_.field.name)) {
     if (go_.kind(name) == Node::IDENTIFIER) left.push_back(name);
   }
   TSNode right = child(node, go_.field.value);
@@ -118,7 +118,7 @@ void Extractor::enter_variables(TSNode node, std::uint32_t depth, std::string_vi
   for (std::size_t i = 0; i < left.size(); ++i) {
     if (text(left[i]) == "_") continue;
     Binding made;
-    made.name = support::one_line(text(left[i]));
+    made.name = kit::one_line(text(left[i]));
     made.kind = Binding::Kind::GLOBAL;
     made.type = type;
     made.value = values[i];
@@ -212,7 +212,7 @@ void Extractor::enter_type_case(TSNode node, std::uint32_t depth) {
   if (alias.empty()) return;
   Binding made;
   made.line = first_line(node);
-  std::vector<TSNode> types = support::children(node, go_.field.type);
+  std::vector<TSNode> types = kit::children(node, go_.field.type);
   std::erase_if(types, [](TSNode each) { return !ts_node_is_named(each); });
   if (types.size() == 1 && text(types.front()) != "nil") {
     made.type = type_text(types.front(), names());

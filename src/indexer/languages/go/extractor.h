@@ -11,7 +11,7 @@
 #include "indexer/languages/go/expressions.h"
 #include "indexer/languages/go/locals.h"
 #include "indexer/languages/go/syntax.h"
-#include "indexer/languages/support/facts_builder.h"
+#include "indexer/languages/kit/facts_builder.h"
 
 /// The visitor that makes facts of a parsed text.
 namespace context_delta::indexer::go {
@@ -73,10 +73,10 @@ class Extractor {
   bool is_type_parameter(std::string_view name) const;
 
   Names names() { return {builder_.text(), locals_, type_parameters_, structs_}; }
-  std::string_view text(TSNode node) const { return support::text_of(node, builder_.text()); }
+  std::string_view text(TSNode node) const { return kit::text_of(node, builder_.text()); }
 
   const Syntax& go_ = syntax();
-  support::FactsBuilder builder_;
+  kit::FactsBuilder builder_;
   Locals locals_;
   TypeParameters type_parameters_;
   AnonymousStructs structs_;

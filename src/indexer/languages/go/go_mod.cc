@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "indexer/languages/go/go.h"
-#include "indexer/languages/support/text.h"
+#include "indexer/languages/kit/text.h"
 
 namespace context_delta::indexer::go {
 namespace {
@@ -23,7 +23,7 @@ std::string unquoted(std::string_view word) {
   if (word.size() >= 2 && (word.front() == '"' || word.front() == '`')) {
     word = word.substr(1, word.size() - 2);
   }
-  return support::one_line(word);
+  return kit::one_line(word);
 }
 
 std::vector<std::string> words_of(std::string_view line) {
@@ -64,7 +64,7 @@ Facts extract_module(TSNode, std::string_view text) {
   Facts facts;
   std::string block;  // the verb of the list in parentheses that is open
   std::int32_t number = 0;
-  for (std::string_view line : support::split(text, '\n')) {
+  for (std::string_view line : kit::split(text, '\n')) {
     ++number;
     line = line.substr(0, line.find("//"));
     std::vector<std::string> words = words_of(line);

@@ -4,14 +4,14 @@
 
 #include "indexer/languages/go/builtins.h"
 #include "indexer/languages/go/values.h"
-#include "indexer/languages/support/facts_builder.h"
-#include "indexer/languages/support/text.h"
+#include "indexer/languages/kit/facts_builder.h"
+#include "indexer/languages/kit/text.h"
 
 // Types, their fields and their methods.
 namespace context_delta::indexer::go {
 namespace {
 
-using support::Binder;
+using kit::Binder;
 
 constexpr int DEEPEST = 24;
 /// How many types may be embedded in one another.
@@ -85,7 +85,7 @@ Value Evaluator::type_parameter(const Type& type, std::string_view name, int dep
 }
 
 Value Evaluator::constrained_by(const Type& type, std::string_view parameter, int depth) {
-  const support::Outline& known = outline(*type.file);
+  const kit::Outline& known = outline(*type.file);
   for (DefinitionIndex at = type.scope; at != NOWHERE; at = known.definition(at).parent) {
     const File* file = type.file;
     DefinitionIndex scope = at;
@@ -96,7 +96,7 @@ Value Evaluator::constrained_by(const Type& type, std::string_view parameter, in
       file = receiver.file;
       scope = receiver.definition;
     }
-    const support::Outline& there = outline(*file);
+    const kit::Outline& there = outline(*file);
     for (const Binder& binder : there.find(scope, parameter)) {
       if (binder.kind != Binder::Kind::BINDING) continue;
       return named_type({file, scope, there.binding(binder).type}, depth + 1);
@@ -129,7 +129,7 @@ Type Evaluator::underlying(const Type& type, int depth) {
 Value Evaluator::anonymous_member(const Type& type, std::string_view name) {
   std::string field(without_pointers(type.text));
   (field += '.') += name;
-  const support::Outline& known = outline(*type.file);
+  const kit::Outline& known = outline(*type.file);
   for (DefinitionIndex at = type.scope;; at = known.definition(at).parent) {
     for (const Binder& binder : known.find(at, field)) {
       if (binder.kind != Binder::Kind::BINDING) continue;
@@ -212,7 +212,7 @@ Value Evaluator::own_member(const Value& type, std::string_view name, int depth)
       if (made.is_definition()) return made;
     }
   }
-  const support::Outline& there = outline(*type.file);
+  const kit::Outline& there = outline(*type.file);
   for (const Binder& binder : there.find(type.definition, name)) {
     if (binder.kind == Binder::Kind::BINDING) {
       return {.kind = Value::Kind::INSTANCE,
@@ -244,7 +244,7 @@ std::vector<Value> Evaluator::embedded(const Value& type, int depth) {
         named_type({type.file, owner.parent, owner.type, type.type.arguments}, depth + 1);
     return below.is_definition() ? embedded(below, depth + 1) : found;
   }
-  const support::Outline& there = outline(*type.file);
+  const kit::Outline& there = outline(*type.file);
   for (const std::string& base : owner.bases) {
     Type written = {type.file, owner.parent, base, type.type.arguments};
     for (const Binder& binder : there.find(type.definition, last_name(base))) {

@@ -4,13 +4,13 @@
 #include <vector>
 
 #include "indexer/languages/go/go.h"
-#include "indexer/languages/support/text.h"
+#include "indexer/languages/kit/text.h"
 
 namespace context_delta::indexer::go {
 namespace {
 
-using support::base_name;
-using support::folder_of;
+using kit::base_name;
+using kit::folder_of;
 
 constexpr std::string_view MODULE_FILE = "go.mod";
 
@@ -55,7 +55,7 @@ bool has_go_files(std::string_view folder, World& world) {
 /// `./x` and `../x` as seen from a folder; nothing when it leads out of the repository.
 std::optional<std::string> relative_folder(std::string_view from, std::string_view relative) {
   std::string folder(from);
-  for (const std::string_view part : support::split(relative, '/')) {
+  for (const std::string_view part : kit::split(relative, '/')) {
     if (part == "." || part.empty()) continue;
     if (part != "..") {
       folder = join(folder, part);

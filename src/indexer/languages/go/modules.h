@@ -3,7 +3,7 @@
 #include <string>
 #include <string_view>
 
-#include "indexer/world.h"
+#include "indexer/world/world.h"
 
 /// Modules of Go: the import paths that the repository's go.mod files give to folders.
 namespace context_delta::indexer::go {

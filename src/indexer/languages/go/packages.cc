@@ -6,14 +6,14 @@
 #include "indexer/languages/go/constraints.h"
 #include "indexer/languages/go/go.h"
 #include "indexer/languages/go/modules.h"
-#include "indexer/languages/support/facts_builder.h"
-#include "indexer/languages/support/text.h"
+#include "indexer/languages/kit/facts_builder.h"
+#include "indexer/languages/kit/text.h"
 
 namespace context_delta::indexer::go {
 namespace {
 
-using support::base_name;
-using support::folder_of;
+using kit::base_name;
+using kit::folder_of;
 
 /// The packages of one folder by name.
 using Folder = std::map<std::string, Package, std::less<>>;

@@ -6,7 +6,7 @@
 #include <unordered_map>
 #include <vector>
 
-#include "indexer/world.h"
+#include "indexer/world/world.h"
 
 /// Packages of Go: files of a folder that name the same package, and the import paths that lead
 /// to them.

@@ -11,21 +11,21 @@
 #include "indexer/languages/go/constraints.h"
 #include "indexer/languages/go/go.h"
 #include "indexer/languages/go/values.h"
-#include "indexer/languages/support/facts_builder.h"
-#include "indexer/languages/support/guesses.h"
-#include "indexer/languages/support/text.h"
+#include "indexer/languages/kit/facts_builder.h"
+#include "indexer/languages/kit/guesses.h"
+#include "indexer/languages/kit/text.h"
 
 namespace context_delta::indexer::go {
 namespace {
 
-using support::definition_at;
+using kit::definition_at;
 
 /// Most definitions listed for a call through an interface, its own method included.
 constexpr std::size_t MOST_IMPLEMENTATIONS = 4;
 
 /// The type that has a method, wherever in its package the method stands.
 std::string type_key(const Candidate& method) {
-  return std::string(support::folder_of(method.file->path)) + ":" + method.container;
+  return std::string(kit::folder_of(method.file->path)) + ":" + method.container;
 }
 
 class Resolver {
@@ -62,7 +62,7 @@ class Resolver {
   const Facts& facts_;
   World& world_;
   Evaluator values_;
-  support::Neighbourhood neighbourhood_;
+  kit::Neighbourhood neighbourhood_;
   std::map<std::pair<std::int64_t, DefinitionIndex>, Implementers> implementers_;
   Resolution made_;
 };
@@ -150,7 +150,7 @@ void Resolver::resolve_call(std::int32_t index, const Value& value, const Value&
 }
 
 Candidate Resolver::candidate_of(const File& file, DefinitionIndex definition) {
-  const support::Outline& known = values_.outline(file);
+  const kit::Outline& known = values_.outline(file);
   const Definition& made = known.definition(definition);
   return {.file = &file,
           .definition = definition,
@@ -188,7 +188,7 @@ void Resolver::guess_implementation(std::int32_t index, const Value& value) {
   std::vector<Candidate> fitting = {favourite};
   for (const Candidate& each : world_.definitions(use.name)) {
     if (!is_method_with_body(each) || is_hidden_test(each)) continue;
-    if (!support::accepts_arguments(each, use.arguments)) continue;
+    if (!kit::accepts_arguments(each, use.arguments)) continue;
     const auto listed = known.methods.find(type_key(each));
     const std::size_t methods = listed == known.methods.end() ? 0 : listed->second;
     if (2 * methods >= known.of || embeds(each)) fitting.push_back(each);
@@ -230,10 +230,10 @@ const Resolver::Implementers& Resolver::implementers_of(const Value& method) {
 
 /// Whether the type of a method embeds others, which may bring it the methods that it lacks.
 bool Resolver::embeds(const Candidate& method) {
-  const support::Outline& there = values_.outline(*method.file);
+  const kit::Outline& there = values_.outline(*method.file);
   const auto types = there.find(NOWHERE, method.container);
-  return std::any_of(types.begin(), types.end(), [&](const support::Binder& each) {
-    return each.kind == support::Binder::Kind::DEFINITION &&
+  return std::any_of(types.begin(), types.end(), [&](const kit::Binder& each) {
+    return each.kind == kit::Binder::Kind::DEFINITION &&
            !there.definition(each.index).bases.empty();
   });
 }
@@ -244,8 +244,8 @@ void Resolver::guess_namesakes(std::int32_t index, std::string_view why) {
   std::vector<Candidate> fitting;
   for (const Candidate& each : world_.definitions(use.name)) {
     if (each.kind != Kind::METHOD || each.file->language != file_.language) continue;
-    if (is_hidden_test(each) || !support::accepts_arguments(each, use.arguments)) continue;
-    if (common && support::nearness(each, neighbourhood_) == 3) continue;
+    if (is_hidden_test(each) || !kit::accepts_arguments(each, use.arguments)) continue;
+    if (common && kit::nearness(each, neighbourhood_) == 3) continue;
     fitting.push_back(each);
   }
   add_guess(index, "namesake", why, std::nullopt, std::move(fitting));
@@ -254,12 +254,12 @@ void Resolver::guess_namesakes(std::int32_t index, std::string_view why) {
 void Resolver::add_guess(std::int32_t index, std::string_view rule, std::string_view why,
                          const std::optional<Candidate>& favourite,
                          std::vector<Candidate> fitting) {
-  support::add_guess(made_.edges,
-                     {.reference = index,
-                      .rule = rule,
-                      .why = why,
-                      .favourite = favourite ? &*favourite : nullptr},
-                     std::move(fitting), neighbourhood_);
+  kit::add_guess(made_.edges,
+                 {.reference = index,
+                  .rule = rule,
+                  .why = why,
+                  .favourite = favourite ? &*favourite : nullptr},
+                 std::move(fitting), neighbourhood_);
 }
 
 }  // namespace

@@ -94,8 +94,8 @@ constexpr auto NAMES = std::to_array<NamedKind>({
 
 Syntax make_syntax() {
   const TSLanguage* language = tree_sitter_go();
-  const auto field = [&](std::string_view name) { return support::field_id(language, name); };
-  return {.kind = support::NodeKinds<Node>(language, NAMES),
+  const auto field = [&](std::string_view name) { return kit::field_id(language, name); };
+  return {.kind = kit::NodeKinds<Node>(language, NAMES),
           .field = {.alias = field("alias"),
                     .arguments = field("arguments"),
                     .body = field("body"),
@@ -127,14 +127,14 @@ const Syntax& syntax() {
 }
 
 std::vector<TSNode> parts(TSNode node) {
-  std::vector<TSNode> found = support::named_children(node);
+  std::vector<TSNode> found = kit::named_children(node);
   std::erase_if(found, [](TSNode each) { return syntax().kind(each) == Node::COMMENT; });
   return found;
 }
 
 bool has_token(TSNode node, std::string_view token) {
-  if (support::is_null(node)) return false;
-  support::Cursor cursor(node);
+  if (kit::is_null(node)) return false;
+  kit::Cursor cursor(node);
   if (!ts_tree_cursor_goto_first_child(cursor.get())) return false;
   do {
     if (ts_node_type(ts_tree_cursor_current_node(cursor.get())) == token) return true;

@@ -4,7 +4,7 @@
 #include <string_view>
 #include <vector>
 
-#include "indexer/languages/support/nodes.h"
+#include "indexer/languages/kit/nodes.h"
 
 /// The nodes of the Go grammar that extraction looks at.
 namespace context_delta::indexer::go {
@@ -92,7 +92,7 @@ struct Fields {
 };
 
 struct Syntax {
-  support::NodeKinds<Node> kind;
+  kit::NodeKinds<Node> kind;
   Fields field;
 };
 

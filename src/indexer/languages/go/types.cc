@@ -1,6 +1,6 @@
 #include "indexer/languages/go/types.h"
 
-#include "indexer/languages/support/text.h"
+#include "indexer/languages/kit/text.h"
 
 namespace context_delta::indexer::go {
 namespace {
@@ -21,7 +21,7 @@ std::size_t closing(std::string_view text) {
 
 std::optional<std::string_view> behind(std::string_view text, std::string_view word) {
   if (!text.starts_with(word)) return std::nullopt;
-  return support::trimmed(text.substr(word.size()));
+  return kit::trimmed(text.substr(word.size()));
 }
 
 /// A result or parameter without the name before its type.
@@ -29,22 +29,22 @@ std::string_view without_name(std::string_view part) {
   const std::size_t space = part.find(' ');
   if (space == NOT_FOUND) return part;
   const std::string_view first = part.substr(0, space);
-  if (!support::is_identifier(first) || first == "chan" || first == "func" || first == "struct" ||
+  if (!kit::is_identifier(first) || first == "chan" || first == "func" || first == "struct" ||
       first == "interface" || first == "map") {
     return part;
   }
-  return support::trimmed(part.substr(space));
+  return kit::trimmed(part.substr(space));
 }
 
 }  // namespace
 
 std::string_view without_pointers(std::string_view type) {
-  type = support::trimmed(type);
+  type = kit::trimmed(type);
   while (!type.empty()) {
     if (type.front() == '*' || type.front() == '~') {
-      type = support::trimmed(type.substr(1));
+      type = kit::trimmed(type.substr(1));
     } else if (type.front() == '(' && closing(type) == type.size() - 1) {
-      type = support::trimmed(type.substr(1, type.size() - 2));
+      type = kit::trimmed(type.substr(1, type.size() - 2));
     } else {
       break;
     }
@@ -61,10 +61,10 @@ std::vector<std::string_view> split_list(std::string_view list) {
     if (byte == '(' || byte == '[' || byte == '{') ++open;
     if (byte == ')' || byte == ']' || byte == '}') --open;
     if (byte != ',' || open != 0) continue;
-    found.push_back(support::trimmed(list.substr(start, i - start)));
+    found.push_back(kit::trimmed(list.substr(start, i - start)));
     start = i + 1;
   }
-  const std::string_view last = support::trimmed(list.substr(start));
+  const std::string_view last = kit::trimmed(list.substr(start));
   if (!last.empty()) found.push_back(last);
   return found;
 }
@@ -75,7 +75,7 @@ std::optional<std::string_view> element_type(std::string_view type) {
   if (!type.starts_with('[')) return std::nullopt;
   const std::size_t end = closing(type);
   if (end == NOT_FOUND || end + 1 >= type.size()) return std::nullopt;
-  return support::trimmed(type.substr(end + 1));
+  return kit::trimmed(type.substr(end + 1));
 }
 
 std::optional<std::string_view> map_key(std::string_view type) {
@@ -84,7 +84,7 @@ std::optional<std::string_view> map_key(std::string_view type) {
   type.remove_prefix(3);
   const std::size_t end = closing(type);
   if (end == NOT_FOUND) return std::nullopt;
-  return support::trimmed(type.substr(1, end - 1));
+  return kit::trimmed(type.substr(1, end - 1));
 }
 
 std::optional<std::string_view> channel_element(std::string_view type) {
@@ -109,11 +109,11 @@ std::optional<std::string_view> function_results(std::string_view type) {
   if (!list || !list->starts_with('(')) return std::nullopt;
   const std::size_t end = closing(*list);
   if (end == NOT_FOUND) return std::nullopt;
-  return support::trimmed(list->substr(end + 1));
+  return kit::trimmed(list->substr(end + 1));
 }
 
 std::optional<std::string_view> result_type(std::string_view results, std::size_t number) {
-  results = support::trimmed(results);
+  results = kit::trimmed(results);
   if (!results.starts_with('(') || closing(results) != results.size() - 1) {
     return number == 0 && !results.empty() ? std::optional(results) : std::nullopt;
   }
@@ -130,7 +130,7 @@ NamedType named_type_of(std::string_view type) {
   type = without_pointers(type);
   std::size_t end = 0;
   while (end < type.size() &&
-         (support::is_identifier_byte(type[end]) || type[end] == '.' || type[end] == '$')) {
+         (kit::is_identifier_byte(type[end]) || type[end] == '.' || type[end] == '$')) {
     ++end;
   }
   const std::string_view name = type.substr(0, end);

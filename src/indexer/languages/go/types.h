@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-#include "indexer/world.h"
+#include "indexer/world/world.h"
 
 /// Reading types as they are written.
 namespace context_delta::indexer::go {

@@ -5,14 +5,14 @@
 
 #include "indexer/languages/go/builtins.h"
 #include "indexer/languages/go/constraints.h"
-#include "indexer/languages/support/facts_builder.h"
-#include "indexer/languages/support/text.h"
+#include "indexer/languages/kit/facts_builder.h"
+#include "indexer/languages/kit/text.h"
 
 namespace context_delta::indexer::go {
 namespace {
 
-using support::Binder;
-using support::definition_at;
+using kit::Binder;
+using kit::definition_at;
 
 /// How many steps of names, members and calls are followed.
 constexpr int DEEPEST = 24;
@@ -28,7 +28,7 @@ bool passes_values_through(std::string_view package) {
 std::size_t operation_size(std::string_view text) {
   std::size_t end = 1;
   if (text.front() == '.' || text.front() == '#') {
-    while (end < text.size() && support::is_identifier_byte(text[end])) ++end;
+    while (end < text.size() && kit::is_identifier_byte(text[end])) ++end;
     return end;
   }
   if (text.starts_with("[:]")) return 3;
@@ -46,21 +46,21 @@ std::size_t root_size(std::string_view text) {
   return text.size();
 }
 
-bool is_plain_name(std::string_view root) { return support::is_identifier(root) && root != "nil"; }
+bool is_plain_name(std::string_view root) { return kit::is_identifier(root) && root != "nil"; }
 
 }  // namespace
 
 Evaluator::Evaluator(const File& file, const Facts& facts, World& world)
     : file_(file), facts_(facts), world_(world), scopes_(facts) {
-  outlines_.emplace(file.id, support::Outline(facts_, scopes_));
+  outlines_.emplace(file.id, kit::Outline(facts_, scopes_));
   bindings_.resize(facts.bindings.size());
   package_ = origin(file).package;
 }
 
-const support::Outline& Evaluator::outline(const File& file) {
+const kit::Outline& Evaluator::outline(const File& file) {
   const auto place = outlines_.find(file.id);
   if (place != outlines_.end()) return place->second;
-  return outlines_.emplace(file.id, support::Outline(file, world_)).first->second;
+  return outlines_.emplace(file.id, kit::Outline(file, world_)).first->second;
 }
 
 const Evaluator::Origin& Evaluator::origin(const File& file) {
@@ -80,7 +80,7 @@ Value Evaluator::definition_value(const Place& place, int depth) {
   Value made;
   made.file = &file;
   made.definition = place.definition;
-  if (support::is_function_kind(found.kind)) {
+  if (kit::is_function_kind(found.kind)) {
     made.kind = Value::Kind::FUNCTION;
     made.type = {&file, found.parent, found.type};
   } else {
@@ -98,7 +98,7 @@ Value Evaluator::definition_value(const Place& place, int depth) {
 Value Evaluator::chosen(const std::vector<Place>& places, const File& from, int depth) {
   if (depth > DEEPEST || places.empty()) return {};
   const File& there = *places.front().in->file;
-  const bool own_folder = support::folder_of(there.path) == support::folder_of(from.path);
+  const bool own_folder = kit::folder_of(there.path) == kit::folder_of(from.path);
   Choice choice = choose(places, from, origin(from).constraint, own_folder);
   if (choice.places.empty()) return {};
   Value made = definition_value(choice.places.front(), depth);
@@ -124,7 +124,7 @@ Value Evaluator::package_member(const Package& package, const File& from, std::s
 
 Value Evaluator::variable_value(const File& file, std::string_view name, int depth) {
   if (depth > DEEPEST) return {};
-  const support::Outline& known = outline(file);
+  const kit::Outline& known = outline(file);
   for (const Binder& binder : known.find(NOWHERE, name)) {
     if (binder.kind != Binder::Kind::BINDING) continue;
     const Binding& binding = known.binding(binder);
@@ -141,12 +141,12 @@ Value Evaluator::variable_value(const File& file, std::string_view name, int dep
 }
 
 Value Evaluator::local_type(const File& file, DefinitionIndex scope, std::string_view name) {
-  const support::Outline& known = outline(file);
+  const kit::Outline& known = outline(file);
   for (DefinitionIndex at = scope; at != NOWHERE; at = known.definition(at).parent) {
     for (const Binder& binder : known.find(at, name)) {
       if (binder.kind != Binder::Kind::DEFINITION) continue;
       const Definition& found = known.definition(binder.index);
-      if (support::is_function_kind(found.kind)) continue;
+      if (kit::is_function_kind(found.kind)) continue;
       return {.kind = Value::Kind::TYPE,
               .type = {&file, found.parent, found.name},
               .file = &file,

@@ -6,11 +6,11 @@
 #include <unordered_map>
 #include <vector>
 
-#include "indexer/facts.h"
 #include "indexer/languages/go/packages.h"
 #include "indexer/languages/go/types.h"
-#include "indexer/languages/support/outline.h"
-#include "indexer/world.h"
+#include "indexer/languages/kit/outline.h"
+#include "indexer/model/facts.h"
+#include "indexer/world/world.h"
 
 /// What names and expressions of Go mean, as far as the text says.
 namespace context_delta::indexer::go {
@@ -46,7 +46,7 @@ class Evaluator {
   Evaluator(const File& file, const Facts& facts, World& world);
 
   World& world() { return world_; }
-  const support::Outline& outline(const File& file);
+  const kit::Outline& outline(const File& file);
   const Definition& definition(const Value& value) {
     return outline(*value.file).definition(value.definition);
   }
@@ -73,7 +73,7 @@ class Evaluator {
   std::vector<std::string_view> method_names(const Value& interface);
 
  private:
-  using Binders = std::span<const support::Binder>;
+  using Binders = std::span<const kit::Binder>;
   Value package_member(const Package& package, const File& from, std::string_view name, int depth);
   Value definition_value(const Place& place, int depth);
   Value chosen(const std::vector<Place>& places, const File& from, int depth);
@@ -98,8 +98,8 @@ class Evaluator {
   const File& file_;
   const Facts& facts_;
   World& world_;
-  support::ScopeIndex scopes_;
-  std::unordered_map<std::int64_t, support::Outline> outlines_;  // by the file's id
+  kit::ScopeIndex scopes_;
+  std::unordered_map<std::int64_t, kit::Outline> outlines_;  // by the file's id
   const Package* package_;
   struct Origin {
     const Package* package = nullptr;

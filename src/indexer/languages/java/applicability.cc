@@ -2,7 +2,7 @@
 
 #include "indexer/languages/java/library.h"
 #include "indexer/languages/java/overloads.h"
-#include "indexer/languages/support/facts_builder.h"
+#include "indexer/languages/kit/facts_builder.h"
 
 namespace context_delta::indexer::java {
 namespace {
@@ -123,7 +123,7 @@ Verdict is_subtype(TypeNames& names, const Type& from, const Type& to) {
     if (same_type(from, to)) return Verdict::YES;
     const Verdict bounded = is_subtype(names, from, names.bound(to));
     // The parameter of a class is a type that somebody else has chosen.
-    const bool chosen = support::is_class_kind(names.definition(to).kind);
+    const bool chosen = kit::is_class_kind(names.definition(to).kind);
     return chosen ? std::min(bounded, Verdict::MAYBE) : bounded;
   }
   if (from.dimensions > 0 || to.dimensions > 0) return array_subtype(names, from, to);

@@ -2,12 +2,12 @@
 
 #include "indexer/languages/java/library.h"
 #include "indexer/languages/java/values.h"
-#include "indexer/languages/support/facts_builder.h"
+#include "indexer/languages/kit/facts_builder.h"
 
 namespace context_delta::indexer::java {
 namespace {
 
-using support::definition_at;
+using kit::definition_at;
 
 /// Picks among the methods of a class; a class with supertypes out of sight may inherit another.
 Callee picked(TypeNames& names, const Type& receiver, Methods methods, const Arguments& arguments) {

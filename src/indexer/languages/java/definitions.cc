@@ -4,21 +4,21 @@
 #include <utility>
 
 #include "indexer/languages/java/expressions.h"
-#include "indexer/languages/support/facts_builder.h"
-#include "indexer/languages/support/text.h"
+#include "indexer/languages/kit/facts_builder.h"
+#include "indexer/languages/kit/text.h"
 
 namespace context_delta::indexer::java {
 namespace {
 
-using support::child;
-using support::text_of;
+using kit::child;
+using kit::text_of;
 
 /// The declaration up to its body, modifiers without annotations.
 std::string header_text(TSNode node, std::string_view text) {
   std::string header;
   const TSNode modifiers = child_of_kind(node, Node::MODIFIERS);
   std::size_t start = ts_node_start_byte(node);
-  if (!support::is_null(modifiers)) {
+  if (!kit::is_null(modifiers)) {
     start = ts_node_end_byte(modifiers);
     const std::uint32_t count = ts_node_child_count(modifiers);
     for (std::uint32_t i = 0; i < count; ++i) {
@@ -27,24 +27,23 @@ std::string header_text(TSNode node, std::string_view text) {
     }
   }
   const TSNode body = child(node, syntax().field.body);
-  const std::size_t end =
-      support::is_null(body) ? ts_node_end_byte(node) : ts_node_start_byte(body);
+  const std::size_t end = kit::is_null(body) ? ts_node_end_byte(node) : ts_node_start_byte(body);
   if (start < end && end <= text.size()) header += text.substr(start, end - start);
-  std::string line = support::one_line(header);
+  std::string line = kit::one_line(header);
   while (line.ends_with(';') || line.ends_with(' ')) line.pop_back();
   return line;
 }
 
 void add_place(Definition& made, TSNode node, TSNode name, std::string_view text) {
-  made.name = support::one_line(text_of(name, text), support::LONGEST_EXPRESSION);
-  made.first_line = support::first_line(node);
-  made.last_line = support::last_line(node);
-  made.name_line = support::is_null(name) ? made.first_line : support::first_line(name);
+  made.name = kit::one_line(text_of(name, text), kit::LONGEST_EXPRESSION);
+  made.first_line = kit::first_line(node);
+  made.last_line = kit::last_line(node);
+  made.name_line = kit::is_null(name) ? made.first_line : kit::first_line(name);
   made.signature = header_text(node, text);
 }
 
 void add_bases(Definition& made, TSNode clause, std::string_view text) {
-  for (const TSNode each : support::named_children(clause)) {
+  for (const TSNode each : kit::named_children(clause)) {
     const Node kind = syntax().kind(each);
     if (kind == Node::COMMENT) continue;
     if (kind == Node::TYPE_LIST) {
@@ -72,7 +71,7 @@ Kind kind_of(Node node) {
 Modifiers modifiers_of(TSNode declaration) {
   Modifiers made;
   const TSNode modifiers = child_of_kind(declaration, Node::MODIFIERS);
-  if (support::is_null(modifiers)) return made;
+  if (kit::is_null(modifiers)) return made;
   const std::uint32_t count = ts_node_child_count(modifiers);
   for (std::uint32_t i = 0; i < count; ++i) {
     const std::string_view word = ts_node_type(ts_node_child(modifiers, i));
@@ -89,13 +88,13 @@ Definition type_definition(TSNode node, std::string_view text) {
   Definition made;
   made.kind = kind_of(syntax().kind(node));
   add_place(made, node, child(node, syntax().field.name), text);
-  for (const TSNode each : support::named_children(node)) {
+  for (const TSNode each : kit::named_children(node)) {
     if (syntax().kind(each) == Node::BASES) add_bases(made, each, text);
   }
   const Modifiers words = modifiers_of(node);
   if (words.is_private) made.traits |= LOCAL_LINKAGE;
   if (words.is_abstract) made.traits |= VIRTUAL;
-  if (!support::is_null(child(node, syntax().field.type_parameters))) made.traits |= GENERIC;
+  if (!kit::is_null(child(node, syntax().field.type_parameters))) made.traits |= GENERIC;
   return made;
 }
 
@@ -107,23 +106,23 @@ Definition function_definition(TSNode node, TSNode parameters, std::string_view 
                                                                              : Kind::METHOD;
   add_place(made, node, child(node, field.name), text);
   const TSNode type = child(node, field.type);
-  if (!support::is_null(type)) made.type = type_text(type, child(node, field.dimensions), text);
+  if (!kit::is_null(type)) made.type = type_text(type, child(node, field.dimensions), text);
   bool variadic = false;
   for (Parameter& parameter : parameters_of(parameters, text)) {
     variadic = variadic || parameter.type.ends_with("...");
     made.parameters.push_back(std::move(parameter.type));
   }
   const std::size_t count = made.parameters.size();
-  made.least_arguments = support::argument_count(variadic ? count - 1 : count);
-  made.most_arguments = variadic ? ANY_NUMBER : support::argument_count(count);
+  made.least_arguments = kit::argument_count(variadic ? count - 1 : count);
+  made.most_arguments = variadic ? ANY_NUMBER : kit::argument_count(count);
   const Modifiers words = modifiers_of(node);
   if (words.is_private) made.traits |= LOCAL_LINKAGE;
   if (words.is_static) made.traits |= STATIC_MEMBER;
-  const bool has_body = !support::is_null(child(node, field.body));
+  const bool has_body = !kit::is_null(child(node, field.body));
   if (made.kind == Kind::METHOD && !has_body && !words.is_native) made.traits |= DECLARATION;
   const bool fixed = words.is_private || words.is_static || words.is_final;
   if (made.kind == Kind::METHOD && !fixed) made.traits |= VIRTUAL;
-  if (!support::is_null(child(node, field.type_parameters))) made.traits |= GENERIC;
+  if (!kit::is_null(child(node, field.type_parameters))) made.traits |= GENERIC;
   return made;
 }
 
@@ -132,13 +131,13 @@ Definition anonymous_definition(TSNode creation, TSNode body, std::string name, 
   Definition made;
   made.name = std::move(name);
   made.kind = Kind::CLASS;
-  made.first_line = support::first_line(body);
-  made.last_line = support::last_line(body);
+  made.first_line = kit::first_line(body);
+  made.last_line = kit::last_line(body);
   made.name_line = made.first_line;
   const std::size_t start = ts_node_start_byte(creation);
   const std::size_t end = ts_node_start_byte(body);
   if (start < end && end <= text.size()) {
-    made.signature = support::one_line(text.substr(start, end - start));
+    made.signature = kit::one_line(text.substr(start, end - start));
   }
   made.bases.push_back(std::move(base));
   return made;
@@ -151,7 +150,7 @@ std::vector<Parameter> parameters_of(TSNode parameters, std::string_view text) {
     found.push_back({.name = parameters, .type = {}});
     return found;
   }
-  for (const TSNode each : support::named_children(parameters)) {
+  for (const TSNode each : kit::named_children(parameters)) {
     const Node kind = java.kind(each);
     if (kind == Node::IDENTIFIER) {
       found.push_back({.name = each, .type = {}});
@@ -161,7 +160,7 @@ std::vector<Parameter> parameters_of(TSNode parameters, std::string_view text) {
                                          child(each, java.field.dimensions), text)});
     } else if (kind == Node::SPREAD_PARAMETER) {
       Parameter made;
-      for (const TSNode part : support::named_children(each)) {
+      for (const TSNode part : kit::named_children(each)) {
         const Node part_kind = java.kind(part);
         if (part_kind == Node::DECLARATOR) {
           made.name = child(part, java.field.name);
@@ -188,7 +187,7 @@ std::string erased_text(std::string_view type) {
     if (space) in_annotation = false;
     if (byte == '>') --depth;
   }
-  return support::one_line(made, support::LONGEST_EXPRESSION);
+  return kit::one_line(made, kit::LONGEST_EXPRESSION);
 }
 
 }  // namespace context_delta::indexer::java

@@ -4,8 +4,8 @@
 #include <string_view>
 #include <vector>
 
-#include "indexer/facts.h"
 #include "indexer/languages/java/syntax.h"
+#include "indexer/model/facts.h"
 
 /// Definitions and parameters of Java, one node at a time.
 namespace context_delta::indexer::java {

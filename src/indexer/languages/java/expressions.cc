@@ -3,14 +3,14 @@
 #include <algorithm>
 #include <vector>
 
-#include "indexer/languages/support/facts_builder.h"
-#include "indexer/languages/support/text.h"
+#include "indexer/languages/kit/facts_builder.h"
+#include "indexer/languages/kit/text.h"
 
 namespace context_delta::indexer::java {
 namespace {
 
-using support::child;
-using support::text_of;
+using kit::child;
+using kit::text_of;
 
 constexpr int LONGEST_CHAIN = 80;
 constexpr std::size_t LONGEST_TEXT = 1000;
@@ -32,7 +32,7 @@ std::string_view primitive_of(TSNode literal, std::string_view text) {
 
 /// A body that ends by throwing fits where a value is wanted as well as where none is.
 bool ends_by_throwing(TSNode body) {
-  const std::vector<TSNode> statements = support::named_children(body);
+  const std::vector<TSNode> statements = kit::named_children(body);
   for (auto each = statements.rbegin(); each != statements.rend(); ++each) {
     const Node kind = syntax().kind(*each);
     if (kind != Node::COMMENT) return kind == Node::THROW;
@@ -47,9 +47,9 @@ bool returns_value(TSNode body) {
     const TSNode node = pending.back();
     pending.pop_back();
     const Node kind = syntax().kind(node);
-    if (kind == Node::RETURN) return !support::is_null(first_child(node));
+    if (kind == Node::RETURN) return !kit::is_null(first_child(node));
     if (kind == Node::LAMBDA || kind == Node::CLASS_BODY || kind == Node::CLASS) continue;
-    const std::vector<TSNode> below = support::named_children(node);
+    const std::vector<TSNode> below = kit::named_children(node);
     pending.insert(pending.end(), below.rbegin(), below.rend());
   }
   return false;
@@ -58,7 +58,7 @@ bool returns_value(TSNode body) {
 std::size_t lambda_parameters(TSNode parameters) {
   if (syntax().kind(parameters) == Node::IDENTIFIER) return 1;
   std::size_t count = 0;
-  for (const TSNode each : support::named_children(parameters)) {
+  for (const TSNode each : kit::named_children(parameters)) {
     if (syntax().kind(each) != Node::COMMENT) ++count;
   }
   return count;
@@ -68,7 +68,7 @@ std::size_t lambda_parameters(TSNode parameters) {
 std::string without_annotations(std::string type) {
   for (std::size_t at = type.find('@'); at != std::string::npos; at = type.find('@')) {
     std::size_t end = at + 1;
-    while (end < type.size() && (support::is_identifier_byte(type[end]) || type[end] == '.')) ++end;
+    while (end < type.size() && (kit::is_identifier_byte(type[end]) || type[end] == '.')) ++end;
     if (end < type.size() && type[end] == '(') return "?";
     if (end < type.size() && type[end] == ' ') ++end;
     type.erase(at, end - at);
@@ -95,16 +95,16 @@ bool is_comparison(std::string_view operation) {
 
 std::int16_t argument_count(TSNode list) {
   std::size_t count = 0;
-  for (const TSNode each : support::named_children(list)) {
+  for (const TSNode each : kit::named_children(list)) {
     if (syntax().kind(each) != Node::COMMENT) ++count;
   }
-  return support::argument_count(count);
+  return kit::argument_count(count);
 }
 
 std::string type_text(TSNode type, TSNode dimensions, std::string_view text) {
   const std::string_view written = text_of(type, text);
   if (written.size() > LONGEST_WITH_ARGUMENTS) return "?";
-  std::string made = support::one_line(written, LONGEST_WITH_ARGUMENTS);
+  std::string made = kit::one_line(written, LONGEST_WITH_ARGUMENTS);
   made = without_annotations(std::move(made));
   if (made.find_first_of("{}()\"") != std::string::npos) return "?";
   for (const char byte : text_of(dimensions, text)) {
@@ -133,7 +133,7 @@ const std::string& Expressions::lambda_of(TSNode node) const {
 
 std::string Expressions::name_text(TSNode node) const {
   const std::string_view name = text_of(node, text_);
-  std::string made = support::one_line(name, support::LONGEST_EXPRESSION);
+  std::string made = kit::one_line(name, kit::LONGEST_EXPRESSION);
   const std::int32_t local = locals_.find(name);
   return local == NO_LOCAL ? made : made + "@" + std::to_string(local);
 }
@@ -142,7 +142,7 @@ std::string Expressions::written(TSNode node, int depth) const {
   const Syntax& java = syntax();
   std::string suffix;  // built from the outside in, so in front
   const auto name_of = [&](TSFieldId field) {
-    return support::one_line(text_of(child(node, field), text_), support::LONGEST_EXPRESSION);
+    return kit::one_line(text_of(child(node, field), text_), kit::LONGEST_EXPRESSION);
   };
   for (int step = 0; step < LONGEST_CHAIN && suffix.size() < LONGEST_TEXT; ++step) {
     switch (java.kind(node)) {
@@ -163,9 +163,9 @@ std::string Expressions::written(TSNode node, int depth) const {
                  (suffix.size() < LONGEST_WITH_ARGUMENTS ? arguments_text(list, depth + 1)
                                                          : unread_arguments(list)) +
                  ")" + suffix;
-        if (support::is_null(object)) return suffix;
+        if (kit::is_null(object)) return suffix;
         const bool outer_super =
-            !support::is_null(child_of_kind(node, Node::SUPER)) && java.kind(object) != Node::SUPER;
+            !kit::is_null(child_of_kind(node, Node::SUPER)) && java.kind(object) != Node::SUPER;
         suffix = (outer_super ? ".super." : ".") + suffix;
         node = object;
         break;
@@ -191,7 +191,7 @@ std::string Expressions::written(TSNode node, int depth) const {
 std::string Expressions::arguments_text(TSNode list, int depth) const {
   std::string made;
   std::size_t count = 0;
-  for (const TSNode each : support::named_children(list)) {
+  for (const TSNode each : kit::named_children(list)) {
     if (syntax().kind(each) == Node::COMMENT) continue;
     if (++count > MOST_ARGUMENTS) return "*";
     if (count > 1) made += ',';
@@ -218,13 +218,13 @@ std::string Expressions::value_text(TSNode node, int depth) const {
     case Node::NULL_LITERAL:
       return "null";
     case Node::OBJECT_CREATION: {
-      const bool extended = !support::is_null(child_of_kind(node, Node::CLASS_BODY));
+      const bool extended = !kit::is_null(child_of_kind(node, Node::CLASS_BODY));
       const std::string written_type = type_text(type, {}, text_);
       return in_braces(extended ? written_type : "new " + written_type);
     }
     case Node::ARRAY_CREATION: {
       std::string made = type_text(type, {}, text_);
-      for (const TSNode each : support::named_children(node)) {
+      for (const TSNode each : kit::named_children(node)) {
         if (java.kind(each) == Node::DIMENSIONS_EXPRESSION) made += "[]";
         if (java.kind(each) == Node::DIMENSIONS) made = type_text({}, each, text_).insert(0, made);
       }

@@ -4,14 +4,14 @@
 #include "indexer/languages/java/definitions.h"
 #include "indexer/languages/java/extractor.h"
 #include "indexer/languages/java/java.h"
-#include "indexer/languages/support/text.h"
+#include "indexer/languages/kit/text.h"
 
 namespace context_delta::indexer::java {
 
-using support::child;
-using support::first_line;
-using support::is_null;
-using support::text_of;
+using kit::child;
+using kit::first_line;
+using kit::is_null;
+using kit::text_of;
 
 bool Extractor::enter(TSNode node, std::uint32_t depth) {
   const Node kind = java_.kind(node);
@@ -123,21 +123,21 @@ void Extractor::enter_type(TSNode node, std::uint32_t depth) {
 void Extractor::open_class(TSNode body, DefinitionIndex index, std::uint16_t state,
                            std::uint32_t depth) {
   const bool is_local = builder_.in_function();
-  support::Frame& frame = builder_.open(depth);
+  kit::Frame& frame = builder_.open(depth);
   frame.definition = index;
   frame.state = state;
   locals_.open(depth);
   if (!is_local) return;
-  for (const TSNode each : support::named_children(body)) {
+  for (const TSNode each : kit::named_children(body)) {
     if (java_.kind(each) != Node::FIELD) continue;
-    for (const TSNode declarator : support::children(each, java_.field.declarator)) {
+    for (const TSNode declarator : kit::children(each, java_.field.declarator)) {
       locals_.bind(text_of(child(declarator, java_.field.name), builder_.text()), NO_LOCAL);
     }
   }
 }
 
 void Extractor::enter_function(TSNode node, std::uint32_t depth) {
-  const support::Frame outer = builder_.frame();
+  const kit::Frame outer = builder_.frame();
   TSNode parameters = child(node, java_.field.parameters);
   if (java_.kind(node) == Node::COMPACT_CONSTRUCTOR) {
     const auto record = components_.find(outer.definition);
@@ -146,7 +146,7 @@ void Extractor::enter_function(TSNode node, std::uint32_t depth) {
   Definition made = function_definition(node, parameters, builder_.text());
   if ((outer.state & IN_FINAL_CLASS) != 0) made.traits &= static_cast<std::uint16_t>(~VIRTUAL);
   const DefinitionIndex index = builder_.define(std::move(made));
-  support::Frame& frame = builder_.open(depth);
+  kit::Frame& frame = builder_.open(depth);
   frame.definition = index;
   frame.state = 0;
   locals_.open(depth);
@@ -172,7 +172,7 @@ void Extractor::enter_fields(TSNode node) {
   std::uint16_t traits = 0;
   if (words.is_static || is_constant) traits |= STATIC_MEMBER;
   if (words.is_private) traits |= LOCAL_LINKAGE;
-  for (const TSNode each : support::children(node, java_.field.declarator)) {
+  for (const TSNode each : kit::children(node, java_.field.declarator)) {
     std::string value;
     if (words.is_final || is_constant) {
       value = expressions_.of(child(each, java_.field.value));
@@ -196,7 +196,7 @@ void Extractor::enter_enum_constant(TSNode node) {
       expressions_.arguments(arguments);
   const TSNode body = child(node, java_.field.body);
   if (is_null(body)) return;
-  creations_[body.id] = {node, support::one_line(text_of(name, builder_.text())), type};
+  creations_[body.id] = {node, kit::one_line(text_of(name, builder_.text())), type};
 }
 
 /// The parameters of a lambda get their types from the call that it is an argument of.
@@ -233,7 +233,7 @@ void Extractor::enter_loop(TSNode node, std::uint32_t depth) {
 
 void Extractor::enter_local_variables(TSNode node) {
   const TSNode type = child(node, java_.field.type);
-  for (const TSNode each : support::children(node, java_.field.declarator)) {
+  for (const TSNode each : kit::children(node, java_.field.declarator)) {
     std::string written = type_text(type, child(each, java_.field.dimensions), builder_.text());
     std::string value = expressions_.of(child(each, java_.field.value));
     if (written != "var" && !value.starts_with("{new ")) value.clear();
@@ -245,7 +245,7 @@ void Extractor::enter_local_variables(TSNode node) {
 void Extractor::enter_pattern(TSNode node) {
   TSNode type = {};
   TSNode name = {};
-  for (const TSNode each : support::named_children(node)) {
+  for (const TSNode each : kit::named_children(node)) {
     if (java_.kind(each) == Node::IDENTIFIER) {
       name = each;
     } else if (is_null(type) && java_.kind(each) != Node::MODIFIERS) {
@@ -257,7 +257,7 @@ void Extractor::enter_pattern(TSNode node) {
 
 void Extractor::enter_catch_parameter(TSNode node) {
   const TSNode types = child_of_kind(node, Node::CATCH_TYPE);
-  const std::vector<TSNode> each = support::named_children(types);
+  const std::vector<TSNode> each = kit::named_children(types);
   bind_local(child(node, java_.field.name),
              each.size() == 1 ? type_text(each.front(), {}, builder_.text()) : "", "?");
 }
@@ -273,7 +273,7 @@ void Extractor::bind_member(TSNode name, std::string type, std::string value,
                             std::uint16_t traits) {
   if (is_null(name) || builder_.frame().definition == NOWHERE) return;
   Binding made;
-  made.name = support::one_line(text_of(name, builder_.text()), support::LONGEST_EXPRESSION);
+  made.name = kit::one_line(text_of(name, builder_.text()), kit::LONGEST_EXPRESSION);
   made.kind = Binding::Kind::MEMBER;
   made.scope = builder_.frame().definition;
   made.type = std::move(type);
@@ -286,7 +286,7 @@ void Extractor::bind_member(TSNode name, std::string type, std::string value,
 void Extractor::bind_local(TSNode name, std::string type, std::string value, Binding::Kind kind) {
   if (is_null(name)) return;
   Binding made;
-  made.name = support::one_line(text_of(name, builder_.text()), support::LONGEST_EXPRESSION);
+  made.name = kit::one_line(text_of(name, builder_.text()), kit::LONGEST_EXPRESSION);
   made.kind = kind;
   made.scope = builder_.frame().definition;
   made.type = std::move(type);
@@ -300,7 +300,7 @@ void Extractor::bind_local(TSNode name, std::string type, std::string value, Bin
 
 Facts extract(TSNode root, std::string_view text) {
   Extractor extractor(text);
-  support::walk(root, extractor);
+  kit::walk(root, extractor);
   return extractor.finish();
 }
 

@@ -4,14 +4,14 @@
 
 #include "indexer/languages/java/definitions.h"
 #include "indexer/languages/java/extractor.h"
-#include "indexer/languages/support/text.h"
+#include "indexer/languages/kit/text.h"
 
 namespace context_delta::indexer::java {
 
-using support::child;
-using support::first_line;
-using support::is_null;
-using support::text_of;
+using kit::child;
+using kit::first_line;
+using kit::is_null;
+using kit::text_of;
 
 bool Extractor::enter_use(Node kind, TSNode node, std::uint32_t depth) {
   switch (kind) {
@@ -39,7 +39,7 @@ bool Extractor::enter_use(Node kind, TSNode node, std::uint32_t depth) {
                     first_line(node));
       return true;
     case Node::MODULE_TYPES:
-      for (const TSNode each : support::named_children(node)) {
+      for (const TSNode each : kit::named_children(node)) {
         refer_to_type(text_of(each, builder_.text()), Role::TYPE, first_line(each));
       }
       return false;
@@ -64,9 +64,9 @@ void Extractor::enter_import(TSNode node) {
   made.line = first_line(node);
   made.traits = builder_.frame().traits & BROKEN;
   const std::string_view after =
-      support::trimmed(written.substr(std::min<std::size_t>(6, written.size())));
+      kit::trimmed(written.substr(std::min<std::size_t>(6, written.size())));
   const bool is_static = after.starts_with("static") && after.size() > 6 &&
-                         !support::is_identifier_byte(after[6]) && after[6] != '.';
+                         !kit::is_identifier_byte(after[6]) && after[6] != '.';
   if (is_static) made.traits |= STATIC_MEMBER;
   if (!is_null(child_of_kind(node, Node::ASTERISK))) {
     made.module = std::move(module);
@@ -102,7 +102,7 @@ void Extractor::enter_call(TSNode node) {
 void Extractor::note_lambdas(TSNode arguments, const Reference& call) {
   if (call.values.find("->") == std::string::npos) return;
   std::size_t position = 0;
-  for (const TSNode each : support::named_children(arguments)) {
+  for (const TSNode each : kit::named_children(arguments)) {
     const Node kind = java_.kind(each);
     if (kind == Node::COMMENT) continue;
     if (kind == Node::LAMBDA) {
@@ -166,7 +166,7 @@ void Extractor::enter_method_reference(TSNode node) {
   const std::size_t dot = receiver.rfind('.');
   const bool dotted = dot != std::string::npos;
   const std::string name = dotted ? receiver.substr(dot + 1) : receiver;
-  if (!support::is_identifier(name)) return;
+  if (!kit::is_identifier(name)) return;
   builder_.refer(name, dotted ? receiver.substr(0, dot) : "", Role::CONSTRUCT, first_line(last))
       .values = "::";
 }

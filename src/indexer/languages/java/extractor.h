@@ -7,7 +7,7 @@
 #include "indexer/languages/java/expressions.h"
 #include "indexer/languages/java/locals.h"
 #include "indexer/languages/java/syntax.h"
-#include "indexer/languages/support/facts_builder.h"
+#include "indexer/languages/kit/facts_builder.h"
 
 /// The walk over a Java text that makes its facts.
 namespace context_delta::indexer::java {
@@ -59,7 +59,7 @@ class Extractor {
                   Binding::Kind kind = Binding::Kind::LOCAL);
 
   const Syntax& java_ = syntax();
-  support::FactsBuilder builder_;
+  kit::FactsBuilder builder_;
   Locals locals_;
   Expressions expressions_;
   std::string package_;

@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <string>
 
-#include "indexer/languages/support/facts_builder.h"
-#include "indexer/languages/support/text.h"
+#include "indexer/languages/kit/facts_builder.h"
+#include "indexer/languages/kit/text.h"
 
 namespace context_delta::indexer::java {
 namespace {
@@ -43,7 +43,7 @@ void add_clause(std::vector<std::string>& found, std::string_view signature,
     clause = clause.substr(0, word_outside(clause, next));
   }
   for (const std::string_view each : split_outside(clause, ',')) {
-    found.emplace_back(support::trimmed(each));
+    found.emplace_back(kit::trimmed(each));
   }
 }
 
@@ -74,18 +74,18 @@ std::vector<TypeParameter> type_parameters(const Definition& definition) {
   std::vector<TypeParameter> found;
   if ((definition.traits & GENERIC) == 0) return found;
   std::size_t start = 0;
-  if (support::is_class_kind(definition.kind)) start = after_name(definition);
+  if (kit::is_class_kind(definition.kind)) start = after_name(definition);
   if (start == std::string::npos) return found;
   for (const std::string_view part : split_outside(in_angles(definition.signature, start), ',')) {
-    std::string_view each = support::trimmed(part);
+    std::string_view each = kit::trimmed(part);
     while (each.starts_with('@') && each.find(' ') != std::string_view::npos) {
-      each = support::trimmed(each.substr(each.find(' ')));
+      each = kit::trimmed(each.substr(each.find(' ')));
     }
     const std::size_t space = each.find(' ');
     TypeParameter made;
     made.name = each.substr(0, space);
     const std::size_t bound = each.find("extends ");
-    if (bound != std::string_view::npos) made.bound = support::trimmed(each.substr(bound + 8));
+    if (bound != std::string_view::npos) made.bound = kit::trimmed(each.substr(bound + 8));
     found.push_back(std::move(made));
   }
   return found;
@@ -96,7 +96,7 @@ std::vector<std::string> written_supertypes(const Definition& definition) {
   const std::string_view signature = definition.signature;
   if (signature.starts_with("new ")) {
     const std::string_view type = signature.substr(4);
-    found.emplace_back(support::trimmed(type.substr(0, type.find('('))));
+    found.emplace_back(kit::trimmed(type.substr(0, type.find('('))));
   } else if (definition.kind == Kind::INTERFACE) {
     add_clause(found, signature, "extends");
   } else {
@@ -110,7 +110,7 @@ bool is_record(const Definition& definition) {
   return definition.signature.find("record " + definition.name) != std::string::npos;
 }
 
-bool is_anonymous(const support::Outline& outline, DefinitionIndex index) {
+bool is_anonymous(const kit::Outline& outline, DefinitionIndex index) {
   const Definition& own = outline.definition(index);
   if (own.kind != Kind::CLASS || own.bases.size() != 1) return false;
   if (own.name.starts_with('<')) return true;

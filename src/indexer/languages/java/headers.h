@@ -3,8 +3,8 @@
 #include <string>
 #include <vector>
 
-#include "indexer/facts.h"
 #include "indexer/languages/java/type_names.h"
+#include "indexer/model/facts.h"
 
 /// Reads type parameters and supertypes out of signatures.
 namespace context_delta::indexer::java {
@@ -18,6 +18,6 @@ std::vector<std::string> written_supertypes(const Definition& definition);
 
 bool is_record(const Definition& definition);
 /// A class without a name, or the body of an enum constant.
-bool is_anonymous(const support::Outline& outline, DefinitionIndex index);
+bool is_anonymous(const kit::Outline& outline, DefinitionIndex index);
 
 }  // namespace context_delta::indexer::java

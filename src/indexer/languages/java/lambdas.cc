@@ -2,7 +2,7 @@
 
 #include "indexer/languages/java/library.h"
 #include "indexer/languages/java/values.h"
-#include "indexer/languages/support/scopes.h"
+#include "indexer/languages/kit/scopes.h"
 
 namespace context_delta::indexer::java {
 namespace {

@@ -4,7 +4,7 @@
 #include <array>
 #include <vector>
 
-#include "indexer/languages/support/text.h"
+#include "indexer/languages/kit/text.h"
 
 namespace context_delta::indexer::java {
 namespace {
@@ -156,7 +156,7 @@ bool is_library_subtype(const LibraryType& type, const LibraryType& supertype) {
     const LibraryType* each = pending.back();
     pending.pop_back();
     if (each == &supertype) return true;
-    for (const std::string_view name : support::split(each->supertypes, ' ')) {
+    for (const std::string_view name : kit::split(each->supertypes, ' ')) {
       const LibraryType* above = library_type(name);
       if (above != nullptr) pending.push_back(above);
     }
@@ -166,7 +166,7 @@ bool is_library_subtype(const LibraryType& type, const LibraryType& supertype) {
 
 std::string_view library_member(const LibraryType& type, std::string_view member) {
   for (const LibraryType* each = &type; each != nullptr;) {
-    for (const std::string_view entry : support::split(each->members, ' ')) {
+    for (const std::string_view entry : kit::split(each->members, ' ')) {
       const std::size_t colon = entry.find(':');
       if (entry.substr(0, colon) == member) return entry.substr(colon + 1);
     }

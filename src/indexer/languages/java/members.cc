@@ -3,12 +3,12 @@
 #include <algorithm>
 
 #include "indexer/languages/java/headers.h"
-#include "indexer/languages/support/facts_builder.h"
+#include "indexer/languages/kit/facts_builder.h"
 
 namespace context_delta::indexer::java {
 namespace {
 
-using support::Binder;
+using kit::Binder;
 
 /// What a parameter or result mentions of the receiver's own type parameters is not known when
 /// the receiver's type arguments are not written.
@@ -53,7 +53,7 @@ bool is_inherited(TypeNames& names, const Definition& method, const Type& owner)
   return (method.traits & LOCAL_LINKAGE) == 0 || owner.file->id == names.file().id;
 }
 
-const Definition* first_abstract(const support::Outline& outline, DefinitionIndex owner,
+const Definition* first_abstract(const kit::Outline& outline, DefinitionIndex owner,
                                  std::string_view name) {
   for (const Binder& binder : outline.find(owner, name)) {
     if (binder.kind != Binder::Kind::DEFINITION) continue;
@@ -79,7 +79,7 @@ Methods methods_of(TypeNames& names, const Type& receiver, std::string_view name
   std::size_t position = 0;
   for (const Type& owner : line.classes) {
     const bool own = position++ == 0;
-    const support::Outline& outline = names.outline(*owner.file);
+    const kit::Outline& outline = names.outline(*owner.file);
     for (const Binder& binder : outline.find(owner.definition, name)) {
       if (binder.kind != Binder::Kind::DEFINITION) continue;
       const Definition& definition = outline.definition(binder.index);
@@ -98,7 +98,7 @@ Methods methods_of(TypeNames& names, const Type& receiver, std::string_view name
 
 std::vector<Method> constructors_of(TypeNames& names, const Type& type) {
   std::vector<Method> found;
-  const support::Outline& outline = names.outline(*type.file);
+  const kit::Outline& outline = names.outline(*type.file);
   Type owner = type;
   owner.names_type = owner.exact = false;
   const std::string name = names.definition(type).name;
@@ -120,7 +120,7 @@ Type declared_result(TypeNames& names, const Method& method) {
 Type field_of(TypeNames& names, const Type& receiver, std::string_view name, bool& found) {
   found = false;
   for (const Type& owner : names.ancestry(receiver).classes) {
-    const support::Outline& outline = names.outline(*owner.file);
+    const kit::Outline& outline = names.outline(*owner.file);
     for (const Binder& binder : outline.find(owner.definition, name)) {
       if (binder.kind != Binder::Kind::BINDING) continue;
       const Binding& binding = outline.binding(binder);
@@ -148,9 +148,9 @@ std::vector<Candidate> overrides_of(TypeNames& names, const Type& owner, const M
       continue;
     if ((candidate.traits & STATIC_MEMBER) != 0) continue;
     if (candidate.least_arguments != base.least_arguments) continue;
-    const support::Outline& there = names.outline(*candidate.file);
+    const kit::Outline& there = names.outline(*candidate.file);
     const DefinitionIndex parent = there.definition(candidate.definition).parent;
-    if (parent == NOWHERE || !support::is_class_kind(there.definition(parent).kind)) continue;
+    if (parent == NOWHERE || !kit::is_class_kind(there.definition(parent).kind)) continue;
     Type other;
     other.kind = Type::Kind::CLASS;
     other.file = candidate.file;
@@ -170,7 +170,7 @@ const Definition* abstract_method(TypeNames& names, const Type& type) {
   const Definition* found = nullptr;
   for (const Type& owner : names.ancestry(type).classes) {
     if (names.definition(owner).kind != Kind::INTERFACE) return nullptr;
-    const support::Outline& outline = names.outline(*owner.file);
+    const kit::Outline& outline = names.outline(*owner.file);
     for (const std::string_view name : outline.members_of_interface(owner.definition)) {
       const Definition* each = first_abstract(outline, owner.definition, name);
       if (each == nullptr) continue;

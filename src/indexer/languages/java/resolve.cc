@@ -9,14 +9,14 @@
 #include "indexer/languages/java/java.h"
 #include "indexer/languages/java/library.h"
 #include "indexer/languages/java/values.h"
-#include "indexer/languages/support/facts_builder.h"
-#include "indexer/languages/support/guesses.h"
-#include "indexer/languages/support/text.h"
+#include "indexer/languages/kit/facts_builder.h"
+#include "indexer/languages/kit/guesses.h"
+#include "indexer/languages/kit/text.h"
 
 namespace context_delta::indexer::java {
 namespace {
 
-using support::definition_at;
+using kit::definition_at;
 
 class Resolver {
  public:
@@ -59,11 +59,11 @@ class Resolver {
   const File& file_;
   const Facts& facts_;
   World& world_;
-  support::ScopeIndex scopes_;
+  kit::ScopeIndex scopes_;
   std::string package_;
   TypeNames names_;
   Values values_;
-  support::Neighbourhood neighbourhood_;
+  kit::Neighbourhood neighbourhood_;
   using Place = std::pair<std::int64_t, DefinitionIndex>;
   std::map<std::pair<Place, Place>, std::vector<Candidate>> overrides_;
   Resolution made_;
@@ -192,9 +192,9 @@ void Resolver::dispatch(std::int32_t index, const Method& method, std::vector<Ca
   const std::optional<Candidate> favourite = candidate(*method.file, method.definition);
   if (!favourite) return;
   overrides.push_back(*favourite);
-  support::add_guess(made_.edges,
-                     {.reference = index, .rule = "dispatch", .why = why, .favourite = &*favourite},
-                     std::move(overrides), neighbourhood_);
+  kit::add_guess(made_.edges,
+                 {.reference = index, .rule = "dispatch", .why = why, .favourite = &*favourite},
+                 std::move(overrides), neighbourhood_);
 }
 
 void Resolver::guess_overloads(std::int32_t index, const Callee& callee, std::string_view why) {
@@ -205,8 +205,8 @@ void Resolver::guess_overloads(std::int32_t index, const Callee& callee, std::st
   }
   if (fitting.empty()) return;
   const Candidate favourite = fitting.front();
-  support::add_guess(made_.edges, {.reference = index, .why = why, .favourite = &favourite},
-                     std::move(fitting), neighbourhood_);
+  kit::add_guess(made_.edges, {.reference = index, .why = why, .favourite = &favourite},
+                 std::move(fitting), neighbourhood_);
 }
 
 /// Any method of the name, for a receiver that nothing is known of.
@@ -216,14 +216,13 @@ void Resolver::guess_namesakes(std::int32_t index, const Reference& reference,
   std::vector<Candidate> fitting;
   for (const Candidate& each : world_.definitions(reference.name)) {
     if (each.kind != Kind::METHOD || each.file->language != file_.language) continue;
-    if (!support::accepts_arguments(each, reference.arguments)) continue;
+    if (!kit::accepts_arguments(each, reference.arguments)) continue;
     const bool hidden = (each.traits & LOCAL_LINKAGE) != 0 && each.file->id != file_.id;
     if (hidden) continue;
-    if (common && support::nearness(each, neighbourhood_) > 2) continue;
+    if (common && kit::nearness(each, neighbourhood_) > 2) continue;
     fitting.push_back(each);
   }
-  support::add_guess(made_.edges, {.reference = index, .why = why}, std::move(fitting),
-                     neighbourhood_);
+  kit::add_guess(made_.edges, {.reference = index, .why = why}, std::move(fitting), neighbourhood_);
 }
 
 /// The class whose constructor runs: of `new T()`, `outer.new T()`, `this()` or `super()`.
@@ -265,12 +264,12 @@ void Resolver::resolve_creation(std::int32_t index, const Reference& reference) 
     const std::optional<Candidate> target = candidate(*type.file, type.definition);
     if (!target) return;
     if (type.sure && !broken) return prove(index, *type.file, type.definition, "constructor");
-    support::add_guess(made_.edges,
-                       {.reference = index,
-                        .why = broken ? "the text around the call does not parse"
-                                      : "several classes have this name",
-                        .favourite = &*target},
-                       {*target}, neighbourhood_);
+    kit::add_guess(made_.edges,
+                   {.reference = index,
+                    .why = broken ? "the text around the call does not parse"
+                                  : "several classes have this name",
+                    .favourite = &*target},
+                   {*target}, neighbourhood_);
     return;
   }
   const Arguments arguments =

@@ -122,8 +122,8 @@ constexpr auto NAMES = std::to_array<NamedKind>({
 
 Syntax make_syntax() {
   const TSLanguage* language = tree_sitter_java();
-  const auto field = [&](std::string_view name) { return support::field_id(language, name); };
-  return {.kind = support::NodeKinds<Node>(language, NAMES),
+  const auto field = [&](std::string_view name) { return kit::field_id(language, name); };
+  return {.kind = kit::NodeKinds<Node>(language, NAMES),
           .field = {.alternative = field("alternative"),
                     .arguments = field("arguments"),
                     .array = field("array"),
@@ -156,7 +156,7 @@ const Syntax& syntax() {
 }
 
 TSNode first_child(TSNode node) {
-  if (support::is_null(node)) return node;
+  if (kit::is_null(node)) return node;
   const std::uint32_t count = ts_node_named_child_count(node);
   for (std::uint32_t i = 0; i < count; ++i) {
     const TSNode found = ts_node_named_child(node, i);
@@ -166,7 +166,7 @@ TSNode first_child(TSNode node) {
 }
 
 TSNode child_of_kind(TSNode node, Node kind) {
-  for (const TSNode found : support::named_children(node)) {
+  for (const TSNode found : kit::named_children(node)) {
     if (syntax().kind(found) == kind) return found;
   }
   return {};

@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-#include "indexer/languages/support/nodes.h"
+#include "indexer/languages/kit/nodes.h"
 
 /// The nodes of the Java grammar that extraction looks at.
 namespace context_delta::indexer::java {
@@ -106,7 +106,7 @@ struct Fields {
 };
 
 struct Syntax {
-  support::NodeKinds<Node> kind;
+  kit::NodeKinds<Node> kind;
   Fields field;
 };
 

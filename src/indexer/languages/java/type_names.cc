@@ -4,22 +4,22 @@
 
 #include "indexer/languages/java/headers.h"
 #include "indexer/languages/java/library.h"
-#include "indexer/languages/support/facts_builder.h"
-#include "indexer/languages/support/text.h"
+#include "indexer/languages/kit/facts_builder.h"
+#include "indexer/languages/kit/text.h"
 
 namespace context_delta::indexer::java {
 namespace {
 
-using support::Binder;
+using kit::Binder;
 
-bool is_type(const Definition& definition) { return support::is_class_kind(definition.kind); }
+bool is_type(const Definition& definition) { return kit::is_class_kind(definition.kind); }
 
 /// The folder below which the folders of packages lie: files of one such folder are compiled
 /// together.
 std::string_view source_root(std::string_view path, std::string_view package) {
-  std::string_view folder = support::folder_of(path);
-  for (std::size_t parts = support::split(package, '.').size(); parts > 0; --parts) {
-    folder = support::folder_of(folder);
+  std::string_view folder = kit::folder_of(path);
+  for (std::size_t parts = kit::split(package, '.').size(); parts > 0; --parts) {
+    folder = kit::folder_of(folder);
   }
   return folder;
 }
@@ -30,16 +30,16 @@ bool is_library_package(std::string_view package) {
 
 }  // namespace
 
-TypeNames::TypeNames(const File& file, const support::Outline& own, World& world,
+TypeNames::TypeNames(const File& file, const kit::Outline& own, World& world,
                      std::string_view package)
     : file_(file), world_(world), package_(package) {
   outlines_.emplace(file.id, own);
 }
 
-const support::Outline& TypeNames::outline(const File& file) {
+const kit::Outline& TypeNames::outline(const File& file) {
   const auto place = outlines_.find(file.id);
   if (place != outlines_.end()) return place->second;
-  return outlines_.emplace(file.id, support::Outline(file, world_)).first->second;
+  return outlines_.emplace(file.id, kit::Outline(file, world_)).first->second;
 }
 
 /// The package that a scope stands in, as the outermost class around it says.
@@ -155,7 +155,7 @@ Type TypeNames::found_by_name(const File& file, DefinitionIndex scope, std::stri
 
 /// Type parameters, local classes, member classes of the classes around, and the file's own.
 Type TypeNames::found_in_scope(const File& file, DefinitionIndex scope, std::string_view simple) {
-  const support::Outline& known = outline(file);
+  const kit::Outline& known = outline(file);
   for (DefinitionIndex at = scope;; at = known.definition(at).parent) {
     const bool in_header = at != NOWHERE && at == header_;
     const Type own = in_header ? Type{} : own_class(file, at, simple);
@@ -230,7 +230,7 @@ Type TypeNames::class_among(const File& importer, DefinitionIndex scope, std::st
   std::vector<const Candidate*> same_root;
   std::vector<const Candidate*> others;
   for (const Candidate& candidate : world_.definitions(simple)) {
-    if (candidate.container != container || !support::is_class_kind(candidate.kind)) continue;
+    if (candidate.container != container || !kit::is_class_kind(candidate.kind)) continue;
     if (candidate.file->language != file_.language) continue;
     const bool together =
         source_root(candidate.file->path, package_of(*candidate.file, candidate.definition)) ==
@@ -253,7 +253,7 @@ Type TypeNames::imported(const File& importer, DefinitionIndex scope, std::strin
 
 /// The class that a scope itself defines.
 Type TypeNames::own_class(const File& file, DefinitionIndex scope, std::string_view name) {
-  const support::Outline& known = outline(file);
+  const kit::Outline& known = outline(file);
   for (const Binder& binder : known.find(scope, name)) {
     const bool is_class = binder.kind == Binder::Kind::DEFINITION &&
                           is_type(known.definition(binder.index)) &&
@@ -287,7 +287,7 @@ const std::vector<Type>& TypeNames::supertypes(const Type& of) {
 }
 
 std::vector<Type> TypeNames::read_supertypes(const Type& of, Stage stage) {
-  TypeNames there(*of.file, support::Outline(*of.file, world_), world_);
+  TypeNames there(*of.file, kit::Outline(*of.file, world_), world_);
   there.stage_ = stage;
   // The type parameters of a class are seen in its own header.
   there.header_ = of.definition;
@@ -337,7 +337,7 @@ bool TypeNames::is_below(const Type& of, const Type& base) {
   using Answer = std::vector<Place>;
   if (of.kind != Type::Kind::CLASS || base.kind != Type::Kind::CLASS) return false;
   const Answer& line = world_.remember<Answer>("java:classes-above", *of.file, of.definition, [&] {
-    TypeNames there(*of.file, support::Outline(*of.file, world_), world_);
+    TypeNames there(*of.file, kit::Outline(*of.file, world_), world_);
     Answer answer;
     for (const Type& each : there.ancestry(there.class_type(*of.file, of.definition)).classes) {
       answer.emplace_back(each.file->id, each.definition);

@@ -8,10 +8,10 @@
 #include <utility>
 #include <vector>
 
-#include "indexer/facts.h"
 #include "indexer/languages/java/types.h"
-#include "indexer/languages/support/outline.h"
-#include "indexer/world.h"
+#include "indexer/languages/kit/outline.h"
+#include "indexer/model/facts.h"
+#include "indexer/world/world.h"
 
 /// What names of types mean.
 namespace context_delta::indexer::java {
@@ -33,12 +33,11 @@ class TypeNames {
  public:
   /// `own`: of `file`, which may be another than the one being resolved; `package` is asked for
   /// outside of its classes alone.
-  TypeNames(const File& file, const support::Outline& own, World& world,
-            std::string_view package = {});
+  TypeNames(const File& file, const kit::Outline& own, World& world, std::string_view package = {});
 
   const File& file() const { return file_; }
   World& world() { return world_; }
-  const support::Outline& outline(const File& file);
+  const kit::Outline& outline(const File& file);
   const Definition& definition(const File& file, DefinitionIndex index) {
     return outline(file).definition(index);
   }
@@ -88,7 +87,7 @@ class TypeNames {
   const File& file_;
   World& world_;
   std::string_view package_;
-  std::unordered_map<std::int64_t, support::Outline> outlines_;  // by the file's id
+  std::unordered_map<std::int64_t, kit::Outline> outlines_;  // by the file's id
   std::map<std::pair<std::int64_t, DefinitionIndex>, Ancestry> ancestries_;
   std::map<std::pair<std::int64_t, DefinitionIndex>, std::vector<TypeParameter>> parameters_;
   std::unordered_map<std::string, Type> names_;

@@ -5,7 +5,7 @@
 #include <string_view>
 #include <vector>
 
-#include "indexer/world.h"
+#include "indexer/world/world.h"
 
 /// Types of Java.
 namespace context_delta::indexer::java {

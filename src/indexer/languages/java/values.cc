@@ -5,14 +5,14 @@
 
 #include "indexer/languages/java/headers.h"
 #include "indexer/languages/java/library.h"
-#include "indexer/languages/support/facts_builder.h"
-#include "indexer/languages/support/text.h"
+#include "indexer/languages/kit/facts_builder.h"
+#include "indexer/languages/kit/text.h"
 
 namespace context_delta::indexer::java {
 namespace {
 
-using support::Binder;
-using support::definition_at;
+using kit::Binder;
+using kit::definition_at;
 
 /// How deep expressions and the initialisers of variables are followed.
 constexpr int DEEPEST = 12;
@@ -52,7 +52,7 @@ std::string_view take_brackets(std::string_view& text) {
 
 std::string_view take_name(std::string_view& text) {
   std::size_t end = 0;
-  while (end < text.size() && (support::is_identifier_byte(text[end]) || text[end] == '$')) ++end;
+  while (end < text.size() && (kit::is_identifier_byte(text[end]) || text[end] == '$')) ++end;
   const std::string_view name = text.substr(0, end);
   text.remove_prefix(end);
   return name;
@@ -60,7 +60,7 @@ std::string_view take_name(std::string_view& text) {
 
 std::int16_t count_of(std::string_view values) {
   if (values == "*") return ANY_NUMBER;
-  return support::argument_count(split_outside(values, ',').size());
+  return kit::argument_count(split_outside(values, ',').size());
 }
 
 Values::Values(const Facts& facts, TypeNames& names)

@@ -1,26 +1,26 @@
 #include <cctype>
 
 #include "indexer/languages/java/type_names.h"
-#include "indexer/languages/support/text.h"
+#include "indexer/languages/kit/text.h"
 
 namespace context_delta::indexer::java {
 namespace {
 
 /// Without annotations, modifiers and wildcards in front: `Foo` of `@A ? extends Foo`.
 std::string_view without_prefixes(std::string_view written) {
-  written = support::trimmed(written);
+  written = kit::trimmed(written);
   while (true) {
     if (written.starts_with('@')) {
       const std::size_t space = written.find(' ');
       if (space == std::string_view::npos) return {};
-      written = support::trimmed(written.substr(space));
+      written = kit::trimmed(written.substr(space));
     } else if (written.starts_with("final ")) {
-      written = support::trimmed(written.substr(6));
+      written = kit::trimmed(written.substr(6));
     } else if (written.starts_with("? extends ")) {
-      written = support::trimmed(written.substr(10));
+      written = kit::trimmed(written.substr(10));
     } else if (written.starts_with("? super ")) {
       // What a function of such a type is given is a T.
-      written = support::trimmed(written.substr(8));
+      written = kit::trimmed(written.substr(8));
     } else {
       return written;
     }
@@ -31,7 +31,7 @@ std::string_view without_prefixes(std::string_view written) {
 std::uint8_t take_dimensions(std::string_view& written) {
   std::uint8_t count = 0;
   while (true) {
-    written = support::trimmed(written);
+    written = kit::trimmed(written);
     if (written.ends_with("...")) {
       written.remove_suffix(3);
     } else if (written.ends_with(']') && written.rfind('[') != std::string_view::npos) {
@@ -51,9 +51,9 @@ Type TypeNames::read(const File& file, DefinitionIndex scope, std::string_view w
   const std::vector<std::string_view> intersection = split_outside(written, '&');
   if (intersection.size() > 1) written = intersection.front();
   const std::uint8_t dimensions = take_dimensions(written);
-  written = support::trimmed(written);
+  written = kit::trimmed(written);
   const std::size_t angle = written.find('<');
-  const std::string name(support::trimmed(written.substr(0, angle)));
+  const std::string name(kit::trimmed(written.substr(0, angle)));
   Type made;
   if (name.empty() || name == "var") return made;
   // Of `?` nothing is known but that it is an object.

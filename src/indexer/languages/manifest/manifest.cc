@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <array>
 
+#include "indexer/languages/kit/text.h"
 #include "indexer/languages/manifest/strings.h"
-#include "indexer/languages/support/text.h"
 
 namespace context_delta::indexer::manifest {
 namespace {
@@ -24,9 +24,9 @@ constexpr std::size_t LONGEST_VALUE = 400;
 void add(Facts& facts, std::string name, std::string_view value) {
   if (facts.bindings.size() >= MOST_BINDINGS || value.size() > LONGEST_VALUE) return;
   Binding made;
-  made.name = support::one_line(name, LONGEST_VALUE);
+  made.name = kit::one_line(name, LONGEST_VALUE);
   made.kind = Binding::Kind::GLOBAL;
-  made.value = support::one_line(value, LONGEST_VALUE);
+  made.value = kit::one_line(value, LONGEST_VALUE);
   facts.bindings.push_back(std::move(made));
 }
 
@@ -42,15 +42,15 @@ bool is_wanted(std::string_view path) {
 void add_workspaces(Facts& facts, std::string_view text) {
   bool inside = false;
   int count = 0;
-  for (const std::string_view line : support::split(text, '\n')) {
-    std::string_view item = support::trimmed(line);
+  for (const std::string_view line : kit::split(text, '\n')) {
+    std::string_view item = kit::trimmed(line);
     if (item.empty() || item.starts_with('#')) continue;
     if (!item.starts_with('-')) {
       inside = item == "packages:";
       continue;
     }
     if (!inside) continue;
-    item = support::trimmed(item.substr(1));
+    item = kit::trimmed(item.substr(1));
     if (item.size() >= 2 && (item.front() == '"' || item.front() == '\'')) {
       item = item.substr(1, item.find(item.front(), 1) - 1);
     }
@@ -60,7 +60,7 @@ void add_workspaces(Facts& facts, std::string_view text) {
 
 Facts extract(TSNode, std::string_view text) {
   Facts facts;
-  const std::string_view start = support::trimmed(text.substr(0, 4000));
+  const std::string_view start = kit::trimmed(text.substr(0, 4000));
   if (!start.starts_with('{') && !start.starts_with('/')) {
     add_workspaces(facts, text);
     return facts;

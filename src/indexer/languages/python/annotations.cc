@@ -2,9 +2,9 @@
 #include <string>
 #include <vector>
 
+#include "indexer/languages/kit/text.h"
 #include "indexer/languages/python/builtins.h"
 #include "indexer/languages/python/values.h"
-#include "indexer/languages/support/text.h"
 
 namespace context_delta::indexer::python {
 namespace {
@@ -20,18 +20,18 @@ std::vector<std::string_view> parts_of(std::string_view text, char separator) {
     if (text[i] == '[' || text[i] == '(') ++brackets;
     if (text[i] == ']' || text[i] == ')') --brackets;
     if (text[i] != separator || brackets != 0) continue;
-    parts.push_back(support::trimmed(text.substr(start, i - start)));
+    parts.push_back(kit::trimmed(text.substr(start, i - start)));
     start = i + 1;
   }
-  parts.push_back(support::trimmed(text.substr(start)));
+  parts.push_back(kit::trimmed(text.substr(start)));
   return parts;
 }
 
 std::string_view without_quotes(std::string_view text) {
-  text = support::trimmed(text);
+  text = kit::trimmed(text);
   while (text.size() >= 2 && (text.front() == '"' || text.front() == '\'') &&
          text.back() == text.front()) {
-    text = support::trimmed(text.substr(1, text.size() - 2));
+    text = kit::trimmed(text.substr(1, text.size() - 2));
   }
   return text;
 }
@@ -85,7 +85,7 @@ Value Evaluator::annotation_value(const File& file, DefinitionIndex scope, std::
   const std::size_t bracket = only.find('[');
   if (bracket != std::string_view::npos && only.back() == ']') {
     const std::string_view arguments = only.substr(bracket + 1, only.size() - bracket - 2);
-    return generic_annotation(file, scope, support::trimmed(only.substr(0, bracket)), arguments,
+    return generic_annotation(file, scope, kit::trimmed(only.substr(0, bracket)), arguments,
                               depth + 1);
   }
   const std::string_view name = only.substr(only.rfind('.') + 1);
@@ -96,7 +96,7 @@ Value Evaluator::annotation_value(const File& file, DefinitionIndex scope, std::
     return made;
   }
   for (const char byte : only) {
-    if (!support::is_identifier_byte(byte) && byte != '.') return {};
+    if (!kit::is_identifier_byte(byte) && byte != '.') return {};
   }
   Value type = expression_value(file, scope, only, depth + 1);
   if (type.kind == Value::Kind::EXTERNAL) return type;

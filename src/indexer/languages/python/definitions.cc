@@ -4,14 +4,14 @@
 #include <string>
 #include <utility>
 
+#include "indexer/languages/kit/text.h"
 #include "indexer/languages/python/syntax.h"
-#include "indexer/languages/support/text.h"
 
 namespace context_delta::indexer::python {
 namespace {
 
-using support::child;
-using support::text_of;
+using kit::child;
+using kit::text_of;
 
 std::string_view last_name(std::string_view dotted) { return dotted.substr(dotted.rfind('.') + 1); }
 
@@ -22,9 +22,9 @@ std::string header_text(TSNode node, std::string_view text,
   std::uint32_t end = start;
   for (const TSFieldId part : parts) {
     const TSNode found = child(node, part);
-    if (!support::is_null(found)) end = std::max(end, ts_node_end_byte(found));
+    if (!kit::is_null(found)) end = std::max(end, ts_node_end_byte(found));
   }
-  return support::one_line(text.substr(std::min<std::size_t>(start, text.size()), end - start));
+  return kit::one_line(text.substr(std::min<std::size_t>(start, text.size()), end - start));
 }
 
 bool is_separator(Node kind) {
@@ -63,7 +63,7 @@ void count_parameters(Definition& definition, TSNode parameters, bool has_receiv
   std::size_t least = 0;
   std::size_t most = 0;
   bool any = false;
-  for (const TSNode node : support::named_children(parameters)) {
+  for (const TSNode node : kit::named_children(parameters)) {
     if (is_separator(syntax().kind(node))) continue;
     const Parameter parameter = parameter_of(node);
     any = any || parameter.variadic;
@@ -73,8 +73,8 @@ void count_parameters(Definition& definition, TSNode parameters, bool has_receiv
   }
   if (has_receiver && most > 0) --most;
   if (has_receiver && least > 0) --least;
-  definition.least_arguments = support::argument_count(least);
-  definition.most_arguments = any ? ANY_NUMBER : support::argument_count(most);
+  definition.least_arguments = kit::argument_count(least);
+  definition.most_arguments = any ? ANY_NUMBER : kit::argument_count(most);
 }
 
 void read_decorator(Decorators& found, std::string_view dotted) {
@@ -101,7 +101,7 @@ void read_decorator(Decorators& found, std::string_view dotted) {
 
 Decorators decorators_of(TSNode decorated, std::string_view text) {
   Decorators found;
-  for (const TSNode node : support::named_children(decorated)) {
+  for (const TSNode node : kit::named_children(decorated)) {
     if (syntax().kind(node) != Node::DECORATOR) continue;
     std::string name = expression_text(ts_node_named_child(node, 0), text);
     if (name.ends_with("()")) name.resize(name.size() - 2);
@@ -115,15 +115,15 @@ Definition function_definition(TSNode node, std::string_view text, bool in_class
   const Fields& field = syntax().field;
   const TSNode name = child(node, field.name);
   Definition made;
-  made.name = support::one_line(text_of(name, text));
+  made.name = kit::one_line(text_of(name, text));
   made.kind = !in_class                 ? Kind::FUNCTION
               : made.name == "__init__" ? Kind::CONSTRUCTOR
                                         : Kind::METHOD;
-  made.first_line = support::first_line(node);
-  made.last_line = support::last_line(node);
-  made.name_line = support::first_line(name);
+  made.first_line = kit::first_line(node);
+  made.last_line = kit::last_line(node);
+  made.name_line = kit::first_line(name);
   made.signature = header_text(node, text, {field.name, field.parameters, field.return_type});
-  made.type = support::one_line(text_of(child(node, field.return_type), text));
+  made.type = kit::one_line(text_of(child(node, field.return_type), text));
   made.traits = decorators.traits;
   count_parameters(made, child(node, field.parameters), in_class && !decorators.is_static);
   return made;
@@ -133,11 +133,11 @@ Definition class_definition(TSNode node, std::string_view text) {
   const Fields& field = syntax().field;
   const TSNode name = child(node, field.name);
   Definition made;
-  made.name = support::one_line(text_of(name, text));
+  made.name = kit::one_line(text_of(name, text));
   made.kind = Kind::CLASS;
-  made.first_line = support::first_line(node);
-  made.last_line = support::last_line(node);
-  made.name_line = support::first_line(name);
+  made.first_line = kit::first_line(node);
+  made.last_line = kit::last_line(node);
+  made.name_line = kit::first_line(name);
   made.signature = header_text(node, text, {field.name, field.superclasses});
   for (const TSNode base : base_nodes(child(node, field.superclasses))) {
     made.bases.push_back(expression_text(base, text));
@@ -148,7 +148,7 @@ Definition class_definition(TSNode node, std::string_view text) {
 std::vector<TSNode> base_nodes(TSNode superclasses) {
   const Syntax& python = syntax();
   std::vector<TSNode> bases;
-  for (TSNode node : support::named_children(superclasses)) {
+  for (TSNode node : kit::named_children(superclasses)) {
     const Node kind = python.kind(node);
     if (kind == Node::KEYWORD_ARGUMENT || kind == Node::COMMENT) continue;
     if (kind == Node::SUBSCRIPT) node = child(node, python.field.value);
@@ -160,18 +160,18 @@ std::vector<TSNode> base_nodes(TSNode superclasses) {
 std::vector<Binding> parameter_bindings(TSNode parameters, std::string_view text,
                                         DefinitionIndex scope, bool has_receiver) {
   std::vector<Binding> bindings;
-  for (const TSNode node : support::named_children(parameters)) {
+  for (const TSNode node : kit::named_children(parameters)) {
     if (is_separator(syntax().kind(node))) continue;
     const Parameter parameter = parameter_of(node);
     Binding made;
-    made.name = support::one_line(text_of(parameter.name, text));
+    made.name = kit::one_line(text_of(parameter.name, text));
     made.kind = Binding::Kind::PARAMETER;
     made.scope = scope;
-    made.line = support::first_line(node);
+    made.line = kit::first_line(node);
     if (has_receiver && bindings.empty()) {
       made.value = RECEIVER_VALUE;
     } else if (!parameter.variadic) {
-      made.type = support::one_line(text_of(parameter.type, text));
+      made.type = kit::one_line(text_of(parameter.type, text));
     } else {
       made.value = "?";
     }
@@ -185,30 +185,30 @@ std::int16_t call_arguments(TSNode arguments, std::string_view text) {
   if (python.kind(arguments) == Node::GENERATOR) return 1;
   // Nothing else than a splat or a comment makes a difference, and few calls have either.
   const bool plain = text_of(arguments, text).find_first_of("*#") == std::string_view::npos;
-  if (plain && !support::is_null(arguments)) {
-    return support::argument_count(ts_node_named_child_count(arguments));
+  if (plain && !kit::is_null(arguments)) {
+    return kit::argument_count(ts_node_named_child_count(arguments));
   }
   std::size_t count = 0;
-  for (const TSNode node : support::named_children(arguments)) {
+  for (const TSNode node : kit::named_children(arguments)) {
     const Node kind = python.kind(node);
     if (kind == Node::LIST_SPLAT || kind == Node::DICTIONARY_SPLAT) return ANY_NUMBER;
     if (kind != Node::COMMENT) ++count;
   }
-  return support::argument_count(count);
+  return kit::argument_count(count);
 }
 
 Definition variable_definition(TSNode statement, TSNode name, std::string_view text) {
   Definition made;
-  made.name = support::one_line(text_of(name, text));
+  made.name = kit::one_line(text_of(name, text));
   made.kind = Kind::VARIABLE;
-  made.first_line = support::first_line(statement);
-  made.last_line = support::last_line(statement);
-  made.name_line = support::first_line(name);
-  made.signature = support::one_line(text_of(statement, text));
+  made.first_line = kit::first_line(statement);
+  made.last_line = kit::last_line(statement);
+  made.name_line = kit::first_line(name);
+  made.signature = kit::one_line(text_of(statement, text));
   return made;
 }
 
-void add_patch(support::FactsBuilder& builder, TSNode target, TSNode name, std::string_view owner) {
+void add_patch(kit::FactsBuilder& builder, TSNode target, TSNode name, std::string_view owner) {
   const std::vector<Definition>& definitions = builder.facts().definitions;
   const std::vector<Import>& imports = builder.facts().imports;
   const bool known =
@@ -221,13 +221,13 @@ void add_patch(support::FactsBuilder& builder, TSNode target, TSNode name, std::
       });
   if (!known) return;
   Definition made;
-  made.name = support::one_line(text_of(name, builder.text()));
+  made.name = kit::one_line(text_of(name, builder.text()));
   made.kind = Kind::VARIABLE;
   made.scope = owner;
-  made.first_line = support::first_line(name);
-  made.last_line = support::last_line(name);
+  made.first_line = kit::first_line(name);
+  made.last_line = kit::last_line(name);
   made.name_line = made.first_line;
-  made.signature = support::one_line(text_of(target, builder.text()));
+  made.signature = kit::one_line(text_of(target, builder.text()));
   made.traits = REASSIGNED;
   builder.define(std::move(made));
 }
@@ -237,10 +237,9 @@ std::vector<std::string_view> names_in_type(std::string_view type) {
   std::size_t start = 0;
   while (start < type.size()) {
     std::size_t end = start;
-    while (end < type.size() && (support::is_identifier_byte(type[end]) || type[end] == '.')) ++end;
+    while (end < type.size() && (kit::is_identifier_byte(type[end]) || type[end] == '.')) ++end;
     const std::string_view name = type.substr(start, end - start);
-    const bool is_name =
-        support::is_identifier(name.substr(0, name.find('.'))) && !name.ends_with('.');
+    const bool is_name = kit::is_identifier(name.substr(0, name.find('.'))) && !name.ends_with('.');
     if (is_name) names.push_back(name);
     start = std::max(end, start + 1);
   }

@@ -5,8 +5,8 @@
 
 #include <tree_sitter/api.h>
 
-#include "indexer/facts.h"
-#include "indexer/languages/support/facts_builder.h"
+#include "indexer/languages/kit/facts_builder.h"
+#include "indexer/model/facts.h"
 
 /// Definitions, parameters and arguments of Python, one node at a time.
 namespace context_delta::indexer::python {
@@ -42,7 +42,7 @@ Definition variable_definition(TSNode statement, TSNode name, std::string_view t
 
 /// The target `Owner.name` of an assignment at the top level: a variable with the written scope
 /// `Owner`, so that rules see that a member may be replaced.
-void add_patch(support::FactsBuilder& builder, TSNode target, TSNode name, std::string_view owner);
+void add_patch(kit::FactsBuilder& builder, TSNode target, TSNode name, std::string_view owner);
 
 /// The dotted names in the text of a type, such as a quoted annotation.
 std::vector<std::string_view> names_in_type(std::string_view type);

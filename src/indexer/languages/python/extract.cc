@@ -5,19 +5,19 @@
 #include <utility>
 #include <vector>
 
+#include "indexer/languages/kit/facts_builder.h"
+#include "indexer/languages/kit/text.h"
 #include "indexer/languages/python/definitions.h"
 #include "indexer/languages/python/python.h"
 #include "indexer/languages/python/syntax.h"
-#include "indexer/languages/support/facts_builder.h"
-#include "indexer/languages/support/text.h"
 
 namespace context_delta::indexer::python {
 namespace {
 
-using support::child;
-using support::first_line;
-using support::is_null;
-using support::text_of;
+using kit::child;
+using kit::first_line;
+using kit::is_null;
+using kit::text_of;
 
 /// Whether a string's quotes follow a letter: only then may expressions stand in it.
 bool has_prefix(std::string_view literal) {
@@ -59,7 +59,7 @@ class Extractor {
   std::string_view parameter_type(std::string_view name);
 
   const Syntax& python_ = syntax();
-  support::FactsBuilder builder_;
+  kit::FactsBuilder builder_;
   /// Of a function: its bindings in Facts::bindings, and the name of `self`.
   struct Parameters {
     std::size_t first_binding = 0;
@@ -126,7 +126,7 @@ bool Extractor::enter(TSNode node, std::uint32_t depth) {
       enter_except(node);
       return true;
     case Node::DELETE:
-      for (const TSNode below : support::named_children(node)) bind_target(below, {}, "?");
+      for (const TSNode below : kit::named_children(node)) bind_target(below, {}, "?");
       return true;
     case Node::LAMBDA:
       enter_lambda(node);
@@ -167,13 +167,13 @@ void Extractor::enter_conditional(std::uint32_t depth) {
 }
 
 bool Extractor::enter_function(TSNode node, std::uint32_t depth) {
-  const bool in_class = support::is_class_kind(builder_.scope_kind());
+  const bool in_class = kit::is_class_kind(builder_.scope_kind());
   const Decorators decorators =
       builder_.frame().start == 0 ? Decorators{} : decorators_of(decorated_, builder_.text());
   Definition made = function_definition(node, builder_.text(), in_class, decorators);
   const bool has_receiver = in_class && !decorators.is_static;
   const DefinitionIndex index = builder_.define(std::move(made));
-  support::Frame& frame = builder_.open(depth);
+  kit::Frame& frame = builder_.open(depth);
   frame.definition = index;
   frame.traits &= static_cast<std::uint16_t>(~CONDITIONAL);
   frame.start = 0;
@@ -192,7 +192,7 @@ bool Extractor::enter_class(TSNode node, std::uint32_t depth) {
   const TSNode superclasses = child(node, python_.field.superclasses);
   Definition made = class_definition(node, builder_.text());
   const DefinitionIndex index = builder_.define(std::move(made));
-  support::Frame& frame = builder_.open(depth);
+  kit::Frame& frame = builder_.open(depth);
   frame.definition = index;
   frame.traits &= static_cast<std::uint16_t>(~CONDITIONAL);
   frame.start = 0;
@@ -240,7 +240,7 @@ void Extractor::enter_assignment(TSNode node) {
   const TSNode right = child(node, python_.field.right);
   TSNode value = right;
   while (python_.kind(value) == Node::ASSIGNMENT) value = child(value, python_.field.right);
-  std::string type = support::one_line(text_of(child(node, python_.field.type), builder_.text()));
+  std::string type = kit::one_line(text_of(child(node, python_.field.type), builder_.text()));
   std::string expression = is_null(value) ? "" : expression_text(value, builder_.text());
   if (text_of(left, builder_.text()) == "__all__") add_exports(right);
   if (builder_.frame().definition == NOWHERE) add_variables(node, left, type);
@@ -265,17 +265,17 @@ void Extractor::bind_target(TSNode target, std::string type, std::string value) 
   } else if (kind == Node::ATTRIBUTE) {
     bind_attribute(target, std::move(type), value);
   } else if (kind == Node::CASE_PATTERN) {
-    const std::string_view text = support::trimmed(text_of(target, builder_.text()));
-    if (support::is_identifier(text)) bind_name(target, {}, "?");
+    const std::string_view text = kit::trimmed(text_of(target, builder_.text()));
+    if (kit::is_identifier(text)) bind_name(target, {}, "?");
   } else {
     for (const TSNode name : bound_names(target)) bind_name(name, {}, "?");
   }
 }
 
 void Extractor::bind_name(TSNode name, std::string type, std::string value, std::uint16_t traits) {
-  const support::Frame& frame = builder_.frame();
+  const kit::Frame& frame = builder_.frame();
   Binding binding;
-  binding.name = support::one_line(text_of(name, builder_.text()));
+  binding.name = kit::one_line(text_of(name, builder_.text()));
   if (binding.name.empty()) return;
   binding.scope = frame.definition;
   binding.type = std::move(type);
@@ -291,7 +291,7 @@ void Extractor::bind_name(TSNode name, std::string type, std::string value, std:
     binding.scope = NOWHERE;
     if (declared_global) binding.traits |= REASSIGNED;
   } else {
-    binding.kind = support::is_class_kind(scope) ? Binding::Kind::MEMBER : Binding::Kind::LOCAL;
+    binding.kind = kit::is_class_kind(scope) ? Binding::Kind::MEMBER : Binding::Kind::LOCAL;
   }
   builder_.bind(std::move(binding));
 }
@@ -308,7 +308,7 @@ void Extractor::bind_attribute(TSNode attribute, std::string type, const std::st
     return;
   }
   Binding binding;
-  binding.name = support::one_line(text_of(name, builder_.text()));
+  binding.name = kit::one_line(text_of(name, builder_.text()));
   binding.kind = Binding::Kind::MEMBER;
   binding.scope = scope;
   binding.type = std::move(type);
@@ -324,7 +324,7 @@ DefinitionIndex Extractor::self_class(std::string_view name) {
   for (DefinitionIndex i = builder_.frame().definition; i != NOWHERE;
        i = builder_.definition(i).parent) {
     const Definition& definition = builder_.definition(i);
-    if (!support::is_function_kind(definition.kind)) return NOWHERE;
+    if (!kit::is_function_kind(definition.kind)) return NOWHERE;
     if (definition.kind == Kind::FUNCTION) continue;
     return parameters_[i].receiver == name ? definition.parent : NOWHERE;
   }
@@ -344,8 +344,8 @@ std::string_view Extractor::parameter_type(std::string_view name) {
 void Extractor::rebind_outer_names(TSNode statement, bool global) {
   const DefinitionIndex here = builder_.frame().definition;
   if (here == NOWHERE) return;
-  for (const TSNode name : support::named_children(statement)) {
-    const std::string text = support::one_line(text_of(name, builder_.text()));
+  for (const TSNode name : kit::named_children(statement)) {
+    const std::string text = kit::one_line(text_of(name, builder_.text()));
     if (global) {
       globals_.emplace_back(here, text);
       continue;
@@ -362,25 +362,25 @@ void Extractor::rebind_outer_names(TSNode statement, bool global) {
 
 void Extractor::add_exports(TSNode right) {
   if (is_null(right)) return;
-  for (const TSNode item : support::named_children(right)) {
+  for (const TSNode item : kit::named_children(right)) {
     if (python_.kind(item) != Node::STRING) continue;
     std::string_view text = text_of(item, builder_.text());
     while (!text.empty() && text.back() != '"' && text.back() != '\'') text.remove_suffix(1);
     const std::size_t start = text.find_first_of("\"'");
     if (start == std::string_view::npos || text.size() < start + 2) continue;
     text = text.substr(start + 1, text.size() - start - 2);
-    if (support::is_identifier(text)) builder_.facts().exports.emplace_back(text);
+    if (kit::is_identifier(text)) builder_.facts().exports.emplace_back(text);
   }
 }
 
 void Extractor::enter_import(TSNode node) {
-  for (const TSNode item : support::children(node, python_.field.name)) {
+  for (const TSNode item : kit::children(node, python_.field.name)) {
     const bool aliased = python_.kind(item) == Node::ALIASED_IMPORT;
     const TSNode module = aliased ? child(item, python_.field.name) : item;
     Import made;
-    made.module = support::one_line(text_of(module, builder_.text()));
+    made.module = kit::one_line(text_of(module, builder_.text()));
     if (aliased) {
-      made.alias = support::one_line(text_of(child(item, python_.field.alias), builder_.text()));
+      made.alias = kit::one_line(text_of(child(item, python_.field.alias), builder_.text()));
     }
     made.scope = builder_.frame().definition;
     made.line = first_line(item);
@@ -391,12 +391,11 @@ void Extractor::enter_import(TSNode node) {
 
 void Extractor::enter_import_from(TSNode node) {
   Import common;
-  common.module =
-      support::one_line(text_of(child(node, python_.field.module_name), builder_.text()));
+  common.module = kit::one_line(text_of(child(node, python_.field.module_name), builder_.text()));
   std::erase(common.module, ' ');
   common.scope = builder_.frame().definition;
   common.traits = builder_.frame().traits & (CONDITIONAL | BROKEN);
-  for (const TSNode item : support::named_children(node)) {
+  for (const TSNode item : kit::named_children(node)) {
     Import made = common;
     made.line = first_line(item);
     if (python_.kind(item) == Node::WILDCARD) {
@@ -404,15 +403,14 @@ void Extractor::enter_import_from(TSNode node) {
       builder_.facts().imports.push_back(std::move(made));
     }
   }
-  for (const TSNode item : support::children(node, python_.field.name)) {
+  for (const TSNode item : kit::children(node, python_.field.name)) {
     const bool aliased = python_.kind(item) == Node::ALIASED_IMPORT;
     const TSNode name = aliased ? child(item, python_.field.name) : item;
     Import made = common;
     made.line = first_line(item);
-    made.name = support::one_line(text_of(name, builder_.text()));
-    made.alias = aliased
-                     ? support::one_line(text_of(child(item, python_.field.alias), builder_.text()))
-                     : made.name;
+    made.name = kit::one_line(text_of(name, builder_.text()));
+    made.alias = aliased ? kit::one_line(text_of(child(item, python_.field.alias), builder_.text()))
+                         : made.name;
     builder_.refer(made.name, made.module, Role::IMPORT, made.line);
     builder_.facts().imports.push_back(std::move(made));
   }
@@ -457,7 +455,7 @@ void Extractor::enter_lambda(TSNode node) {
 
 Facts extract(TSNode root, std::string_view text) {
   Extractor extractor(text);
-  support::walk(root, extractor);
+  kit::walk(root, extractor);
   return extractor.finish();
 }
 

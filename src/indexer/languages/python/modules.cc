@@ -4,14 +4,14 @@
 #include <array>
 #include <vector>
 
+#include "indexer/languages/kit/text.h"
 #include "indexer/languages/python/builtins.h"
-#include "indexer/languages/support/text.h"
 
 namespace context_delta::indexer::python {
 namespace {
 
-using support::base_name;
-using support::folder_of;
+using kit::base_name;
+using kit::folder_of;
 
 std::string join(std::string_view folder, std::string_view name) {
   std::string path(folder);

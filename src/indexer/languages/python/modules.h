@@ -3,7 +3,7 @@
 #include <string>
 #include <string_view>
 
-#include "indexer/world.h"
+#include "indexer/world/world.h"
 
 /// Modules of Python: dotted names and the files that they mean.
 namespace context_delta::indexer::python {

@@ -5,13 +5,13 @@
 #include <tuple>
 #include <vector>
 
+#include "indexer/languages/kit/facts_builder.h"
+#include "indexer/languages/kit/guesses.h"
+#include "indexer/languages/kit/text.h"
 #include "indexer/languages/python/builtins.h"
 #include "indexer/languages/python/modules.h"
 #include "indexer/languages/python/python.h"
 #include "indexer/languages/python/values.h"
-#include "indexer/languages/support/facts_builder.h"
-#include "indexer/languages/support/guesses.h"
-#include "indexer/languages/support/text.h"
 
 namespace context_delta::indexer::python {
 namespace {
@@ -54,9 +54,9 @@ class Resolver {
   const File& file_;
   const Facts& facts_;
   World& world_;
-  support::ScopeIndex scopes_;
+  kit::ScopeIndex scopes_;
   Evaluator values_;
-  support::Neighbourhood neighbourhood_;
+  kit::Neighbourhood neighbourhood_;
   // By the owner's file and definition, then the method's.
   std::map<std::tuple<std::int64_t, DefinitionIndex, std::int64_t, DefinitionIndex>,
            std::vector<Candidate>>
@@ -162,11 +162,11 @@ std::vector<Candidate> Resolver::find_overrides(const Value& owner, const Value&
   const std::string name = values_.definition(method).name;
   if (name.starts_with("__") && !name.ends_with("__")) return found;
   for (const Candidate& candidate : world_.definitions(name)) {
-    if (!support::is_function_kind(candidate.kind) || candidate.container.empty()) continue;
+    if (!kit::is_function_kind(candidate.kind) || candidate.container.empty()) continue;
     if (candidate.file->language != file_.language) continue;
-    const support::Outline& there = values_.outline(*candidate.file);
+    const kit::Outline& there = values_.outline(*candidate.file);
     const DefinitionIndex parent = there.definition(candidate.definition).parent;
-    if (parent == NOWHERE || !support::is_class_kind(there.definition(parent).kind)) continue;
+    if (parent == NOWHERE || !kit::is_class_kind(there.definition(parent).kind)) continue;
     const Value other = {.kind = Value::Kind::CLASS, .file = candidate.file, .definition = parent};
     Value base = owner;
     base.kind = Value::Kind::CLASS;
@@ -191,12 +191,12 @@ void Resolver::dispatch(std::int32_t index, const Value& value, const Value&,
   std::vector<Candidate> fitting = overrides;
   const std::optional<Candidate> favourite = candidate_of(value);
   if (favourite) fitting.push_back(*favourite);
-  support::add_guess(made_.edges,
-                     {.reference = index,
-                      .rule = "dispatch",
-                      .why = "a subclass overrides the method",
-                      .favourite = favourite ? &*favourite : nullptr},
-                     std::move(fitting), neighbourhood_);
+  kit::add_guess(made_.edges,
+                 {.reference = index,
+                  .rule = "dispatch",
+                  .why = "a subclass overrides the method",
+                  .favourite = favourite ? &*favourite : nullptr},
+                 std::move(fitting), neighbourhood_);
 }
 
 bool Resolver::fits(const Candidate& candidate, const Reference& reference, Shape shape) const {
@@ -219,10 +219,9 @@ bool Resolver::fits(const Candidate& candidate, const Reference& reference, Shap
   }
   const bool nested = !is_method && !candidate.container.empty();
   if (nested && candidate.file->id != file_.id) return false;
-  return support::accepts_arguments(candidate, reference.arguments) ||
+  return kit::accepts_arguments(candidate, reference.arguments) ||
          (shape == Shape::ON_CLASS && reference.arguments != ANY_NUMBER &&
-          support::accepts_arguments(candidate,
-                                     static_cast<std::int16_t>(reference.arguments - 1)));
+          kit::accepts_arguments(candidate, static_cast<std::int16_t>(reference.arguments - 1)));
 }
 
 std::string_view Resolver::reason(const Value& value, const Value& owner,
@@ -251,15 +250,15 @@ void Resolver::guess(std::int32_t index, const Value& value, const Value& owner)
   for (const Candidate& candidate : world_.definitions(reference.name)) {
     const bool is_favourite = favourite && candidate == *favourite;
     if (!is_favourite && !fits(candidate, reference, shape)) continue;
-    if (common && support::nearness(candidate, neighbourhood_) == 3) continue;
+    if (common && kit::nearness(candidate, neighbourhood_) == 3) continue;
     fitting.push_back(&candidate);
   }
-  support::add_guess(made_.edges,
-                     {.reference = index,
-                      .rule = "namesake",
-                      .why = reason(value, owner, reference),
-                      .favourite = favourite ? &*favourite : nullptr},
-                     fitting, neighbourhood_);
+  kit::add_guess(made_.edges,
+                 {.reference = index,
+                  .rule = "namesake",
+                  .why = reason(value, owner, reference),
+                  .favourite = favourite ? &*favourite : nullptr},
+                 fitting, neighbourhood_);
 }
 
 }  // namespace

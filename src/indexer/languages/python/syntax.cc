@@ -3,8 +3,8 @@
 #include <array>
 #include <utility>
 
+#include "indexer/languages/kit/text.h"
 #include "indexer/languages/python/python.h"
-#include "indexer/languages/support/text.h"
 
 namespace context_delta::indexer::python {
 namespace {
@@ -83,8 +83,8 @@ constexpr auto NAMES = std::to_array<NamedKind>({
 
 Syntax make_syntax() {
   const TSLanguage* language = tree_sitter_python();
-  const auto field = [&](std::string_view name) { return support::field_id(language, name); };
-  return {.kind = support::NodeKinds<Node>(language, NAMES),
+  const auto field = [&](std::string_view name) { return kit::field_id(language, name); };
+  return {.kind = kit::NodeKinds<Node>(language, NAMES),
           .field = {.alias = field("alias"),
                     .argument = field("argument"),
                     .arguments = field("arguments"),
@@ -141,21 +141,21 @@ const Syntax& syntax() {
 std::string expression_text(TSNode node, std::string_view text) {
   const Syntax& python = syntax();
   std::string suffix;  // built from the outside in, so in front
-  for (int step = 0; step < LONGEST_CHAIN && suffix.size() < support::LONGEST_EXPRESSION; ++step) {
+  for (int step = 0; step < LONGEST_CHAIN && suffix.size() < kit::LONGEST_EXPRESSION; ++step) {
     const Node kind = python.kind(node);
     if (kind == Node::IDENTIFIER) {
-      return support::one_line(support::text_of(node, text), support::LONGEST_EXPRESSION) + suffix;
+      return kit::one_line(kit::text_of(node, text), kit::LONGEST_EXPRESSION) + suffix;
     }
     if (kind == Node::ATTRIBUTE) {
-      const TSNode name = support::child(node, python.field.attribute);
-      suffix = "." + support::one_line(support::text_of(name, text)) + suffix;
-      node = support::child(node, python.field.object);
+      const TSNode name = kit::child(node, python.field.attribute);
+      suffix = "." + kit::one_line(kit::text_of(name, text)) + suffix;
+      node = kit::child(node, python.field.object);
     } else if (kind == Node::CALL) {
       suffix = "()" + suffix;
-      node = support::child(node, python.field.function);
+      node = kit::child(node, python.field.function);
     } else if (kind == Node::SUBSCRIPT) {
       suffix = "[]" + suffix;
-      node = support::child(node, python.field.value);
+      node = kit::child(node, python.field.value);
     } else if (kind == Node::PARENTHESIZED || kind == Node::AWAIT) {
       node = ts_node_named_child(node, 0);
     } else {
@@ -186,7 +186,7 @@ std::vector<TSNode> bound_names(TSNode target) {
       case Node::TUPLE:
       case Node::LIST:
       case Node::PARENTHESIZED: {
-        const std::vector<TSNode> below = support::named_children(node);
+        const std::vector<TSNode> below = kit::named_children(node);
         pending.insert(pending.end(), below.rbegin(), below.rend());
         break;
       }

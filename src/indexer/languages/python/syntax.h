@@ -5,7 +5,7 @@
 #include <string_view>
 #include <vector>
 
-#include "indexer/languages/support/nodes.h"
+#include "indexer/languages/kit/nodes.h"
 
 /// The nodes of the Python grammar that extraction looks at.
 namespace context_delta::indexer::python {
@@ -84,7 +84,7 @@ struct Fields {
 };
 
 struct Syntax {
-  support::NodeKinds<Node> kind;
+  kit::NodeKinds<Node> kind;
   Fields field;
 };
 

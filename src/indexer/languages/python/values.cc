@@ -2,15 +2,15 @@
 
 #include <algorithm>
 
+#include "indexer/languages/kit/facts_builder.h"
+#include "indexer/languages/kit/text.h"
 #include "indexer/languages/python/builtins.h"
 #include "indexer/languages/python/definitions.h"
-#include "indexer/languages/support/facts_builder.h"
-#include "indexer/languages/support/text.h"
 
 namespace context_delta::indexer::python {
 namespace {
 
-using support::Binder;
+using kit::Binder;
 
 /// How many steps of names, members and calls are followed.
 constexpr int DEEPEST = 14;
@@ -66,15 +66,15 @@ bool same_definition(const Value& a, const Value& b) {
          (a.file == nullptr || b.file == nullptr ? a.file == b.file : a.file->id == b.file->id);
 }
 
-Evaluator::Evaluator(const File& file, const support::Outline& own, World& world)
+Evaluator::Evaluator(const File& file, const kit::Outline& own, World& world)
     : file_(file), world_(world) {
   outlines_.emplace(file.id, own);
 }
 
-const support::Outline& Evaluator::outline(const File& file) {
+const kit::Outline& Evaluator::outline(const File& file) {
   const auto place = outlines_.find(file.id);
   if (place != outlines_.end()) return place->second;
-  return outlines_.emplace(file.id, support::Outline(file, world_)).first->second;
+  return outlines_.emplace(file.id, kit::Outline(file, world_)).first->second;
 }
 
 const Definition& Evaluator::definition(const Value& value) {
@@ -91,10 +91,10 @@ const ModuleAnswer& Evaluator::module(const File& importer, std::string_view dot
 Value Evaluator::name_value(const File& file, DefinitionIndex scope, std::string_view name,
                             int depth) {
   if (depth > DEEPEST) return {};
-  const support::Outline& known = outline(file);
+  const kit::Outline& known = outline(file);
   DefinitionIndex at = scope;
   while (true) {
-    const bool is_class = at != NOWHERE && support::is_class_kind(known.definition(at).kind);
+    const bool is_class = at != NOWHERE && kit::is_class_kind(known.definition(at).kind);
     if (!is_class || at == scope) {
       const Binders binders = known.find(at, name);
       if (!binders.empty()) return combined(file, at, binders, depth);
@@ -117,13 +117,13 @@ const Value& Evaluator::combined(const File& file, DefinitionIndex scope, Binder
 }
 
 Value Evaluator::combine(const File& file, DefinitionIndex scope, Binders binders, int depth) {
-  const support::Outline& known = outline(file);
+  const kit::Outline& known = outline(file);
   std::vector<Value> values;
   bool has_definition = false;
   const bool overloaded = std::any_of(binders.begin(), binders.end(), [&](const Binder& binder) {
     if (binder.kind != Binder::Kind::DEFINITION) return false;
     const Definition& each = known.definition(binder.index);
-    return support::is_function_kind(each.kind) && (each.traits & DECLARATION) == 0;
+    return kit::is_function_kind(each.kind) && (each.traits & DECLARATION) == 0;
   });
   for (const Binder& binder : binders) {
     if (binder.kind == Binder::Kind::DEFINITION) {
@@ -154,7 +154,7 @@ Value Evaluator::combine(const File& file, DefinitionIndex scope, Binders binder
 Value Evaluator::definition_value(const File& file, DefinitionIndex index) {
   const Definition& found = outline(file).definition(index);
   Value made;
-  made.kind = support::is_class_kind(found.kind) ? Value::Kind::CLASS : Value::Kind::FUNCTION;
+  made.kind = kit::is_class_kind(found.kind) ? Value::Kind::CLASS : Value::Kind::FUNCTION;
   made.file = &file;
   made.definition = index;
   made.exact = true;
@@ -234,9 +234,9 @@ Value Evaluator::wildcard_value(const File& file, std::string_view name, int dep
 }
 
 Value Evaluator::enclosing_class(const File& file, DefinitionIndex scope) {
-  const support::Outline& known = outline(file);
+  const kit::Outline& known = outline(file);
   for (DefinitionIndex at = scope; at != NOWHERE; at = known.definition(at).parent) {
-    if (support::is_class_kind(known.definition(at).kind)) {
+    if (kit::is_class_kind(known.definition(at).kind)) {
       return {.kind = Value::Kind::CLASS, .file = &file, .definition = at};
     }
   }
@@ -248,7 +248,7 @@ Value Evaluator::expression_value(const File& file, DefinitionIndex scope, std::
   if (depth > DEEPEST) return {};
   if (text == "None") return {.kind = Value::Kind::NONE};
   std::size_t end = 0;
-  while (end < text.size() && support::is_identifier_byte(text[end])) ++end;
+  while (end < text.size() && kit::is_identifier_byte(text[end])) ++end;
   if (end == 0) return {};
   const std::string_view head = text.substr(0, end);
   text.remove_prefix(end);
@@ -267,7 +267,7 @@ Value Evaluator::expression_value(const File& file, DefinitionIndex scope, std::
     if (text.starts_with("()") || text.starts_with("[]")) {
       end = 2;
     } else {
-      while (end < text.size() && support::is_identifier_byte(text[end])) ++end;
+      while (end < text.size() && kit::is_identifier_byte(text[end])) ++end;
     }
     const std::string_view operation = text.substr(0, end);
     const bool unknown =
@@ -384,7 +384,7 @@ Value Evaluator::subscripted(const Value& value, int depth) {
 
 const std::vector<Value>& Evaluator::bases(const File& file, DefinitionIndex definition) {
   return world_.remember<std::vector<Value>>("python:bases", file, definition, [&] {
-    const support::Outline known(file, world_);
+    const kit::Outline known(file, world_);
     Evaluator there(file, known, world_);
     there.own_members_only_ = true;
     const Definition& of = known.definition(definition);

@@ -9,10 +9,10 @@
 #include <utility>
 #include <vector>
 
-#include "indexer/facts.h"
+#include "indexer/languages/kit/outline.h"
 #include "indexer/languages/python/modules.h"
-#include "indexer/languages/support/outline.h"
-#include "indexer/world.h"
+#include "indexer/model/facts.h"
+#include "indexer/world/world.h"
 
 /// What names and expressions of Python mean, as far as the text says.
 namespace context_delta::indexer::python {
@@ -54,11 +54,11 @@ struct Ancestry {
 class Evaluator {
  public:
   /// `own`: of `file`, which may be another than the one being resolved.
-  Evaluator(const File& file, const support::Outline& own, World& world);
+  Evaluator(const File& file, const kit::Outline& own, World& world);
 
   const File& file() const { return file_; }
   World& world() { return world_; }
-  const support::Outline& outline(const File& file);
+  const kit::Outline& outline(const File& file);
   const Definition& definition(const Value& value);
   /// find_module(), each answer kept.
   const ModuleAnswer& module(const File& importer, std::string_view dotted);
@@ -84,7 +84,7 @@ class Evaluator {
   Value enclosing_class(const File& file, DefinitionIndex scope);
 
  private:
-  using Binders = std::span<const support::Binder>;
+  using Binders = std::span<const kit::Binder>;
   const Value& combined(const File& file, DefinitionIndex scope, Binders binders, int depth);
   Value combine(const File& file, DefinitionIndex scope, Binders binders, int depth);
   Value definition_value(const File& file, DefinitionIndex index);
@@ -103,12 +103,12 @@ class Evaluator {
 
   const File& file_;
   World& world_;
-  std::unordered_map<std::int64_t, support::Outline> outlines_;  // by the file's id
+  std::unordered_map<std::int64_t, kit::Outline> outlines_;  // by the file's id
   std::map<std::int64_t, std::map<std::string, ModuleAnswer, std::less<>>> modules_;
   std::map<std::pair<std::int64_t, DefinitionIndex>, Ancestry> ancestries_;
   // By the first binder and the depth, which bounds what is followed. An evaluator serves one
   // record, so what an answer depends on is noted already when it is given again.
-  std::map<std::pair<const support::Binder*, int>, Value> combined_;
+  std::map<std::pair<const kit::Binder*, int>, Value> combined_;
   // While the bases of classes are read: what is inherited is not known yet.
   bool own_members_only_ = false;
 };

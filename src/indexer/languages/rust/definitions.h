@@ -7,7 +7,7 @@
 
 #include <tree_sitter/api.h>
 
-#include "indexer/facts.h"
+#include "indexer/model/facts.h"
 
 /// Items of Rust, one node at a time.
 namespace context_delta::indexer::rust {

@@ -10,10 +10,10 @@
 #include <unordered_map>
 #include <vector>
 
+#include "indexer/languages/kit/outline.h"
 #include "indexer/languages/rust/modules.h"
 #include "indexer/languages/rust/type_text.h"
 #include "indexer/languages/rust/types.h"
-#include "indexer/languages/support/outline.h"
 
 /// Reads names, types and expressions in the light of the repository, for the file being resolved.
 namespace context_delta::indexer::rust {
@@ -21,10 +21,10 @@ namespace context_delta::indexer::rust {
 class Evaluator {
  public:
   /// `own`: of `file`, which may be another than the one being resolved.
-  Evaluator(const File& file, const support::Outline& own, World& world);
+  Evaluator(const File& file, const kit::Outline& own, World& world);
 
   World& world() { return world_; }
-  const support::Outline& outline(const File& file);
+  const kit::Outline& outline(const File& file);
   const Definition& definition(const File& file, DefinitionIndex index) {
     return outline(file).definition(index);
   }
@@ -72,7 +72,7 @@ class Evaluator {
   Type returned_type(const Callee& callee);
 
  private:
-  using Binders = std::span<const support::Binder>;
+  using Binders = std::span<const kit::Binder>;
   Meaning combined(const File& file, Binders binders, Space space, int depth, const Import* except,
                    bool public_only = false);
   Meaning glob_member(const Module& module, DefinitionIndex scope, std::string_view name,
@@ -119,7 +119,7 @@ class Evaluator {
 
   const File& file_;
   World& world_;
-  std::unordered_map<std::int64_t, support::Outline> outlines_;  // by the file's id
+  std::unordered_map<std::int64_t, kit::Outline> outlines_;  // by the file's id
   using Place = std::tuple<std::int64_t, DefinitionIndex, std::string>;
   std::map<Place, Type> values_;                    // of variables of this file
   std::map<Place, std::optional<Callee>> methods_;  // of NAMED types without arguments

@@ -3,14 +3,14 @@
 #include <string_view>
 #include <vector>
 
+#include "indexer/languages/kit/text.h"
 #include "indexer/languages/rust/extractor.h"
-#include "indexer/languages/support/text.h"
 
 // Expressions as the texts that receivers and values are (rust.h).
 namespace context_delta::indexer::rust {
 namespace {
 
-using support::child;
+using kit::child;
 
 constexpr int DEEPEST = 3;
 constexpr int LONGEST_CHAIN = 100;
@@ -36,11 +36,11 @@ constexpr std::array<std::string_view, 14> WRAPPERS = {
 }  // namespace
 
 std::string Extractor::path_text(TSNode node) const {
-  return support::one_line(text_of(node), support::LONGEST_EXPRESSION);
+  return kit::one_line(text_of(node), kit::LONGEST_EXPRESSION);
 }
 
 std::string Extractor::expression_text(TSNode node, int depth) const {
-  if (support::is_null(node) || depth > DEEPEST) return std::string(UNKNOWN);
+  if (kit::is_null(node) || depth > DEEPEST) return std::string(UNKNOWN);
   std::vector<std::string> steps;
   std::size_t size = 0;
   for (int link = 0;; ++link) {
@@ -48,14 +48,14 @@ std::string Extractor::expression_text(TSNode node, int depth) const {
     std::string step;
     const TSNode next = next_step(node, step, depth);
     size += step.size();
-    if (size > support::LONGEST_SIGNATURE) return std::string(UNKNOWN);
+    if (size > kit::LONGEST_SIGNATURE) return std::string(UNKNOWN);
     if (!step.empty()) steps.push_back(std::move(step));
-    if (support::is_null(next)) break;
+    if (kit::is_null(next)) break;
     node = next;
   }
   std::string text = head_text(node, depth);
   for (auto step = steps.rbegin(); step != steps.rend(); ++step) text += *step;
-  return text.size() > support::LONGEST_SIGNATURE ? std::string(UNKNOWN) : text;
+  return text.size() > kit::LONGEST_SIGNATURE ? std::string(UNKNOWN) : text;
 }
 
 /// The expression that `node` goes on from, and what it adds; null for what starts a chain.
@@ -121,10 +121,10 @@ std::string Extractor::argument_text(std::string_view function, TSNode arguments
 
 std::string Extractor::tuple_text(TSNode node, int depth) const {
   std::string text;
-  for (const TSNode each : support::named_children(node)) {
+  for (const TSNode each : kit::named_children(node)) {
     if (rust_.kind(each) == Node::COMMENT) continue;
     text += (text.empty() ? "(" : ", ") + expression_text(each, depth + 1);
-    if (text.size() > support::LONGEST_SIGNATURE) return std::string(UNKNOWN);
+    if (text.size() > kit::LONGEST_SIGNATURE) return std::string(UNKNOWN);
   }
   return text.empty() ? "<()>" : text + ")";
 }
@@ -191,7 +191,7 @@ std::string Extractor::head_text(TSNode node, int depth) const {
 
 /// What a block ends with.
 std::string Extractor::block_value(TSNode block) const {
-  const std::vector<TSNode> inside = support::named_children(block);
+  const std::vector<TSNode> inside = kit::named_children(block);
   for (auto each = inside.rbegin(); each != inside.rend(); ++each) {
     const Node kind = rust_.kind(*each);
     if (kind == Node::COMMENT) continue;

@@ -2,15 +2,15 @@
 #include <utility>
 #include <vector>
 
+#include "indexer/languages/kit/text.h"
 #include "indexer/languages/rust/extractor.h"
 #include "indexer/languages/rust/rust.h"
-#include "indexer/languages/support/text.h"
 
 namespace context_delta::indexer::rust {
 namespace {
 
-using support::child;
-using support::first_line;
+using kit::child;
+using kit::first_line;
 
 /// A path as the name it ends with and what stands before, `::` included; type arguments of the
 /// last part are left out.
@@ -20,7 +20,7 @@ struct Path {
 };
 
 Path path_of(std::string_view text) {
-  std::string path = support::one_line(text, support::LONGEST_EXPRESSION);
+  std::string path = kit::one_line(text, kit::LONGEST_EXPRESSION);
   if (path.ends_with('>')) {
     int brackets = 0;
     std::size_t at = path.size();
@@ -34,17 +34,17 @@ Path path_of(std::string_view text) {
     if (path.ends_with("::")) path.resize(path.size() - 2);
   }
   const std::size_t colons = path.rfind("::");
-  if (colons == std::string::npos) return {{}, std::string(support::trimmed(path))};
-  return {path.substr(0, colons + 2), std::string(support::trimmed(path.substr(colons + 2)))};
+  if (colons == std::string::npos) return {{}, std::string(kit::trimmed(path))};
+  return {path.substr(0, colons + 2), std::string(kit::trimmed(path.substr(colons + 2)))};
 }
 
 std::int16_t count_arguments(TSNode arguments) {
   std::size_t count = 0;
-  for (const TSNode each : support::named_children(arguments)) {
+  for (const TSNode each : kit::named_children(arguments)) {
     const Node kind = syntax().kind(each);
     if (kind != Node::COMMENT && kind != Node::ATTRIBUTE) ++count;
   }
-  return support::argument_count(count);
+  return kit::argument_count(count);
 }
 
 }  // namespace
@@ -189,7 +189,7 @@ void Extractor::leave_node(TSNode node) {
     case Node::LET_CONDITION:
       bind_pattern(child(node, rust_.field.pattern),
                    expression_text(child(node, rust_.field.value)),
-                   support::one_line(text_of(child(node, rust_.field.type))), Binding::Kind::LOCAL);
+                   kit::one_line(text_of(child(node, rust_.field.type))), Binding::Kind::LOCAL);
       break;
     case Node::BLOCK:
       values_[node.id] = block_value(node);
@@ -249,12 +249,12 @@ void Extractor::enter_closure(TSNode node, std::uint32_t depth) {
   locals_.open(depth, false);
   open_.push_back({depth, node});
   int index = 0;
-  for (const TSNode each : support::named_children(child(node, rust_.field.parameters))) {
+  for (const TSNode each : kit::named_children(child(node, rust_.field.parameters))) {
     const Node kind = rust_.kind(each);
     if (kind == Node::COMMENT) continue;
     if (kind == Node::PARAMETER) {
       bind_pattern(child(each, rust_.field.pattern), {},
-                   support::one_line(text_of(child(each, rust_.field.type))), Binding::Kind::LOCAL);
+                   kit::one_line(text_of(child(each, rust_.field.type))), Binding::Kind::LOCAL);
     } else {
       const bool folds = value.ends_with("fold");
       bind_pattern(each, index == (folds ? 1 : 0) ? value : "?", {}, Binding::Kind::LOCAL);
@@ -318,7 +318,7 @@ void Extractor::enter_arguments(TSNode node) {
                      count_arguments(node));
     }
   }
-  for (const TSNode each : support::named_children(node)) {
+  for (const TSNode each : kit::named_children(node)) {
     const Node kind = rust_.kind(each);
     if (kind == Node::CLOSURE && !given.empty()) arguments_[each.id] = given;
     if (kind == Node::IDENTIFIER && locals_.find(text_of(each)).empty()) {
@@ -328,14 +328,14 @@ void Extractor::enter_arguments(TSNode node) {
 }
 
 void Extractor::refer_to_path(TSNode node, Role role, std::int16_t arguments) {
-  if (support::is_null(node)) return;
+  if (kit::is_null(node)) return;
   Path path = path_of(text_of(node));
   if (path.name.empty()) return;
   TSNode last = node;
   if (rust_.kind(node) == Node::GENERIC_FUNCTION) last = child(node, rust_.field.function);
   const TSNode name = child(last, rust_.field.name);
   builder_.refer(path.name, std::move(path.receiver), role,
-                 first_line(support::is_null(name) ? last : name), arguments);
+                 first_line(kit::is_null(name) ? last : name), arguments);
 }
 
 void Extractor::refer_to_type(TSNode node) {
@@ -345,7 +345,7 @@ void Extractor::refer_to_type(TSNode node) {
 
 Facts extract(TSNode root, std::string_view text) {
   Extractor extractor(text);
-  support::walk(root, extractor);
+  kit::walk(root, extractor);
   return extractor.finish();
 }
 

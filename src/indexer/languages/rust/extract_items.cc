@@ -3,16 +3,16 @@
 #include <utility>
 #include <vector>
 
+#include "indexer/languages/kit/text.h"
 #include "indexer/languages/rust/definitions.h"
 #include "indexer/languages/rust/extractor.h"
 #include "indexer/languages/rust/modules.h"
-#include "indexer/languages/support/text.h"
 
 namespace context_delta::indexer::rust {
 namespace {
 
-using support::child;
-using support::first_line;
+using kit::child;
+using kit::first_line;
 
 /// The text between the quotes of a string literal inside `text`.
 std::string_view quoted(std::string_view text) {
@@ -33,7 +33,7 @@ bool Extractor::enter_item(TSNode node, Node kind, std::uint32_t depth,
                            const Attributes& attributes) {
   const bool wrapped = is_wrapped(node);
   if (attributes.line != 0 || attributes.is_conditional || wrapped) {
-    support::Frame& frame = builder_.open(depth);
+    kit::Frame& frame = builder_.open(depth);
     frame.start = attributes.line;
     if (attributes.is_conditional || wrapped) frame.traits |= CONDITIONAL;
     if (wrapped) frame.traits |= FROM_MACRO;
@@ -79,7 +79,7 @@ bool Extractor::enter_item(TSNode node, Node kind, std::uint32_t depth,
       add_use(node);
       return false;
     default: {  // extern crate
-      const std::string name = support::one_line(text_of(child(node, rust_.field.name)));
+      const std::string name = kit::one_line(text_of(child(node, rust_.field.name)));
       const std::string_view alias = text_of(child(node, rust_.field.alias));
       const bool own = name == "self";
       add_import(own ? "" : "::", own ? "crate" : name, std::string(alias.empty() ? name : alias),
@@ -101,9 +101,9 @@ bool Extractor::is_wrapped(TSNode node) const {
 void Extractor::read_attribute(TSNode node, std::uint32_t depth) {
   if (attributes_.depth != depth) attributes_ = {.depth = depth, .path = {}};
   if (attributes_.line == 0) attributes_.line = first_line(node);
-  attributes_.last_line = support::last_line(node);
+  attributes_.last_line = kit::last_line(node);
   const TSNode attribute = ts_node_named_child(node, 0);
-  if (support::is_null(attribute)) return;
+  if (kit::is_null(attribute)) return;
   const std::string_view name = text_of(ts_node_named_child(attribute, 0));
   if (name == "cfg") attributes_.is_conditional = true;
   if (name == "path") attributes_.path = quoted(text_of(attribute));
@@ -125,7 +125,7 @@ Attributes Extractor::take_attributes(std::uint32_t depth) {
 
 DefinitionIndex Extractor::open_definition(Definition made, std::uint32_t depth) {
   const DefinitionIndex index = builder_.define(std::move(made));
-  support::Frame& frame = builder_.open(depth);
+  kit::Frame& frame = builder_.open(depth);
   frame.definition = index;
   frame.traits &= static_cast<std::uint16_t>(~CONDITIONAL);
   frame.start = 0;
@@ -151,20 +151,19 @@ void Extractor::define_function(TSNode node, std::uint32_t depth) {
     builder_.bind(std::move(each));
   }
   locals_.open(depth, true);
-  for (const TSNode each : support::named_children(child(node, rust_.field.parameters))) {
+  for (const TSNode each : kit::named_children(child(node, rust_.field.parameters))) {
     if (rust_.kind(each) != Node::PARAMETER) continue;
     bind_pattern(child(each, rust_.field.pattern), {},
-                 support::one_line(text_of(child(each, rust_.field.type))),
-                 Binding::Kind::PARAMETER);
+                 kit::one_line(text_of(child(each, rust_.field.type))), Binding::Kind::PARAMETER);
   }
 }
 
 void Extractor::define_type(TSNode node, Kind kind, std::uint32_t depth) {
   Definition made = item_definition(node, builder_.text(), kind);
   if (kind == Kind::TRAIT) {
-    for (const TSNode bound : support::named_children(child(node, rust_.field.bounds))) {
+    for (const TSNode bound : kit::named_children(child(node, rust_.field.bounds))) {
       if (rust_.kind(bound) != Node::LIFETIME) {
-        made.bases.push_back(support::one_line(text_of(bound)));
+        made.bases.push_back(kit::one_line(text_of(bound)));
       }
     }
   }
@@ -178,14 +177,14 @@ void Extractor::define_type(TSNode node, Kind kind, std::uint32_t depth) {
 void Extractor::define_impl(TSNode node, std::uint32_t depth) {
   Definition made = item_definition(node, builder_.text(), Kind::NAMESPACE);
   const TSNode type = child(node, rust_.field.type);
-  made.type = support::one_line(text_of(type));
+  made.type = kit::one_line(text_of(type));
   // As such types are named among the types of other crates.
   made.name = made.type.starts_with('[') ? "[]" : last_name(made.type);
-  if (made.name.empty()) made.name = support::one_line(made.type, support::LONGEST_EXPRESSION);
+  if (made.name.empty()) made.name = kit::one_line(made.type, kit::LONGEST_EXPRESSION);
   if (made.type.empty()) made.type = "?";
   made.traits &= static_cast<std::uint16_t>(~LOCAL_LINKAGE);
   const TSNode trait = child(node, rust_.field.trait);
-  if (!support::is_null(trait)) made.bases.push_back(support::one_line(text_of(trait)));
+  if (!kit::is_null(trait)) made.bases.push_back(kit::one_line(text_of(trait)));
   const DefinitionIndex index = open_definition(std::move(made), depth);
   for (Binding& each : generic_parameters(node, builder_.text(), index)) {
     builder_.bind(std::move(each));
@@ -194,13 +193,13 @@ void Extractor::define_impl(TSNode node, std::uint32_t depth) {
 
 /// `mod x;` is an import of `mod`, or two of `mod PATH` with a path attribute.
 void Extractor::define_mod(TSNode node, std::uint32_t depth, const Attributes& attributes) {
-  if (!support::is_null(child(node, rust_.field.body))) {
+  if (!kit::is_null(child(node, rust_.field.body))) {
     open_definition(item_definition(node, builder_.text(), Kind::NAMESPACE), depth);
     return;
   }
   const std::string module = attributes.path.empty() ? "mod" : "mod " + attributes.path;
   const std::uint16_t traits = is_private(node) ? LOCAL_LINKAGE : 0;
-  add_import(module, {}, support::one_line(text_of(child(node, rust_.field.name))), node, traits);
+  add_import(module, {}, kit::one_line(text_of(child(node, rust_.field.name))), node, traits);
   // Who looks for the declaration of a file does not know its name.
   if (!attributes.path.empty()) {
     add_import(module, {}, std::string(DECLARED_BY_PATH), node, traits);
@@ -209,7 +208,7 @@ void Extractor::define_mod(TSNode node, std::uint32_t depth, const Attributes& a
 
 void Extractor::define_value(TSNode node) {
   const std::string_view name = text_of(child(node, rust_.field.name));
-  std::string type = support::one_line(text_of(child(node, rust_.field.type)));
+  std::string type = kit::one_line(text_of(child(node, rust_.field.type)));
   if (name == "_") return;
   if (builder_.in_function()) {
     bind_variable(name, {}, std::move(type), Binding::Kind::LOCAL, first_line(node));
@@ -233,7 +232,7 @@ void Extractor::define_alias(TSNode node) {
     return add_member(node, bounds_text(child(node, rust_.field.bounds), builder_.text()),
                       "bounds");
   }
-  std::string type = support::one_line(text_of(child(node, rust_.field.type)));
+  std::string type = kit::one_line(text_of(child(node, rust_.field.type)));
   if (in_impl) return add_member(node, std::move(type), "type");
   Definition made = item_definition(node, builder_.text(), Kind::TYPE);
   made.type = std::move(type);
@@ -252,8 +251,7 @@ void Extractor::define_macro(TSNode node) {
 
 void Extractor::add_member(TSNode node, std::string type, std::string_view value) {
   Binding made;
-  made.name =
-      support::one_line(text_of(child(node, rust_.field.name)), support::LONGEST_EXPRESSION);
+  made.name = kit::one_line(text_of(child(node, rust_.field.name)), kit::LONGEST_EXPRESSION);
   made.kind = Binding::Kind::MEMBER;
   made.scope = builder_.frame().definition;
   made.type = std::move(type);
@@ -267,16 +265,15 @@ void Extractor::add_variant(TSNode node) {
   const TSNode body = child(node, rust_.field.body);
   std::string type;
   if (rust_.kind(body) == Node::ORDERED_FIELDS) {
-    for (const TSNode each : support::children(body, rust_.field.type)) {
-      type += (type.empty() ? "(" : ", ") + support::one_line(text_of(each));
+    for (const TSNode each : kit::children(body, rust_.field.type)) {
+      type += (type.empty() ? "(" : ", ") + kit::one_line(text_of(each));
     }
     type += type.empty() ? "" : ",)";
   } else {
-    for (const TSNode each : support::named_children(body)) {
+    for (const TSNode each : kit::named_children(body)) {
       if (rust_.kind(each) != Node::FIELD_DECLARATION) continue;
-      type += (type.empty() ? "{" : ", ") +
-              support::one_line(text_of(child(each, rust_.field.name))) + ": " +
-              support::one_line(text_of(child(each, rust_.field.type)));
+      type += (type.empty() ? "{" : ", ") + kit::one_line(text_of(child(each, rust_.field.name))) +
+              ": " + kit::one_line(text_of(child(each, rust_.field.type)));
     }
     type += type.empty() ? "" : "}";
   }
@@ -286,15 +283,15 @@ void Extractor::add_variant(TSNode node) {
 void Extractor::add_fields(TSNode list) {
   if (rust_.kind(list) == Node::ORDERED_FIELDS) {
     int index = 0;
-    for (const TSNode each : support::children(list, rust_.field.type)) {
-      add_member(each, support::one_line(text_of(each)), "field");
+    for (const TSNode each : kit::children(list, rust_.field.type)) {
+      add_member(each, kit::one_line(text_of(each)), "field");
       builder_.facts().bindings.back().name = std::to_string(index++);
     }
     return;
   }
-  for (const TSNode each : support::named_children(list)) {
+  for (const TSNode each : kit::named_children(list)) {
     if (rust_.kind(each) != Node::FIELD_DECLARATION) continue;
-    add_member(each, support::one_line(text_of(child(each, rust_.field.type))), "field");
+    add_member(each, kit::one_line(text_of(child(each, rust_.field.type))), "field");
   }
 }
 
@@ -325,14 +322,14 @@ void Extractor::add_use(TSNode use) {
     std::string prefix = part.prefix;
     if (rust_.kind(list) == Node::SCOPED_USE_LIST) {
       const std::string_view path = text_of(child(list, rust_.field.path));
-      prefix = path.empty() && prefix.empty() ? "::" : joined(prefix, support::one_line(path));
+      prefix = path.empty() && prefix.empty() ? "::" : joined(prefix, kit::one_line(path));
       list = child(list, rust_.field.list);
     }
     if (rust_.kind(list) != Node::USE_LIST) {
       add_use_of(list, prefix, traits);
       continue;
     }
-    std::vector<TSNode> inside = support::named_children(list);
+    std::vector<TSNode> inside = kit::named_children(list);
     for (auto each = inside.rbegin(); each != inside.rend(); ++each) {
       if (rust_.kind(*each) != Node::COMMENT) parts.push_back({*each, prefix});
     }
@@ -350,11 +347,11 @@ void Extractor::add_use_of(TSNode node, const std::string& prefix, std::uint16_t
   std::string alias;
   if (rust_.kind(node) == Node::USE_AS) {
     path = child(node, rust_.field.path);
-    alias = support::one_line(text_of(child(node, rust_.field.alias)));
+    alias = kit::one_line(text_of(child(node, rust_.field.alias)));
   }
   const bool wildcard = rust_.kind(node) == Node::USE_WILDCARD;
   if (wildcard) path = ts_node_named_child(node, 0);
-  std::string written = joined(prefix, support::one_line(text_of(path)));
+  std::string written = joined(prefix, kit::one_line(text_of(path)));
   std::erase(written, ' ');
   if (written.ends_with("::self")) written.resize(written.size() - 6);
   if (wildcard) return add_import(std::move(written), "*", wildcard_alias(), node, traits);
@@ -364,7 +361,7 @@ void Extractor::add_use_of(TSNode node, const std::string& prefix, std::uint16_t
   if (colons == 0) module = "::";
   if (name.empty()) return;
   builder_.refer(name, module.empty() || module == "::" ? module : module + "::", Role::IMPORT,
-                 support::last_line(path));
+                 kit::last_line(path));
   add_import(std::move(module), name, alias.empty() ? name : alias, node, traits);
 }
 

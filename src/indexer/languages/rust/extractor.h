@@ -6,10 +6,10 @@
 #include <unordered_map>
 #include <vector>
 
+#include "indexer/languages/kit/facts_builder.h"
 #include "indexer/languages/rust/locals.h"
 #include "indexer/languages/rust/prepare.h"
 #include "indexer/languages/rust/syntax.h"
-#include "indexer/languages/support/facts_builder.h"
 
 /// Makes the facts of one text while it is walked.
 namespace context_delta::indexer::rust {
@@ -87,13 +87,13 @@ class Extractor {
   void enter_macro(TSNode node);
   void scan_tokens(TSNode tree);
 
-  std::string_view text_of(TSNode node) const { return support::text_of(node, builder_.text()); }
+  std::string_view text_of(TSNode node) const { return kit::text_of(node, builder_.text()); }
 
   bool is_wrapped(TSNode node) const;
 
   const Syntax& rust_ = syntax();
   std::vector<WrappedItems> wrapped_;
-  support::FactsBuilder builder_;
+  kit::FactsBuilder builder_;
   Locals locals_;
   Attributes attributes_;
   struct Open {

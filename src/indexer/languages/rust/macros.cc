@@ -1,14 +1,14 @@
 #include <string>
 
+#include "indexer/languages/kit/text.h"
 #include "indexer/languages/rust/extractor.h"
-#include "indexer/languages/support/text.h"
 
 // What is written inside the arguments of a macro is tokens, not a tree: names before parentheses
 // are taken for calls that nothing proves.
 namespace context_delta::indexer::rust {
 
-using support::child;
-using support::first_line;
+using kit::child;
+using kit::first_line;
 
 void Extractor::enter_macro(TSNode node) {
   const TSNode macro = child(node, rust_.field.macro);
@@ -29,11 +29,11 @@ void Extractor::scan_tokens(TSNode tree) {
     if (name.empty()) return;
     const std::string_view variable = joint.empty() ? locals_.find(name) : std::string_view();
     chain += joint + (variable.empty() ? name : std::string(variable));
-    if (chain.size() > support::LONGEST_EXPRESSION) chain = "?";
+    if (chain.size() > kit::LONGEST_EXPRESSION) chain = "?";
     name.clear();
     joint.clear();
   };
-  support::Cursor cursor(tree);
+  kit::Cursor cursor(tree);
   if (!ts_tree_cursor_goto_first_child(cursor.get())) return;
   do {
     const TSNode token = ts_tree_cursor_current_node(cursor.get());
@@ -42,7 +42,7 @@ void Extractor::scan_tokens(TSNode tree) {
     if (kind == Node::IDENTIFIER || kind == Node::SELF || kind == Node::CRATE ||
         kind == Node::SUPER) {
       if (!name.empty() || joint.empty()) chain.clear();
-      name = support::one_line(text, support::LONGEST_EXPRESSION);
+      name = kit::one_line(text, kit::LONGEST_EXPRESSION);
       line = first_line(token);
     } else if (kind == Node::TOKEN_TREE && text.starts_with('(') && !name.empty()) {
       const bool is_local = joint.empty() && !locals_.find(name).empty();

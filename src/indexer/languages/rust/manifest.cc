@@ -3,14 +3,14 @@
 #include <algorithm>
 #include <vector>
 
-#include "indexer/languages/support/outline.h"
-#include "indexer/languages/support/text.h"
+#include "indexer/languages/kit/outline.h"
+#include "indexer/languages/kit/text.h"
 
 namespace context_delta::indexer::rust {
 namespace {
 
-using support::Binder;
-using support::trimmed;
+using kit::Binder;
+using kit::trimmed;
 
 std::string_view unquoted(std::string_view text) {
   text = trimmed(text);
@@ -36,7 +36,7 @@ std::string_view table_value(std::string_view table, std::string_view key) {
   if (!table.starts_with('{')) return {};
   table = table.substr(1, table.rfind('}') == std::string_view::npos ? std::string_view::npos
                                                                      : table.rfind('}') - 1);
-  for (const std::string_view part : support::split(table, ',')) {
+  for (const std::string_view part : kit::split(table, ',')) {
     const std::size_t equals = part.find('=');
     if (equals == std::string_view::npos) continue;
     if (trimmed(part.substr(0, equals)) == key) return unquoted(part.substr(equals + 1));
@@ -95,14 +95,14 @@ class ManifestReader {
     Binding made;
     made.name = name;
     made.kind = Binding::Kind::GLOBAL;
-    made.value = support::one_line(value);
+    made.value = kit::one_line(value);
     made.line = line_;
     facts.bindings.push_back(std::move(made));
   }
 
   void add(std::string_view name, std::string_view path, bool workspace, std::uint16_t traits) {
-    const std::string alias = support::one_line(crate_name(name), support::LONGEST_EXPRESSION);
-    const std::string module = !path.empty() ? "path " + support::one_line(path)
+    const std::string alias = kit::one_line(crate_name(name), kit::LONGEST_EXPRESSION);
+    const std::string module = !path.empty() ? "path " + kit::one_line(path)
                                : workspace   ? "workspace"
                                              : "registry";
     for (Import& known : facts.imports) {
@@ -122,7 +122,7 @@ class ManifestReader {
   std::int32_t line_ = 0;
 };
 
-std::string value_of(const support::Outline& manifest, std::string_view name) {
+std::string value_of(const kit::Outline& manifest, std::string_view name) {
   for (const Binder& each : manifest.find(NOWHERE, name)) {
     if (each.kind == Binder::Kind::BINDING) return manifest.binding(each).value;
   }
@@ -132,7 +132,7 @@ std::string value_of(const support::Outline& manifest, std::string_view name) {
 /// What a manifest says of a dependency, for itself or, `declared`, for the members of its
 /// workspace; null when it says nothing.
 const Import* dependency_called(std::string_view crate, bool declared,
-                                const support::Outline& manifest) {
+                                const kit::Outline& manifest) {
   for (const Binder& each : manifest.find(NOWHERE, crate)) {
     if (each.kind != Binder::Kind::IMPORT) continue;
     const Import& import = manifest.import(each);
@@ -143,8 +143,8 @@ const Import* dependency_called(std::string_view crate, bool declared,
 
 /// `folder` and a relative path joined, `.` and `..` resolved; empty when it leads outside.
 std::string joined_path(std::string_view folder, std::string_view relative) {
-  std::vector<std::string_view> parts = support::split(folder, '/');
-  for (const std::string_view part : support::split(relative, '/')) {
+  std::vector<std::string_view> parts = kit::split(folder, '/');
+  for (const std::string_view part : kit::split(relative, '/')) {
     if (part.empty() || part == ".") continue;
     if (part != "..") {
       parts.push_back(part);
@@ -168,7 +168,7 @@ std::string below(std::string_view folder, std::string_view name) {
 
 /// What a workspace says of a dependency that `manifest`, a member, leaves to it.
 const File* workspace_dependency(const File& manifest, std::string_view crate, World& world) {
-  std::string_view folder = support::folder_of(manifest.path);
+  std::string_view folder = kit::folder_of(manifest.path);
   while (true) {
     const File* file = world.file(below(folder, "Cargo.toml"));
     if (file != nullptr) {
@@ -180,7 +180,7 @@ const File* workspace_dependency(const File& manifest, std::string_view crate, W
       }
     }
     if (folder.empty()) return nullptr;
-    folder = support::folder_of(folder);
+    folder = kit::folder_of(folder);
   }
 }
 
@@ -195,32 +195,31 @@ std::string blank_manifest(std::string_view text) {
 Facts extract_manifest(TSNode, std::string_view text) {
   ManifestReader reader;
   std::int32_t number = 0;
-  for (const std::string_view line : support::split(text, '\n')) reader.read(line, ++number);
+  for (const std::string_view line : kit::split(text, '\n')) reader.read(line, ++number);
   return std::move(reader.facts);
 }
 
 Resolution resolve_manifest(const File&, const Facts&, World&) { return {}; }
 
 const File* manifest_of(std::string_view path, World& world) {
-  std::string_view folder = support::folder_of(path);
+  std::string_view folder = kit::folder_of(path);
   while (true) {
     const File* file = world.file(below(folder, "Cargo.toml"));
     if (file != nullptr && !value_of({*file, world}, "package").empty()) return file;
     if (folder.empty()) return nullptr;
-    folder = support::folder_of(folder);
+    folder = kit::folder_of(folder);
   }
 }
 
 std::string library_name(const File& manifest, World& world) {
-  const support::Outline outline(manifest, world);
+  const kit::Outline outline(manifest, world);
   const std::string name = value_of(outline, "lib");
   return crate_name(name.empty() ? value_of(outline, "package") : name);
 }
 
 const File* library_root(const File& manifest, World& world) {
   const std::string path = value_of({manifest, world}, "lib.path");
-  return world.file(
-      joined_path(support::folder_of(manifest.path), path.empty() ? "src/lib.rs" : path));
+  return world.file(joined_path(kit::folder_of(manifest.path), path.empty() ? "src/lib.rs" : path));
 }
 
 Dependency dependency(const File& manifest, std::string_view crate, World& world) {
@@ -229,7 +228,7 @@ Dependency dependency(const File& manifest, std::string_view crate, World& world
     const File* other = nullptr;
     if (found->module.starts_with("path ")) {
       other = world.file(below(
-          joined_path(support::folder_of(manifest.path), std::string_view(found->module).substr(5)),
+          joined_path(kit::folder_of(manifest.path), std::string_view(found->module).substr(5)),
           "Cargo.toml"));
     } else if (found->module == "workspace") {
       other = workspace_dependency(manifest, crate, world);

@@ -5,8 +5,8 @@
 
 #include <tree_sitter/api.h>
 
-#include "indexer/resolution.h"
-#include "indexer/world.h"
+#include "indexer/model/resolution.h"
+#include "indexer/world/world.h"
 
 /// Cargo manifests: the packages of the repository and what they call each other.
 ///

@@ -1,14 +1,14 @@
 #include <algorithm>
 #include <charconv>
 
+#include "indexer/languages/kit/facts_builder.h"
 #include "indexer/languages/rust/evaluator.h"
 #include "indexer/languages/rust/library.h"
-#include "indexer/languages/support/facts_builder.h"
 
 namespace context_delta::indexer::rust {
 namespace {
 
-using support::Binder;
+using kit::Binder;
 
 constexpr int MOST_DEREFERENCES = 4;
 constexpr int DEEPEST = 16;
@@ -45,7 +45,7 @@ bool differ(const Type& a, const Type& b, int depth = 0) {
 
 const Type& Evaluator::impl_self(const File& file, DefinitionIndex impl) {
   return world_.remember<Type>("rust:impl-self", file, impl, [&] {
-    Evaluator there(file, support::Outline(file, world_), world_);
+    Evaluator there(file, kit::Outline(file, world_), world_);
     there.without_impls_ = true;
     return there.type_of_text(file, impl, there.definition(file, impl).type);
   });
@@ -53,7 +53,7 @@ const Type& Evaluator::impl_self(const File& file, DefinitionIndex impl) {
 
 const Type& Evaluator::impl_trait(const File& file, DefinitionIndex impl) {
   return world_.remember<Type>("rust:impl-trait", file, impl, [&] {
-    Evaluator there(file, support::Outline(file, world_), world_);
+    Evaluator there(file, kit::Outline(file, world_), world_);
     there.without_impls_ = true;
     const std::vector<std::string>& bases = there.definition(file, impl).bases;
     if (bases.empty()) return Type{};

@@ -2,14 +2,14 @@
 
 #include <vector>
 
+#include "indexer/languages/kit/text.h"
 #include "indexer/languages/rust/manifest.h"
-#include "indexer/languages/support/text.h"
 
 namespace context_delta::indexer::rust {
 namespace {
 
-using support::base_name;
-using support::folder_of;
+using kit::base_name;
+using kit::folder_of;
 
 constexpr int DEEPEST = 30;
 
@@ -44,7 +44,7 @@ std::string folder_of_submodules(std::string_view path) {
 
 std::string normal(std::string_view folder, std::string_view relative) {
   std::string path(folder);
-  for (const std::string_view part : support::split(relative, '/')) {
+  for (const std::string_view part : kit::split(relative, '/')) {
     if (part == "..") path = std::string(folder_of(path));
     if (part != ".." && part != "." && !part.empty()) path = below(path, part);
   }
@@ -54,7 +54,7 @@ std::string normal(std::string_view folder, std::string_view relative) {
 /// The declaration in `parent` that leads to `file`.
 std::optional<Module> declares(const File* parent, const File& file, World& world) {
   if (parent == nullptr || parent->id == file.id || parent->language != file.language) return {};
-  const support::Outline outline(*parent, world);
+  const kit::Outline outline(*parent, world);
   std::optional<Module> made;
   const auto leads_there = [&](const Import& each) {
     if (!is_module_declaration(each)) return false;
@@ -112,7 +112,7 @@ bool is_module(const Definition& definition) {
   return definition.kind == Kind::NAMESPACE && definition.type.empty();
 }
 
-const File* declared_module(const File& file, const support::Outline& outline,
+const File* declared_module(const File& file, const kit::Outline& outline,
                             const Import& declaration, World& world) {
   std::string inner;
   for (DefinitionIndex at = declaration.scope; at != NOWHERE; at = outline.definition(at).parent) {
@@ -134,15 +134,14 @@ std::optional<Module> declaring_module(const File& file, World& world) {
                                                [&] { return find_declaring(file, world); });
 }
 
-Module module_around(const File& file, const support::Outline& outline,
-                     DefinitionIndex definition) {
+Module module_around(const File& file, const kit::Outline& outline, DefinitionIndex definition) {
   while (definition != NOWHERE && !is_module(outline.definition(definition))) {
     definition = outline.definition(definition).parent;
   }
   return {&file, definition};
 }
 
-std::optional<Module> parent_module(const Module& module, const support::Outline& outline,
+std::optional<Module> parent_module(const Module& module, const kit::Outline& outline,
                                     World& world) {
   if (module.definition == NOWHERE) return declaring_module(*module.file, world);
   return module_around(*module.file, outline, outline.definition(module.definition).parent);
@@ -166,7 +165,7 @@ std::string module_path(const File& file, World& world) {
     if (!parent) break;
     path = "::" + std::string(module_name(at->path)) + path;
     if (parent->definition != NOWHERE) {
-      const support::Outline outline(*parent->file, world);
+      const kit::Outline outline(*parent->file, world);
       for (DefinitionIndex i = parent->definition; i != NOWHERE; i = outline.definition(i).parent) {
         path = "::" + outline.definition(i).name + path;
       }

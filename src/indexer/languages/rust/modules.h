@@ -4,8 +4,8 @@
 #include <string>
 #include <string_view>
 
-#include "indexer/languages/support/outline.h"
-#include "indexer/world.h"
+#include "indexer/languages/kit/outline.h"
+#include "indexer/world/world.h"
 
 /// The module trees of crates.
 namespace context_delta::indexer::rust {
@@ -29,7 +29,7 @@ inline constexpr std::string_view DECLARED_BY_PATH = "#[path]";
 std::string wildcard_name(std::string_view scope);
 
 /// The file that `mod x;` in `file` means; null when it is not in the repository.
-const File* declared_module(const File& file, const support::Outline& outline,
+const File* declared_module(const File& file, const kit::Outline& outline,
                             const Import& declaration, World& world);
 
 /// The module that declares a file; none for the root of a crate. A file that both a library and a
@@ -37,10 +37,10 @@ const File* declared_module(const File& file, const support::Outline& outline,
 std::optional<Module> declaring_module(const File& file, World& world);
 
 /// The module around a definition of a file, or the file.
-Module module_around(const File& file, const support::Outline& outline, DefinitionIndex definition);
+Module module_around(const File& file, const kit::Outline& outline, DefinitionIndex definition);
 
 /// The module that encloses a module; none for the root of a crate.
-std::optional<Module> parent_module(const Module& module, const support::Outline& outline,
+std::optional<Module> parent_module(const Module& module, const kit::Outline& outline,
                                     World& world);
 
 /// The root file of the crate that a file belongs to.

@@ -1,14 +1,14 @@
 #include <algorithm>
 
+#include "indexer/languages/kit/facts_builder.h"
 #include "indexer/languages/rust/evaluator.h"
 #include "indexer/languages/rust/library.h"
 #include "indexer/languages/rust/manifest.h"
-#include "indexer/languages/support/facts_builder.h"
 
 namespace context_delta::indexer::rust {
 namespace {
 
-using support::Binder;
+using kit::Binder;
 
 /// How many imports, globs and paths are followed.
 constexpr int DEEPEST = 16;
@@ -47,21 +47,21 @@ bool is_in_space(const Definition& definition, Space space) {
 
 }  // namespace
 
-Evaluator::Evaluator(const File& file, const support::Outline& own, World& world)
+Evaluator::Evaluator(const File& file, const kit::Outline& own, World& world)
     : file_(file), world_(world) {
   outlines_.emplace(file.id, own);
 }
 
-const support::Outline& Evaluator::outline(const File& file) {
+const kit::Outline& Evaluator::outline(const File& file) {
   const auto place = outlines_.find(file.id);
   if (place != outlines_.end()) return place->second;
-  return outlines_.emplace(file.id, support::Outline(file, world_)).first->second;
+  return outlines_.emplace(file.id, kit::Outline(file, world_)).first->second;
 }
 
 /// The items of a scope that have a name; several only when their attributes or macros choose.
 Meaning Evaluator::combined(const File& file, Binders binders, Space space, int depth,
                             const Import* except, bool public_only) {
-  const support::Outline& known = outline(file);
+  const kit::Outline& known = outline(file);
   Meaning external;
   std::vector<Meaning> found;
   for (const Binder& binder : binders) {
@@ -112,11 +112,11 @@ Meaning Evaluator::name_meaning(const File& file, DefinitionIndex scope, std::st
 Meaning Evaluator::found_name(const File& file, DefinitionIndex scope, std::string_view name,
                               Space space, int depth, const Import* except) {
   if (depth > DEEPEST) return {};
-  const support::Outline& known = outline(file);
+  const kit::Outline& known = outline(file);
   DefinitionIndex at = scope;
   while (true) {
     const Definition* own = at == NOWHERE ? nullptr : &known.definition(at);
-    const bool is_scope = own == nullptr || is_module(*own) || support::is_function_kind(own->kind);
+    const bool is_scope = own == nullptr || is_module(*own) || kit::is_function_kind(own->kind);
     if (is_scope) {
       Meaning found = combined(file, known.find(at, name), space, depth, except);
       const bool by_glob = except != nullptr && except->name == "*";
@@ -271,7 +271,7 @@ Meaning Evaluator::glob_member(const Module& module, DefinitionIndex scope, std:
 
 Meaning Evaluator::asked_globs(const Module& module, DefinitionIndex scope, std::string_view name,
                                Space space, int depth) {
-  const support::Outline& known = outline(*module.file);
+  const kit::Outline& known = outline(*module.file);
   const std::string wildcards =
       wildcard_name(scope == NOWHERE ? "" : std::string_view(known.definition(scope).name));
   Meaning found;

@@ -2,13 +2,13 @@
 #include <string>
 #include <vector>
 
+#include "indexer/languages/kit/text.h"
 #include "indexer/languages/rust/extractor.h"
-#include "indexer/languages/support/text.h"
 
 namespace context_delta::indexer::rust {
 namespace {
 
-using support::child;
+using kit::child;
 
 /// Variables are written in lower case; other names in patterns are constants and variants.
 bool is_variable(std::string_view name) {
@@ -17,7 +17,7 @@ bool is_variable(std::string_view name) {
 
 std::string with(const std::string& value, const std::string& step) {
   const std::string& whole = value.empty() ? "?" : value;
-  return whole.size() + step.size() > support::LONGEST_SIGNATURE ? "?" + step : whole + step;
+  return whole.size() + step.size() > kit::LONGEST_SIGNATURE ? "?" + step : whole + step;
 }
 
 }  // namespace
@@ -25,7 +25,7 @@ std::string with(const std::string& value, const std::string& step) {
 void Extractor::bind_variable(std::string_view name, std::string value, std::string type,
                               Binding::Kind kind, std::int32_t line) {
   Binding made;
-  made.name = locals_.declare(support::one_line(name, support::LONGEST_EXPRESSION));
+  made.name = locals_.declare(kit::one_line(name, kit::LONGEST_EXPRESSION));
   made.kind = kind;
   made.scope = builder_.frame().definition;
   made.type = std::move(type);
@@ -43,26 +43,26 @@ void Extractor::bind_pattern(TSNode pattern, const std::string& value, const std
     std::string value;
   };
   if (rust_.kind(pattern) == Node::MUT_PATTERN) {
-    const std::vector<TSNode> inner = support::named_children(pattern);
+    const std::vector<TSNode> inner = kit::named_children(pattern);
     if (!inner.empty()) pattern = inner.back();
   }
   if (rust_.kind(pattern) == Node::IDENTIFIER && !type.empty()) {
     if (text_of(pattern) == "self") return;
-    return bind_variable(text_of(pattern), {}, type, kind, support::first_line(pattern));
+    return bind_variable(text_of(pattern), {}, type, kind, kit::first_line(pattern));
   }
   std::vector<Part> parts = {{pattern, type.empty() ? value : "<" + type + ">"}};
   while (!parts.empty()) {
     const Part part = std::move(parts.back());
     parts.pop_back();
     const Node node_kind = rust_.kind(part.node);
-    std::vector<TSNode> inside = support::named_children(part.node);
+    std::vector<TSNode> inside = kit::named_children(part.node);
     std::erase_if(inside, [&](TSNode each) { return rust_.kind(each) == Node::COMMENT; });
     std::vector<Part> found;
     switch (node_kind) {
       case Node::IDENTIFIER:
       case Node::SHORTHAND_FIELD:
         if (is_variable(text_of(part.node))) {
-          bind_variable(text_of(part.node), part.value, {}, kind, support::first_line(part.node));
+          bind_variable(text_of(part.node), part.value, {}, kind, kit::first_line(part.node));
         }
         break;
       case Node::TUPLE_PATTERN:
@@ -96,8 +96,8 @@ void Extractor::bind_pattern(TSNode pattern, const std::string& value, const std
           const TSNode name = child(field, rust_.field.name);
           const TSNode inner = child(field, rust_.field.pattern);
           found.push_back(
-              {support::is_null(inner) ? name : inner,
-               with(part.value, "~" + path_text(path) + "." + support::one_line(text_of(name)))});
+              {kit::is_null(inner) ? name : inner,
+               with(part.value, "~" + path_text(path) + "." + kit::one_line(text_of(name)))});
         }
         break;
       }

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "indexer/languages/support/text.h"
+#include "indexer/languages/kit/text.h"
 
 namespace context_delta::indexer::rust {
 namespace {
@@ -62,7 +62,7 @@ class Scanner {
     if (byte == '\'') return skip_quote();
     if (byte == '{') return open();
     if (byte == '}') return close();
-    if (support::is_identifier_byte(byte)) return word();
+    if (kit::is_identifier_byte(byte)) return word();
     ++at_;
   }
 
@@ -112,7 +112,7 @@ class Scanner {
 
   void word() {
     const std::size_t start = at_;
-    while (at_ < text_.size() && support::is_identifier_byte(text_[at_])) ++at_;
+    while (at_ < text_.size() && kit::is_identifier_byte(text_[at_])) ++at_;
     const std::string_view name = text_.substr(start, at_ - start);
     if (name == "r" || name == "br" || name == "cr") return skip_raw_string();
     if (!in_items()) return;
@@ -145,8 +145,7 @@ class Scanner {
   }
 
   void open_module() {
-    while (at_ < text_.size() &&
-           (is_space(text_[at_]) || support::is_identifier_byte(text_[at_]))) {
+    while (at_ < text_.size() && (is_space(text_[at_]) || kit::is_identifier_byte(text_[at_]))) {
       ++at_;
     }
     if (!at("{")) return;

@@ -5,16 +5,16 @@
 #include <utility>
 #include <vector>
 
+#include "indexer/languages/kit/facts_builder.h"
+#include "indexer/languages/kit/guesses.h"
 #include "indexer/languages/rust/evaluator.h"
 #include "indexer/languages/rust/library.h"
 #include "indexer/languages/rust/rust.h"
-#include "indexer/languages/support/facts_builder.h"
-#include "indexer/languages/support/guesses.h"
 
 namespace context_delta::indexer::rust {
 namespace {
 
-using support::definition_at;
+using kit::definition_at;
 
 std::string_view last_part(std::string_view container) {
   return container.substr(container.rfind('.') + 1);
@@ -56,9 +56,9 @@ class Resolver {
   const File& file_;
   const Facts& facts_;
   World& world_;
-  support::ScopeIndex scopes_;
+  kit::ScopeIndex scopes_;
   Evaluator values_;
-  support::Neighbourhood neighbourhood_;
+  kit::Neighbourhood neighbourhood_;
   std::map<std::pair<std::int64_t, DefinitionIndex>, std::optional<Candidate>> candidates_;
   Resolution made_;
 };
@@ -122,7 +122,7 @@ Callee Resolver::callee_of(const Reference& reference) {
 /// A call with another number of arguments was read wrong.
 bool Resolver::accepts(const Reference& reference, const Callee& callee) {
   const Definition& found = values_.definition(*callee.file, callee.definition);
-  if (!support::is_function_kind(found.kind) || reference.arguments == ANY_NUMBER) return true;
+  if (!kit::is_function_kind(found.kind) || reference.arguments == ANY_NUMBER) return true;
   const bool is_path = reference.receiver.empty() || reference.receiver.ends_with("::");
   const bool takes_self = found.kind == Kind::METHOD && (found.traits & STATIC_MEMBER) == 0;
   if (!is_path && !takes_self) return false;
@@ -170,12 +170,12 @@ void Resolver::resolve_macro(std::int32_t index) {
   if (here == 1 && before && reference.receiver == "!" && (reference.traits & BROKEN) == 0) {
     return prove(index, file_, own->definition, "same-file");
   }
-  support::add_guess(made_.edges,
-                     {.reference = index,
-                      .why = here > 1 ? "the macro is defined more than once"
-                                      : "the macro is not defined before the call in this file",
-                      .favourite = own ? &*own : nullptr},
-                     std::move(fitting), neighbourhood_);
+  kit::add_guess(made_.edges,
+                 {.reference = index,
+                  .why = here > 1 ? "the macro is defined more than once"
+                                  : "the macro is not defined before the call in this file",
+                  .favourite = own ? &*own : nullptr},
+                 std::move(fitting), neighbourhood_);
 }
 
 /// The call of a variable that hides a definition of the same name.
@@ -251,8 +251,8 @@ void Resolver::guess_doubted(std::int32_t index, const Callee& callee, std::stri
       if (twin) fitting.push_back(each);
     }
   }
-  support::add_guess(made_.edges, {.reference = index, .why = why, .favourite = &*favourite},
-                     std::move(fitting), neighbourhood_);
+  kit::add_guess(made_.edges, {.reference = index, .why = why, .favourite = &*favourite},
+                 std::move(fitting), neighbourhood_);
 }
 
 bool Resolver::fits(const Candidate& candidate, const Reference& reference, bool is_method_call,
@@ -263,13 +263,13 @@ bool Resolver::fits(const Candidate& candidate, const Reference& reference, bool
   const bool is_of_trait = (candidate.traits & VIRTUAL) != 0;
   if (is_method_call) {
     if (candidate.kind != Kind::METHOD || is_static) return false;
-    if (!support::accepts_arguments(candidate, reference.arguments)) return false;
+    if (!kit::accepts_arguments(candidate, reference.arguments)) return false;
     return !type_is_known || is_of_trait;
   }
   if (type_is_known) return candidate.kind == Kind::METHOD && is_of_trait;
   if (reference.receiver.empty()) {
     return candidate.kind == Kind::FUNCTION &&
-           support::accepts_arguments(candidate, reference.arguments);
+           kit::accepts_arguments(candidate, reference.arguments);
   }
   if (candidate.kind != Kind::METHOD && candidate.kind != Kind::FUNCTION) return false;
   const TypeText path = parse_type(reference.receiver);
@@ -279,8 +279,7 @@ bool Resolver::fits(const Candidate& candidate, const Reference& reference, bool
   }
   const std::int16_t self = is_static || candidate.kind == Kind::FUNCTION ? 0 : 1;
   return reference.arguments == ANY_NUMBER ||
-         support::accepts_arguments(candidate,
-                                    static_cast<std::int16_t>(reference.arguments - self));
+         kit::accepts_arguments(candidate, static_cast<std::int16_t>(reference.arguments - self));
 }
 
 void Resolver::guess_namesakes(std::int32_t index, const Callee& callee) {
@@ -298,9 +297,9 @@ void Resolver::guess_namesakes(std::int32_t index, const Callee& callee) {
   const std::string_view why = type_is_known    ? "the receiver's type does not define the method"
                                : is_method_call ? "the receiver's type is not known"
                                                 : "what the path means is not known";
-  support::add_guess(made_.edges,
-                     {.reference = index, .why = why, .favourite = declared ? &*declared : nullptr},
-                     std::move(fitting), neighbourhood_);
+  kit::add_guess(made_.edges,
+                 {.reference = index, .why = why, .favourite = declared ? &*declared : nullptr},
+                 std::move(fitting), neighbourhood_);
 }
 
 }  // namespace

@@ -120,7 +120,7 @@ constexpr auto NAMES = std::to_array<std::pair<std::string_view, Node>>({
 });
 
 Fields fields(const TSLanguage* language) {
-  const auto id = [&](std::string_view name) { return support::field_id(language, name); };
+  const auto id = [&](std::string_view name) { return kit::field_id(language, name); };
   return {.alias = id("alias"),
           .alternative = id("alternative"),
           .argument = id("argument"),
@@ -151,13 +151,13 @@ Fields fields(const TSLanguage* language) {
 }  // namespace
 
 const Syntax& syntax() {
-  static const Syntax tables = {support::NodeKinds<Node>(tree_sitter_rust(), NAMES),
+  static const Syntax tables = {kit::NodeKinds<Node>(tree_sitter_rust(), NAMES),
                                 fields(tree_sitter_rust())};
   return tables;
 }
 
 TSNode child_of_kind(TSNode node, Node kind) {
-  for (const TSNode below : support::named_children(node)) {
+  for (const TSNode below : kit::named_children(node)) {
     if (syntax().kind(below) == kind) return below;
   }
   return {};

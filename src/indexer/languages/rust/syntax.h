@@ -4,7 +4,7 @@
 
 #include <tree_sitter/api.h>
 
-#include "indexer/languages/support/nodes.h"
+#include "indexer/languages/kit/nodes.h"
 
 /// The nodes of the Rust grammar that extraction looks at.
 namespace context_delta::indexer::rust {
@@ -126,7 +126,7 @@ struct Fields {
 };
 
 struct Syntax {
-  support::NodeKinds<Node> kind;
+  kit::NodeKinds<Node> kind;
   Fields field;
 };
 

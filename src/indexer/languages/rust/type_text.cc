@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "indexer/languages/support/text.h"
+#include "indexer/languages/kit/text.h"
 
 namespace context_delta::indexer::rust {
 namespace {
@@ -152,7 +152,7 @@ class Parser {
   bool skip_word(std::string_view word) {
     if (!peek(word)) return false;
     const std::size_t end = at_ + word.size();
-    if (end < text_.size() && support::is_identifier_byte(text_[end])) return false;
+    if (end < text_.size() && kit::is_identifier_byte(text_[end])) return false;
     at_ = end;
     return true;
   }
@@ -177,12 +177,12 @@ class Parser {
   }
   bool at_name() {
     skip_spaces();
-    return at_ < text_.size() && support::is_identifier_byte(text_[at_]);
+    return at_ < text_.size() && kit::is_identifier_byte(text_[at_]);
   }
   std::string_view name() {
     skip_spaces();
     const std::size_t start = at_;
-    while (at_ < text_.size() && support::is_identifier_byte(text_[at_])) ++at_;
+    while (at_ < text_.size() && kit::is_identifier_byte(text_[at_])) ++at_;
     return text_.substr(start, at_ - start);
   }
   /// Behind the bracket that closes what is open.

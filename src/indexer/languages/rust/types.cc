@@ -1,13 +1,13 @@
 #include <algorithm>
 
+#include "indexer/languages/kit/facts_builder.h"
 #include "indexer/languages/rust/evaluator.h"
 #include "indexer/languages/rust/library.h"
-#include "indexer/languages/support/facts_builder.h"
 
 namespace context_delta::indexer::rust {
 namespace {
 
-using support::Binder;
+using kit::Binder;
 
 constexpr int DEEPEST = 16;
 
@@ -35,7 +35,7 @@ bool same_definition(const Type& a, const Type& b) {
 /// The type parameter that a name means; what the environment says of it first.
 std::optional<Type> Evaluator::parameter(const File& file, DefinitionIndex scope,
                                          std::string_view name, const Environment* environment) {
-  const support::Outline& known = outline(file);
+  const kit::Outline& known = outline(file);
   for (DefinitionIndex at = scope; at != NOWHERE; at = known.definition(at).parent) {
     if (is_module(known.definition(at))) break;
     for (const Binder& binder : known.find(at, name)) {
@@ -319,7 +319,7 @@ std::vector<std::string_view> Evaluator::generics(const File& file, DefinitionIn
 Environment Evaluator::environment_of(const File& file, DefinitionIndex index, const Type& self) {
   Environment made;
   made.self = &self;
-  const support::Outline& known = outline(file);
+  const kit::Outline& known = outline(file);
   DefinitionIndex owner = index;
   while (owner != NOWHERE && !is_impl(known.definition(owner)) &&
          !is_type_kind(known.definition(owner).kind)) {

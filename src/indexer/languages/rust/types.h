@@ -5,8 +5,8 @@
 #include <utility>
 #include <vector>
 
-#include "indexer/facts.h"
-#include "indexer/world.h"
+#include "indexer/model/facts.h"
+#include "indexer/world/world.h"
 
 /// What types, paths and calls mean.
 namespace context_delta::indexer::rust {

@@ -1,15 +1,15 @@
 #include <algorithm>
 #include <cctype>
 
+#include "indexer/languages/kit/facts_builder.h"
+#include "indexer/languages/kit/text.h"
 #include "indexer/languages/rust/evaluator.h"
 #include "indexer/languages/rust/library.h"
-#include "indexer/languages/support/facts_builder.h"
-#include "indexer/languages/support/text.h"
 
 namespace context_delta::indexer::rust {
 namespace {
 
-using support::Binder;
+using kit::Binder;
 
 constexpr int DEEPEST = 60;
 constexpr int MOST_DEREFERENCES = 4;
@@ -29,7 +29,7 @@ std::size_t bracket_end(std::string_view text) {
 
 std::size_t name_end(std::string_view text) {
   std::size_t end = 0;
-  while (end < text.size() && support::is_identifier_byte(text[end])) ++end;
+  while (end < text.size() && kit::is_identifier_byte(text[end])) ++end;
   return end;
 }
 
@@ -57,7 +57,7 @@ std::vector<std::string_view> tuple_parts(std::string_view text) {
   std::size_t start = 0;
   for (std::size_t i = 0; i < text.size();) {
     if (text[i] == ',') {
-      parts.push_back(support::trimmed(text.substr(start, i - start)));
+      parts.push_back(kit::trimmed(text.substr(start, i - start)));
       start = ++i;
     } else if (text[i] == '(' || text[i] == '[' || text[i] == '<' || text[i] == '{') {
       i += bracket_end(text.substr(i));
@@ -65,7 +65,7 @@ std::vector<std::string_view> tuple_parts(std::string_view text) {
       ++i;
     }
   }
-  parts.push_back(support::trimmed(text.substr(start)));
+  parts.push_back(kit::trimmed(text.substr(start)));
   return parts;
 }
 
@@ -320,8 +320,7 @@ Type Evaluator::matched(DefinitionIndex scope, const Type& type, std::string_vie
   if (!written.starts_with('{')) return {};
   for (const std::string_view part : tuple_parts(written)) {
     const std::size_t colon = part.find(':');
-    if (colon == std::string_view::npos || support::trimmed(part.substr(0, colon)) != name)
-      continue;
+    if (colon == std::string_view::npos || kit::trimmed(part.substr(0, colon)) != name) continue;
     return type_of_text(*whole.file, whole.definition, part.substr(colon + 1), &environment);
   }
   return {};
@@ -330,7 +329,7 @@ Type Evaluator::matched(DefinitionIndex scope, const Type& type, std::string_vie
 Type Evaluator::returned_type(const Callee& callee) {
   if (callee.kind != Callee::Kind::FOUND) return {};
   const Definition& found = definition(*callee.file, callee.definition);
-  if (!support::is_function_kind(found.kind)) return callee.self;
+  if (!kit::is_function_kind(found.kind)) return callee.self;
   if (found.type.empty()) return external("()");
   Environment environment;
   if (found.kind == Kind::METHOD) {
