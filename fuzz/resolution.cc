@@ -35,7 +35,7 @@ void fill(MemorySource& source, const Texts& texts) {
 }
 
 FileRows resolved(const MemorySource::Entry& entry, indexer::World& world) {
-  world.start_record();
+  world.start_record(entry.file.family);
   const indexer::Resolution resolution = entry.language->resolve(entry.file, *entry.facts, world);
   FileRows rows = file_rows(entry.file, entry.facts, resolution);
   rows.dependencies = world.finish_record();
@@ -86,14 +86,15 @@ struct Change {
     const bool had = was != before.files().end();
     const bool has = is != after.files().end();
     if (had && has && was->second.language == is->second.language) {
-      numbers = compare_facts(path, *was->second.facts, *is->second.facts, stale);
+      numbers =
+          compare_facts(is->second.file, *was->second.interface, *is->second.interface, stale);
       return;
     }
     if (had) {
-      add_whole_file(path, *was->second.facts, stale);
+      add_whole_file(was->second.file, *was->second.interface, stale);
       numbers.assign(was->second.facts->definitions.size(), indexer::NOWHERE);
     }
-    if (has) add_whole_file(path, *is->second.facts, stale);
+    if (has) add_whole_file(is->second.file, *is->second.interface, stale);
   }
 
   bool reaches(const MemorySource& source, const FileRows& rows) const {

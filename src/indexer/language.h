@@ -17,6 +17,8 @@ namespace context_delta::indexer {
 
 struct Language {
   std::string_view name;  ///< as the index records it: "python"
+  /// What languages have in common whose files may name each other's definitions: "ecmascript".
+  std::string_view family;
   /// Raised whenever extract() or resolve() change what they return: what was stored with another
   /// version is made anew.
   std::uint32_t version;
@@ -29,7 +31,8 @@ struct Language {
   /// The text to parse in place of `text`: as long, with its lines, and spaces where the grammar
   /// would stumble; empty when the text itself will do. Null: always itself.
   std::string (*prepare)(std::string_view text) = nullptr;
-  /// The facts of one parsed text. Never fails: what did not parse is left out or marked BROKEN.
+  /// The facts of one parsed text, in any order (put_interface_first follows). Never fails: what
+  /// did not parse is left out or marked BROKEN.
   Facts (*extract)(TSNode root, std::string_view text);
   /// Ties the references of a file to definitions and names its definitions.
   Resolution (*resolve)(const File& file, const Facts& facts, World& world);

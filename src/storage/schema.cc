@@ -36,7 +36,6 @@ CREATE TABLE blobs(
   claim INTEGER NOT NULL,    -- claims.id
   language INTEGER,          -- languages.id; null when none accepted the text
   problem TEXT,              -- why the text was not parsed
-  interface INTEGER NOT NULL,
   unused INTEGER NOT NULL,   -- the generation in which the last file left it; 0 while in use
   facts BLOB NOT NULL,       -- encoded and compressed: all but the references
   reference_facts BLOB NOT NULL,

@@ -8,7 +8,7 @@
 namespace context_delta::storage {
 
 /// Raised whenever a table changes: an index of another version is replaced.
-inline constexpr std::int64_t SCHEMA_VERSION = 5;
+inline constexpr std::int64_t SCHEMA_VERSION = 6;
 
 /// Symbols of a file are numbered in the order of its definitions, from 1; 0 is the file's top
 /// level. An id is the file's number followed by the symbol's.

@@ -17,15 +17,22 @@ class Generator {
   Facts facts() {
     Facts facts;
     for (std::uint32_t i = below(6); i > 0; --i) facts.definitions.push_back(definition());
+    for (std::uint32_t i = below(9); i > 0; --i) facts.expressions.push_back(expression());
     for (std::uint32_t i = below(9); i > 0; --i) facts.references.push_back(reference());
     for (std::uint32_t i = below(5); i > 0; --i) facts.bindings.push_back(binding());
     for (std::uint32_t i = below(4); i > 0; --i) facts.imports.push_back(import());
     for (std::uint32_t i = below(3); i > 0; --i) facts.exports.push_back(text());
+    for (Expression& each : facts.expressions) {
+      if (each.kind == ExpressionKind::LOCAL) {
+        each.number = static_cast<std::int32_t>(below(facts.bindings.size() + 1)) - 1;
+      }
+    }
+    put_interface_first(facts);
     return facts;
   }
 
  private:
-  std::uint32_t below(std::uint32_t bound) { return static_cast<std::uint32_t>(random_() % bound); }
+  std::uint32_t below(std::size_t bound) { return static_cast<std::uint32_t>(random_() % bound); }
   std::string text() {
     static const std::vector<std::string> TEXTS = {
         "", "f", "a.b()", "\xC3\xA9", "x\ny", std::string(300, 'q'), std::string("\0z", 2)};
@@ -60,18 +67,36 @@ class Generator {
     ++definitions_;
     return made;
   }
+  ExpressionIndex earlier() { return static_cast<ExpressionIndex>(below(expressions_ + 1)) - 1; }
+  std::vector<ExpressionIndex> some_earlier() {
+    std::vector<ExpressionIndex> indexes;
+    for (std::uint32_t i = expressions_ == 0 ? 0 : below(3); i > 0; --i) {
+      indexes.push_back(static_cast<ExpressionIndex>(below(expressions_)));
+    }
+    return indexes;
+  }
+  Expression expression() {
+    Expression made = {
+        static_cast<ExpressionKind>(below(static_cast<std::size_t>(ExpressionKind::NEVER) + 1)),
+        text(), static_cast<std::int32_t>(below(9)) - 1, some_earlier()};
+    ++expressions_;
+    return made;
+  }
   Reference reference() {
-    return {text(),   text(), static_cast<Role>(below(7)), line(), scope(), arguments(),
-            traits(), text()};
+    return {text(),        text(),  static_cast<Role>(below(7)),
+            line(),        scope(), arguments(),
+            traits(),      text(),  earlier(),
+            some_earlier()};
   }
   Binding binding() {
-    return {text(),  static_cast<Binding::Kind>(below(4)), scope(), text(), text(), line(),
-            traits()};
+    return {
+        text(),   static_cast<Binding::Kind>(below(4)), scope(), text(), text(), line(), traits(),
+        earlier()};
   }
   Import import() { return {text(), text(), text(), scope(), line(), traits()}; }
 
   std::mt19937 random_;
-  std::uint32_t definitions_ = 0;
+  std::uint32_t definitions_ = 0, expressions_ = 0;
 };
 
 TEST(Facts, DecodeGivesBackWhatWasEncoded) {
@@ -79,8 +104,9 @@ TEST(Facts, DecodeGivesBackWhatWasEncoded) {
     Facts facts = Generator(seed).facts();
     const EncodedFacts encoded = encode_facts(facts);
     ASSERT_EQ(decode_facts(encoded), facts) << "seed " << seed;
-    facts.references.clear();
-    ASSERT_EQ(decode_shared_facts(encoded.shared), facts) << "seed " << seed;
+    facts.bindings.resize(facts.interface_bindings);
+    facts.expressions.resize(facts.interface_expressions);
+    ASSERT_EQ(decode_shared_facts(encoded.shared), Interface(facts)) << "seed " << seed;
   }
 }
 
@@ -118,6 +144,13 @@ TEST(Facts, DamagedBytesAreRefusedOrGiveFactsThatKeepTheRules) {
   }
 }
 
+Interface interface_of(Facts facts) {
+  put_interface_first(facts);
+  facts.bindings.resize(facts.interface_bindings);
+  facts.expressions.resize(facts.interface_expressions);
+  return facts;
+}
+
 Facts small_facts() {
   Facts facts;
   facts.definitions.resize(3);
@@ -128,8 +161,9 @@ Facts small_facts() {
   facts.definitions[1].kind = Kind::METHOD;
   facts.definitions[1].parent = 0;
   facts.definitions[2].name = "helper";
-  facts.bindings.push_back({"size", Binding::Kind::MEMBER, 0, "", "", 1, 0});
-  facts.bindings.push_back({"i", Binding::Kind::LOCAL, 1, "", "", 1, 0});
+  facts.expressions = {{.name = "x"}, {.name = "y"}, {.name = "z", .operands = {0}}};
+  facts.bindings.push_back({"size", Binding::Kind::MEMBER, 0, "", "", 1, 0, 2});
+  facts.bindings.push_back({"i", Binding::Kind::LOCAL, 1, "", "", 1, 0, 1});
   facts.references.push_back({.name = "helper", .receiver = "", .enclosing = 1});
   return facts;
 }
@@ -141,18 +175,20 @@ TEST(Facts, LocalNameJoinsWrittenScopesAndEnclosingNames) {
 }
 
 TEST(Facts, InterfaceHashCoversWhatOthersMaySeeAndNothingElse) {
-  const std::uint64_t hash = interface_hash(small_facts());
+  const std::uint64_t hash = interface_hash(interface_of(small_facts()));
   const auto changed = [&](auto change) {
     Facts facts = small_facts();
     change(facts);
-    return interface_hash(facts) != hash;
+    return interface_hash(interface_of(facts)) != hash;
   };
   EXPECT_FALSE(changed([](Facts& f) { f.definitions[1].first_line = 9; }));
   EXPECT_FALSE(changed([](Facts& f) { f.definitions[1].last_line = 9; }));
   EXPECT_FALSE(changed([](Facts& f) { f.references.clear(); }));
-  EXPECT_FALSE(changed([](Facts& f) { f.bindings[1].value = "other()"; }));
+  EXPECT_FALSE(changed([](Facts& f) { f.expressions[1].name = "other"; }));
+  EXPECT_FALSE(changed([](Facts& f) { f.bindings[1].value_expression = 0; }));
   EXPECT_FALSE(changed([](Facts& f) { f.bindings[0].line = 9; }));
-  EXPECT_TRUE(changed([](Facts& f) { f.bindings[0].value = "other()"; }));
+  EXPECT_TRUE(changed([](Facts& f) { f.expressions[0].name = "other"; }));
+  EXPECT_TRUE(changed([](Facts& f) { f.bindings[0].value_expression = NO_EXPRESSION; }));
   EXPECT_TRUE(changed([](Facts& f) { f.definitions[1].traits = VIRTUAL; }));
   EXPECT_TRUE(changed([](Facts& f) { f.definitions[1].parent = NOWHERE; }));
   EXPECT_TRUE(changed([](Facts& f) { f.definitions[0].bases = {"Base"}; }));
@@ -164,8 +200,10 @@ TEST(Facts, InterfaceHashCoversWhatOthersMaySeeAndNothingElse) {
 
 /// The names of which two versions say different things.
 std::set<std::string> changed_names(const Facts& before, const Facts& after) {
-  const auto old_names = name_hashes(before);
-  const auto new_names = name_hashes(after);
+  const Interface was = interface_of(before);
+  const Interface is = interface_of(after);
+  const auto old_names = name_hashes(was);
+  const auto new_names = name_hashes(is);
   std::set<std::string> changed;
   for (const auto& [name, hash] : old_names) {
     const auto place = new_names.find(name);
@@ -186,8 +224,8 @@ TEST(Facts, NameHashesTellWhichNamesChanged) {
   };
   EXPECT_EQ(changed([](Facts& f) { f.definitions[1].first_line = 9; }), Names());
   EXPECT_EQ(changed([](Facts& f) { f.references.clear(); }), Names());
-  EXPECT_EQ(changed([](Facts& f) { f.bindings[1].value = "other()"; }), Names());
-  EXPECT_EQ(changed([](Facts& f) { f.bindings[0].value = "other()"; }), Names({"size"}));
+  EXPECT_EQ(changed([](Facts& f) { f.expressions[1].name = "other"; }), Names());
+  EXPECT_EQ(changed([](Facts& f) { f.expressions[0].name = "other"; }), Names({"size"}));
   EXPECT_EQ(changed([](Facts& f) { f.definitions[1].type = "int"; }), Names({"open"}));
   EXPECT_EQ(changed([](Facts& f) { f.definitions[0].bases = {"Base"}; }), Names({"Box"}));
   Facts interface = small_facts();
@@ -222,6 +260,9 @@ void put_first(Facts& facts) {
   for (Definition& each : facts.definitions) each.parent += each.parent == NOWHERE ? 0 : 1;
   for (Binding& each : facts.bindings) each.scope += each.scope == NOWHERE ? 0 : 1;
   for (Import& each : facts.imports) each.scope += each.scope == NOWHERE ? 0 : 1;
+  for (Expression& each : facts.expressions) {
+    each.number += each.kind == ExpressionKind::DEFINITION && each.number >= 0 ? 1 : 0;
+  }
   Definition made;
   made.name = "new";
   facts.definitions.insert(facts.definitions.begin(), made);

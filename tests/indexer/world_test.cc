@@ -18,7 +18,7 @@ Keys sorted(Keys keys) {
 /// A source that counts how often it is asked.
 class CountingSource : public WorldSource {
  public:
-  std::vector<Candidate> definitions(std::string_view) override {
+  std::vector<Candidate> definitions(std::string_view, std::string_view) override {
     ++asked;
     return {{.file = &own, .container = ""}};
   }
@@ -31,12 +31,12 @@ class CountingSource : public WorldSource {
     ++asked;
     return {};
   }
-  std::shared_ptr<const Facts> facts(const File&) override {
+  std::shared_ptr<const Interface> facts(const File&) override {
     ++asked;
-    return std::make_shared<Facts>();
+    return std::make_shared<Interface>();
   }
 
-  File own = {1, "a/b.x", "x"};
+  File own = {1, "a/b.x", "x", "x"};
   int asked = 0;
 };
 
@@ -44,10 +44,10 @@ TEST(World, RecordsWhatWasAskedAndAsksTheSourceOnce) {
   CountingSource source;
   World world(source);
   const Keys all =
-      sorted({World::name_key("f"), World::path_key("a/b.x"), World::path_key("none"),
+      sorted({World::name_key("toy", "f"), World::path_key("a/b.x"), World::path_key("none"),
               World::folder_key("a"), World::basename_key("b.x"), World::interface_key("a/b.x")});
   for (int round = 0; round < 2; ++round) {
-    world.start_record();
+    world.start_record("toy");
     world.definitions("f");
     world.definitions("f");
     EXPECT_EQ(world.file("none"), nullptr);
@@ -57,12 +57,12 @@ TEST(World, RecordsWhatWasAskedAndAsksTheSourceOnce) {
     EXPECT_EQ(world.finish_record(), all);
   }
   EXPECT_EQ(source.asked, 4);
-  world.start_record();
+  world.start_record("toy");
   EXPECT_EQ(world.finish_record(), Keys());
 }
 
 TEST(World, KeysOfDifferentKindsDiffer) {
-  EXPECT_NE(World::name_key("a"), World::path_key("a"));
+  EXPECT_NE(World::name_key("toy", "a"), World::path_key("a"));
   EXPECT_NE(World::path_key("a"), World::interface_key("a"));
   EXPECT_NE(World::folder_key("a"), World::basename_key("a"));
   EXPECT_NE(World::imports_key("a"), World::interface_key("a"));
@@ -76,7 +76,7 @@ TEST(World, RecordsPartsOfAFileByThemselves) {
   const Keys parts = sorted(
       {World::imports_key("a/b.x"), World::said_key("a/b.x", "f"), World::said_in_key("a", "f")});
   for (int round = 0; round < 2; ++round) {
-    world.start_record();
+    world.start_record("toy");
     world.imports(source.own);
     world.facts_by_name(source.own);
     world.rely_on(SaidKeys(source.own.path), "f");
@@ -115,22 +115,22 @@ TEST(World, RememberedAnswersBringTheirDependenciesAlong) {
       return inner() + 10;
     });
   };
-  const Keys all = sorted({World::name_key("deep"), World::folder_key("a")});
+  const Keys all = sorted({World::name_key("toy", "deep"), World::folder_key("a")});
   for (int round = 0; round < 2; ++round) {
-    world.start_record();
+    world.start_record("toy");
     EXPECT_EQ(outer(), 11);
     EXPECT_EQ(world.finish_record(), all);
   }
-  world.start_record();
+  world.start_record("toy");
   EXPECT_EQ(inner(), 1);
-  EXPECT_EQ(world.finish_record(), Keys{World::name_key("deep")});
+  EXPECT_EQ(world.finish_record(), Keys{World::name_key("toy", "deep")});
 }
 
 TEST(World, AQuestionAskedWhileItIsAnsweredIsRefused) {
   CountingSource source;
   World world(source);
   std::function<int()> ask = [&] { return world.remember<int>("q", source.own, ask); };
-  world.start_record();
+  world.start_record("toy");
   EXPECT_THROW(ask(), std::logic_error);
 }
 

@@ -203,6 +203,7 @@ global kept in - : Map<string, Foo>
 parameter p in f : Foo
 parameter q in f : string
 parameter s in f = ?.r[]
+global kept in - = <Foo>.items[].x
 local each'5_1 in f = p.items[]
 local one'5_2 in f = each'5_1.x
 member p in f = <Foo>
@@ -210,7 +211,6 @@ local message'5_4 in f = ?.message
 local {4:0}.p in f = <Foo>
 local {4:0}.late in f = =5
 member added in f = =6 {static}
-global kept in - = <Foo>.items[].x
 import ./x|default|d in -
 import ./x||all in -
 import ./y|a|a in -

@@ -6,6 +6,8 @@
 #include <sstream>
 #include <stdexcept>
 
+#include "indexer/model/rules.h"
+
 namespace context_delta::tests {
 
 using indexer::Binding;
@@ -86,14 +88,20 @@ std::vector<Edge> AnnotatedRepository::edges_at(const Place& place) {
   return found;
 }
 
+const Definition& AnnotatedRepository::definition_of(const indexer::Place& place) const {
+  const MemorySource::Entry& entry = source_.files().at(place.file->path);
+  return entry.facts->definitions[static_cast<std::size_t>(place.definition)];
+}
+
 std::string AnnotatedRepository::edge(const std::string& call, const std::string& target) {
   const Place& to = places_.at(target);
   for (const Edge& edge : edges_at(places_.at(call))) {
-    const Definition& definition =
-        source_.files()
-            .at(edge.target.file->path)
-            .facts->definitions[static_cast<std::size_t>(edge.target.definition)];
+    const Definition& definition = definition_of(edge.target);
     if (edge.target.file->path != to.path || definition.name_line != to.line) continue;
+    const bool known = indexer::is_rule(edge.rule) && (edge.proven || indexer::is_doubt(edge.why));
+    if (!known)
+      return "words outside the vocabulary: " + std::string(edge.rule) + ", " +
+             std::string(edge.why);
     if (edge.proven) return "proven " + std::string(edge.rule);
     return "guessed " + std::string(edge.rule) + ": " + std::string(edge.why) + " (of " +
            std::to_string(edge.candidates) + ")";
@@ -105,7 +113,7 @@ std::vector<std::string> AnnotatedRepository::edges(const std::string& call) {
   std::vector<std::string> texts;
   for (const Edge& edge : edges_at(places_.at(call))) {
     texts.push_back((edge.proven ? "proven " : "guessed ") + edge.target.file->path + ":" +
-                    std::to_string(edge.target.first_line));
+                    std::to_string(definition_of(edge.target).first_line));
   }
   return texts;
 }
@@ -133,7 +141,7 @@ std::string describe_references(const Facts& facts) {
   std::ostringstream out;
   for (const Reference& each : facts.references) {
     out << each.line << ' ' << ROLES[static_cast<std::size_t>(each.role)] << ' ' << each.receiver
-        << '|' << each.name;
+        << describe(facts.expressions, each.receiver_expression) << '|' << each.name;
     if (is_call(each.role)) out << '(' << count_text(each.arguments) << ')';
     out << " in " << name_of(facts, each.enclosing) << traits_text(each.traits) << '\n';
   }
@@ -144,11 +152,17 @@ std::string describe_bindings(const Facts& facts) {
   static constexpr std::array<std::string_view, 4> KINDS = {"parameter", "local", "member",
                                                             "global"};
   std::ostringstream out;
-  for (const Binding& each : facts.bindings) {
+  std::vector<Binding> bindings = facts.bindings;
+  std::stable_sort(bindings.begin(), bindings.end(),
+                   [](const Binding& a, const Binding& b) { return a.line < b.line; });
+  for (const Binding& each : bindings) {
     out << KINDS[static_cast<std::size_t>(each.kind)] << ' ' << each.name << " in "
         << name_of(facts, each.scope);
     if (!each.type.empty()) out << " : " << each.type;
     if (!each.value.empty()) out << " = " << each.value;
+    if (each.value_expression != indexer::NO_EXPRESSION) {
+      out << " = " << describe(facts.expressions, each.value_expression);
+    }
     out << traits_text(each.traits) << '\n';
   }
   for (const Import& each : facts.imports) {

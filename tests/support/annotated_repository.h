@@ -38,6 +38,7 @@ class AnnotatedRepository {
     std::int32_t line = 0;
     std::string word;
   };
+  const indexer::Definition& definition_of(const indexer::Place& place) const;
   std::vector<indexer::Edge> edges_at(const Place& place);
 
   MemorySource source_;

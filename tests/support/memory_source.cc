@@ -12,7 +12,11 @@ using indexer::File;
 using indexer::Language;
 
 Facts facts_of(const Language& language, std::string_view text) {
-  if (language.grammar == nullptr) return language.extract({}, text);
+  const auto complete = [](Facts facts) {
+    put_interface_first(facts);
+    return facts;
+  };
+  if (language.grammar == nullptr) return complete(language.extract({}, text));
   const std::unique_ptr<TSParser, decltype(&ts_parser_delete)> parser(ts_parser_new(),
                                                                       &ts_parser_delete);
   if (!ts_parser_set_language(parser.get(), language.grammar())) {
@@ -24,7 +28,7 @@ Facts facts_of(const Language& language, std::string_view text) {
       ts_parser_parse_string(parser.get(), nullptr, read.data(),
                              static_cast<std::uint32_t>(read.size())),
       &ts_tree_delete);
-  return language.extract(ts_tree_root_node(tree.get()), text);
+  return complete(language.extract(ts_tree_root_node(tree.get()), text));
 }
 
 void MemorySource::add(const std::string& path, std::string_view text) {
@@ -37,8 +41,11 @@ void MemorySource::add(const std::string& path, const Language& language, Facts 
   Entry& entry = files_[path];
   entry.file = {.id = static_cast<std::int64_t>(files_.size()),
                 .path = path,
-                .language = std::string(language.name)};
+                .language = std::string(language.name),
+                .family = std::string(language.family)};
   entry.language = &language;
+  entry.interface = std::make_shared<const indexer::Interface>(
+      indexer::decode_shared_facts(indexer::encode_facts(facts).shared));
   entry.facts = std::make_shared<const Facts>(std::move(facts));
   indexed_ = false;
 }
@@ -63,10 +70,12 @@ void MemorySource::index_names() {
   indexed_ = true;
 }
 
-std::vector<Candidate> MemorySource::definitions(std::string_view name) {
+std::vector<Candidate> MemorySource::definitions(std::string_view family, std::string_view name) {
   if (!indexed_) index_names();
   const auto found = names_.find(name);
-  return found == names_.end() ? std::vector<Candidate>() : found->second;
+  std::vector<Candidate> all = found == names_.end() ? std::vector<Candidate>() : found->second;
+  std::erase_if(all, [&](const Candidate& each) { return each.file->family != family; });
+  return all;
 }
 
 const File* MemorySource::file(std::string_view path) {
@@ -96,14 +105,14 @@ std::vector<const File*> MemorySource::files_named(std::string_view name) {
   return found;
 }
 
-std::shared_ptr<const Facts> MemorySource::facts(const File& file) {
-  return files_.find(file.path)->second.facts;
+std::shared_ptr<const indexer::Interface> MemorySource::facts(const File& file) {
+  return files_.find(file.path)->second.interface;
 }
 
 indexer::Resolution MemorySource::resolve(std::string_view path) {
   const Entry& entry = files_.find(path)->second;
   indexer::World world(*this);
-  world.start_record();
+  world.start_record(entry.file.family);
   return entry.language->resolve(entry.file, *entry.facts, world);
 }
 

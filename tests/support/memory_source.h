@@ -22,16 +22,18 @@ class MemorySource : public indexer::WorldSource {
   /// Adds a file whose facts are known.
   void add(const std::string& path, const indexer::Language& language, indexer::Facts facts);
 
-  std::vector<indexer::Candidate> definitions(std::string_view name) override;
+  std::vector<indexer::Candidate> definitions(std::string_view family,
+                                              std::string_view name) override;
   const indexer::File* file(std::string_view path) override;
   std::vector<const indexer::File*> folder(std::string_view folder) override;
   std::vector<const indexer::File*> files_named(std::string_view name) override;
-  std::shared_ptr<const indexer::Facts> facts(const indexer::File& file) override;
+  std::shared_ptr<const indexer::Interface> facts(const indexer::File& file) override;
 
   struct Entry {
     indexer::File file;
     const indexer::Language* language = nullptr;
     std::shared_ptr<const indexer::Facts> facts;
+    std::shared_ptr<const indexer::Interface> interface;
   };
   /// All files by path.
   const std::map<std::string, Entry, std::less<>>& files() const { return files_; }

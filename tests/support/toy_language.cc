@@ -172,7 +172,7 @@ class Resolver {
     return found;
   }
 
-  const Files& closure(const File& file, const Facts& facts) {
+  const Files& closure(const File& file, const Interface& facts) {
     return world_.remember<Files>("includes", file, [&] {
       Files seen;
       add_includes(facts, seen);
@@ -180,7 +180,7 @@ class Resolver {
     });
   }
 
-  void add_includes(const Facts& facts, Files& seen) {
+  void add_includes(const Interface& facts, Files& seen) {
     for (const Import& import : facts.imports) {
       if (!seen.insert(import.module).second) continue;
       const File* included = world_.file(import.module);
@@ -188,7 +188,7 @@ class Resolver {
     }
   }
 
-  static std::optional<Candidate> defined_in(const File& file, const Facts& facts,
+  static std::optional<Candidate> defined_in(const File& file, const Interface& facts,
                                              const std::string& name) {
     for (std::size_t i = 0; i < facts.definitions.size(); ++i) {
       const Definition& definition = facts.definitions[i];
@@ -219,6 +219,7 @@ constexpr std::array<std::string_view, 1> SUFFIXES = {".toy"};
 
 const Language& toy_language() {
   static const Language language = {.name = "toy",
+                                    .family = "toy",
                                     .version = 1,
                                     .suffixes = SUFFIXES,
                                     .accepts = nullptr,
@@ -242,6 +243,7 @@ const Language& other_toy_language() {
   static const Language language = [] {
     Language other = toy_language();
     other.name = "other";
+    other.family = "other";
     other.accepts = starts_with_other;
     return other;
   }();

@@ -8,6 +8,8 @@
 #include <unordered_map>
 #include <vector>
 
+#include "indexer/model/expression.h"
+
 /// What one source text says by itself, whatever repository it stands in: the facts of a blob.
 ///
 /// Facts depend on the bytes, the language and the extractor's version alone, so they are stored
@@ -96,6 +98,10 @@ struct Reference {
   /// The arguments of a call, each normalised like a receiver, joined by ','; empty in a language
   /// that does not choose by their types.
   std::string values = {};
+  /// The expression before the name; NO_EXPRESSION for a bare name.
+  ExpressionIndex receiver_expression = NO_EXPRESSION;
+  /// The arguments of a call, in a language that chooses by their types.
+  std::vector<ExpressionIndex> value_expressions = {};
   friend bool operator==(const Reference&, const Reference&) = default;
 };
 
@@ -109,6 +115,7 @@ struct Binding {
   std::string value;                ///< the bound expression, normalised like a receiver
   std::int32_t line = 1;
   std::uint16_t traits = 0;
+  ExpressionIndex value_expression = NO_EXPRESSION;  ///< what is bound
   friend bool operator==(const Binding&, const Binding&) = default;
 };
 
@@ -123,21 +130,35 @@ struct Import {
   friend bool operator==(const Import&, const Import&) = default;
 };
 
-struct Facts {
+/// What other files may be told of a file. Lines are for display: no rule may decide by them.
+struct Interface {
   std::vector<Definition> definitions;  ///< in the order of their starts, parents first
-  std::vector<Reference> references;    ///< in the order of the text
-  std::vector<Binding> bindings;
+  std::vector<Binding> bindings;        ///< but for those inside functions
   std::vector<Import> imports;
   std::vector<std::string> exports;  ///< names the file lists as public, where the language can
+  std::vector<Expression> expressions;
+  friend bool operator==(const Interface&, const Interface&) = default;
+};
+
+/// All of a file. `bindings` and `expressions` go on with what is for its own resolution alone:
+/// the indexes of the interface hold in both.
+struct Facts : Interface {
+  std::vector<Reference> references;   ///< in the order of the text
+  std::size_t interface_bindings = 0;  ///< how many of the bindings belong to the interface
+  std::size_t interface_expressions = 0;
   friend bool operator==(const Facts&, const Facts&) = default;
 };
 
+/// Puts the bindings outside functions, and the expressions that they are made of, in front and
+/// counts them. To be called once, when all facts are there.
+void put_interface_first(Facts& facts);
+
 /// The names that enclose a definition and its own, joined by '.', by these facts alone:
 /// `Class.method`, `ns.Class.method` (a written scope counts as enclosing names).
-std::string local_name(const Facts& facts, DefinitionIndex definition);
+std::string local_name(const Interface& facts, DefinitionIndex definition);
 
 /// The names that enclose a definition, joined by '.': local_name without its own name.
-std::string container_name(const Facts& facts, DefinitionIndex definition);
+std::string container_name(const Interface& facts, DefinitionIndex definition);
 
 /// What the index stores of a file cannot be read back.
 class DamagedData : public std::runtime_error {
@@ -145,34 +166,31 @@ class DamagedData : public std::runtime_error {
   DamagedData() : std::runtime_error("stored data of a file is damaged") {}
 };
 
-/// Facts as bytes, in two parts: what other files may ask for, and the references, which only
-/// the file's own resolution reads.
+/// Facts as bytes, in two parts: the interface, and what only the file's own resolution reads.
 struct EncodedFacts {
-  std::string shared;      ///< all but the references
-  std::string references;  ///< of no use without the other part
+  std::string shared;      ///< the interface
+  std::string references;  ///< the rest; of no use without the other part
 };
 
 EncodedFacts encode_facts(const Facts& facts);
 /// Both raise DamagedData on bytes that are no facts.
 Facts decode_facts(const EncodedFacts& encoded);
-/// Without the references.
-Facts decode_shared_facts(std::string_view shared);
+Interface decode_shared_facts(std::string_view shared);
 
-/// A hash of what other files may build on: everything but references, the bindings inside
-/// functions, and line numbers.
-std::uint64_t interface_hash(const Facts& facts);
+/// A hash of all but line numbers.
+std::uint64_t interface_hash(const Interface& facts);
 /// The same of the imports alone.
-std::uint64_t imports_hash(const Facts& facts);
+std::uint64_t imports_hash(const Interface& facts);
 
 /// The name that an import gives a meaning to: its alias, else what is imported, else the first
 /// part of a dotted module: `a` of `a.b.c`.
 std::string_view bound_name(const Import& import);
 
 /// For each name, a hash of what the facts say of it in any scope, in their order: its definitions,
-/// bindings (but for those inside functions) and imports; of an interface, also the names of its
+/// bindings and imports; of an interface, also the names of its
 /// members, and of any definition those of its type parameters (MEMBER bindings with the trait
 /// GENERIC), in their order. A scope counts as the names around it, so that other definitions may
 /// come and go. The names point into the facts.
-std::unordered_map<std::string_view, std::uint64_t> name_hashes(const Facts& facts);
+std::unordered_map<std::string_view, std::uint64_t> name_hashes(const Interface& facts);
 
 }  // namespace context_delta::indexer

@@ -1,3 +1,4 @@
+#include <span>
 #include <unordered_map>
 
 #include "indexer/model/facts.h"
@@ -28,11 +29,11 @@ class Writer {
     }
     append_number(body_, place->second);
   }
-  template <class Item, class WriteItem>
-  void list(const std::vector<Item>& items, WriteItem write_item) {
+  template <class Items, class WriteItem>
+  void list(const Items& items, WriteItem write_item) {
     unsigned_number(items.size());
     last_line_ = 0;
-    for (const Item& item : items) write_item(item);
+    for (const auto& item : items) write_item(item);
   }
   /// Ends a part; what is written next belongs to the one after it.
   std::string take_part() {
@@ -108,11 +109,23 @@ class Reader {
     if (count > bytes_.size()) fail();
     return count;
   }
+  /// Appends to the items.
   template <class Item, class ReadItem>
   void list(std::vector<Item>& items, ReadItem read_item) {
-    items.resize(count());
+    const std::size_t before = items.size();
+    items.resize(before + count());
     last_line_ = 0;
-    for (Item& item : items) read_item(item);
+    for (std::size_t i = before; i < items.size(); ++i) read_item(items[i]);
+  }
+  /// An index of one of `count` items, or NO_EXPRESSION.
+  ExpressionIndex expression(std::size_t count) {
+    return number<ExpressionIndex>(NO_EXPRESSION, static_cast<std::int64_t>(count) - 1);
+  }
+  void expressions(std::vector<ExpressionIndex>& indexes, std::size_t existing) {
+    indexes.resize(count());
+    for (ExpressionIndex& index : indexes) {
+      index = number<ExpressionIndex>(0, static_cast<std::int64_t>(existing) - 1);
+    }
   }
   void finish() const {
     if (!bytes_.empty()) fail();
@@ -170,6 +183,21 @@ void read(Reader& reader, Definition& definition, DefinitionIndex index) {
   definition.traits = reader.traits();
 }
 
+void write(Writer& writer, const Expression& expression) {
+  writer.unsigned_number(static_cast<std::uint64_t>(expression.kind));
+  writer.string(expression.name);
+  writer.number(expression.number);
+  writer.unsigned_number(expression.operands.size());
+  for (const ExpressionIndex operand : expression.operands) writer.number(operand);
+}
+
+void read(Reader& reader, Expression& expression, std::size_t index) {
+  expression.kind = reader.choice(ExpressionKind::NEVER);
+  expression.name = reader.string();
+  expression.number = reader.number<std::int32_t>(-1, MOST);
+  reader.expressions(expression.operands, index);
+}
+
 void write(Writer& writer, const Reference& reference) {
   writer.string(reference.name);
   writer.string(reference.receiver);
@@ -179,9 +207,12 @@ void write(Writer& writer, const Reference& reference) {
   writer.arguments(reference.arguments);
   writer.string(reference.values);
   writer.unsigned_number(reference.traits);
+  writer.number(reference.receiver_expression);
+  writer.unsigned_number(reference.value_expressions.size());
+  for (const ExpressionIndex value : reference.value_expressions) writer.number(value);
 }
 
-void read(Reader& reader, Reference& reference, DefinitionIndex last) {
+void read(Reader& reader, Reference& reference, DefinitionIndex last, std::size_t expressions) {
   reference.name = reader.string();
   reference.receiver = reader.string();
   reference.role = reader.choice(Role::OTHER);
@@ -190,6 +221,8 @@ void read(Reader& reader, Reference& reference, DefinitionIndex last) {
   reference.arguments = reader.arguments();
   reference.values = reader.string();
   reference.traits = reader.traits();
+  reference.receiver_expression = reader.expression(expressions);
+  reader.expressions(reference.value_expressions, expressions);
 }
 
 void write(Writer& writer, const Binding& binding) {
@@ -200,9 +233,10 @@ void write(Writer& writer, const Binding& binding) {
   writer.string(binding.value);
   writer.line(binding.line);
   writer.unsigned_number(binding.traits);
+  writer.number(binding.value_expression);
 }
 
-void read(Reader& reader, Binding& binding, DefinitionIndex last) {
+void read(Reader& reader, Binding& binding, DefinitionIndex last, std::size_t expressions) {
   binding.name = reader.string();
   binding.kind = reader.choice(Binding::Kind::GLOBAL);
   binding.scope = reader.number<DefinitionIndex>(NOWHERE, last);
@@ -210,6 +244,7 @@ void read(Reader& reader, Binding& binding, DefinitionIndex last) {
   binding.value = reader.string();
   binding.line = reader.line();
   binding.traits = reader.traits();
+  binding.value_expression = reader.expression(expressions);
 }
 
 void write(Writer& writer, const Import& import) {
@@ -230,17 +265,26 @@ void read(Reader& reader, Import& import, DefinitionIndex last) {
   import.traits = reader.traits();
 }
 
-Facts read_shared(Reader& reader, std::string_view shared) {
+void read_expressions(Reader& reader, Interface& facts) {
+  std::size_t index = facts.expressions.size();
+  reader.list(facts.expressions, [&](Expression& item) { read(reader, item, index++); });
+}
+
+void read_bindings(Reader& reader, Interface& facts) {
+  const DefinitionIndex last = static_cast<DefinitionIndex>(facts.definitions.size()) - 1;
+  reader.list(facts.bindings,
+              [&](Binding& item) { read(reader, item, last, facts.expressions.size()); });
+}
+
+void read_interface(Reader& reader, std::string_view shared, Interface& facts) {
   reader.begin(shared);
-  Facts facts;
   DefinitionIndex index = 0;
   reader.list(facts.definitions, [&](Definition& item) { read(reader, item, index++); });
-  const DefinitionIndex last = index - 1;
-  reader.list(facts.bindings, [&](Binding& item) { read(reader, item, last); });
-  reader.list(facts.imports, [&](Import& item) { read(reader, item, last); });
+  read_expressions(reader, facts);
+  read_bindings(reader, facts);
+  reader.list(facts.imports, [&](Import& item) { read(reader, item, index - 1); });
   reader.list(facts.exports, [&](std::string& name) { name = reader.string(); });
   reader.finish();
-  return facts;
 }
 
 }  // namespace
@@ -249,11 +293,16 @@ EncodedFacts encode_facts(const Facts& facts) {
   Writer writer;
   EncodedFacts encoded;
   const auto write_item = [&](const auto& item) { write(writer, item); };
+  const std::span<const Expression> expressions(facts.expressions);
+  const std::span<const Binding> bindings(facts.bindings);
   writer.list(facts.definitions, write_item);
-  writer.list(facts.bindings, write_item);
+  writer.list(expressions.first(facts.interface_expressions), write_item);
+  writer.list(bindings.first(facts.interface_bindings), write_item);
   writer.list(facts.imports, write_item);
   writer.list(facts.exports, [&](const std::string& name) { writer.string(name); });
   encoded.shared = writer.take_part();
+  writer.list(expressions.subspan(facts.interface_expressions), write_item);
+  writer.list(bindings.subspan(facts.interface_bindings), write_item);
   writer.list(facts.references, write_item);
   encoded.references = writer.take_part();
   return encoded;
@@ -261,17 +310,25 @@ EncodedFacts encode_facts(const Facts& facts) {
 
 Facts decode_facts(const EncodedFacts& encoded) {
   Reader reader;
-  Facts facts = read_shared(reader, encoded.shared);
+  Facts facts;
+  read_interface(reader, encoded.shared, facts);
+  facts.interface_bindings = facts.bindings.size();
+  facts.interface_expressions = facts.expressions.size();
   reader.begin(encoded.references);
+  read_expressions(reader, facts);
+  read_bindings(reader, facts);
   const DefinitionIndex last = static_cast<DefinitionIndex>(facts.definitions.size()) - 1;
-  reader.list(facts.references, [&](Reference& item) { read(reader, item, last); });
+  reader.list(facts.references,
+              [&](Reference& item) { read(reader, item, last, facts.expressions.size()); });
   reader.finish();
   return facts;
 }
 
-Facts decode_shared_facts(std::string_view shared) {
+Interface decode_shared_facts(std::string_view shared) {
   Reader reader;
-  return read_shared(reader, shared);
+  Interface facts;
+  read_interface(reader, shared, facts);
+  return facts;
 }
 
 }  // namespace context_delta::indexer

@@ -13,6 +13,7 @@ struct File {
   std::int64_t id = 0;
   std::string path;
   std::string language;  ///< name of its Language
+  std::string family;    ///< of its Language: names of other families mean nothing to it
 };
 
 /// A definition of a file.

@@ -89,6 +89,7 @@ void TextParser::parse_with_grammar(std::string_view text, ParsedText& parsed) {
       parsed.problem = "too costly to parse";
     } else {
       parsed.facts = parsed.language->extract(ts_tree_root_node(tree), text);
+      put_interface_first(parsed.facts);
     }
   } catch (const ParserMemory::Exceeded&) {
     parsed.problem = "too costly to parse";
@@ -108,6 +109,7 @@ ParsedText TextParser::parse(const std::vector<const Language*>& languages,
   if (parsed.language == nullptr) return parsed;
   if (parsed.language->grammar == nullptr) {
     parsed.facts = parsed.language->extract({}, text);
+    put_interface_first(parsed.facts);
   } else {
     parse_with_grammar(text, parsed);
   }

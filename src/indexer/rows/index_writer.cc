@@ -48,7 +48,7 @@ IndexWriter::IndexWriter(const storage::Database& database)
       insert_scopes_(database, "INSERT INTO scopes", 4),
       insert_segments_(database, "INSERT INTO segments", 5),
       insert_calls_(database, "INSERT OR IGNORE INTO calls", 4),
-      insert_blob_(database, "INSERT INTO blobs VALUES(NULL, ?1, ?2, ?3, ?4, ?5, 0, ?6, ?7)"),
+      insert_blob_(database, "INSERT INTO blobs VALUES(NULL, ?1, ?2, ?3, ?4, 0, ?5, ?6)"),
       erase_call_(database,
                   "DELETE FROM calls WHERE callee = ?1 AND caller = ?2 AND line = ?3 "
                   "AND evidence = ?4"),
@@ -84,14 +84,13 @@ std::int64_t IndexWriter::language_id(std::string_view name) {
   return row.integer(0);
 }
 
-std::int64_t IndexWriter::add_blob(const CatalogueFile& file, std::uint64_t interface_hash,
+std::int64_t IndexWriter::add_blob(const CatalogueFile& file,
                                    const EncodedFacts& compressed_facts) {
   insert_blob_.bind_blob(1, file.object).bind(2, file.claim->id);
   file.language == 0 ? insert_blob_.bind_null(3) : insert_blob_.bind(3, file.language);
   file.problem ? insert_blob_.bind(4, *file.problem) : insert_blob_.bind_null(4);
-  insert_blob_.bind(5, static_cast<std::int64_t>(interface_hash))
-      .bind_blob(6, compressed_facts.shared)
-      .bind_blob(7, compressed_facts.references)
+  insert_blob_.bind_blob(5, compressed_facts.shared)
+      .bind_blob(6, compressed_facts.references)
       .run();
   return database_.integer("SELECT last_insert_rowid()");
 }

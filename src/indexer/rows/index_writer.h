@@ -22,8 +22,7 @@ class IndexWriter {
   void clear();
 
   std::int64_t language_id(std::string_view name);
-  std::int64_t add_blob(const CatalogueFile& file, std::uint64_t interface_hash,
-                        const EncodedFacts& compressed_facts);
+  std::int64_t add_blob(const CatalogueFile& file, const EncodedFacts& compressed_facts);
 
   /// Marks stored facts as in use.
   void use_blob(std::int64_t blob);

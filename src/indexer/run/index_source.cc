@@ -34,16 +34,16 @@ std::shared_ptr<const Facts> FactsStore::load(std::int64_t blob) const {
   return std::make_shared<Facts>(decode_facts(*encoded));
 }
 
-std::shared_ptr<const Facts> FactsStore::load_shared(std::int64_t blob) const {
+std::shared_ptr<const Interface> FactsStore::load_shared(std::int64_t blob) const {
   {
     const std::lock_guard guard(own_lock_);
     const auto known = decoded_.find(blob);
-    std::shared_ptr<const Facts> facts;
+    std::shared_ptr<const Interface> facts;
     if (known != decoded_.end()) facts = known->second.lock();
     if (facts) return facts;
   }
   const std::shared_ptr<const EncodedFacts> encoded = kept(blob);
-  auto facts = std::make_shared<Facts>(
+  auto facts = std::make_shared<Interface>(
       decode_shared_facts(encoded ? encoded->shared : stored(blob, "facts")));
   const std::lock_guard guard(own_lock_);
   decoded_[blob] = facts;
@@ -77,11 +77,13 @@ IndexSource::~IndexSource() {
   by_name_.reset();
 }
 
-std::vector<Candidate> IndexSource::definitions(std::string_view name) {
+std::vector<Candidate> IndexSource::definitions(std::string_view family, std::string_view name) {
   std::vector<Candidate> found;
   const auto [begin, end] = names_.find(name);
   for (auto entry = begin; entry != end; ++entry) {
-    found.push_back({.file = &catalogue_.files[entry->file].file,
+    const File& file = catalogue_.files[entry->file].file;
+    if (file.family != family) continue;
+    found.push_back({.file = &file,
                      .definition = entry->definition,
                      .kind = entry->kind,
                      .traits = entry->traits,
@@ -91,7 +93,7 @@ std::vector<Candidate> IndexSource::definitions(std::string_view name) {
                      .container = std::string(names_.container(*entry))});
   }
   if (catalogue_.rebuilt) return found;
-  add_stored(name, found);
+  add_stored(family, name, found);
   // Files stand in the catalogue in the order of their paths.
   std::sort(found.begin(), found.end(), [](const Candidate& a, const Candidate& b) {
     return a.file == b.file ? a.definition < b.definition : a.file < b.file;
@@ -99,7 +101,8 @@ std::vector<Candidate> IndexSource::definitions(std::string_view name) {
   return found;
 }
 
-void IndexSource::add_stored(std::string_view name, std::vector<Candidate>& found) {
+void IndexSource::add_stored(std::string_view family, std::string_view name,
+                             std::vector<Candidate>& found) {
   const std::lock_guard guard(lock_);
   if (!by_name_) by_name_.emplace(database_, BY_NAME);
   by_name_->bind(1, name).bind(2, storage::SYMBOL_BITS).bind(3, storage::MODULE_KIND);
@@ -107,7 +110,9 @@ void IndexSource::add_stored(std::string_view name, std::vector<Candidate>& foun
     const std::int64_t id = by_name_->integer(0);
     const auto index = catalogue_.index_of(id >> storage::SYMBOL_BITS);
     if (!index || catalogue_.files[*index].changed) continue;
-    found.push_back({.file = &catalogue_.files[*index].file,
+    const File& file = catalogue_.files[*index].file;
+    if (file.family != family) continue;
+    found.push_back({.file = &file,
                      .definition = static_cast<DefinitionIndex>((id & storage::MOST_SYMBOLS) - 1),
                      .kind = static_cast<Kind>(by_name_->integer(1)),
                      .traits = static_cast<std::uint16_t>(by_name_->integer(2)),
@@ -119,7 +124,7 @@ void IndexSource::add_stored(std::string_view name, std::vector<Candidate>& foun
   by_name_->reset();
 }
 
-std::shared_ptr<const Facts> IndexSource::facts(const File& file) {
+std::shared_ptr<const Interface> IndexSource::facts(const File& file) {
   const auto index = catalogue_.index_of(file.id);
   return facts_.load_shared(catalogue_.files[*index].blob);
 }

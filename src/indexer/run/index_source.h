@@ -24,7 +24,7 @@ class FactsStore {
   // The caller of these does not hold the lock.
   std::shared_ptr<const Facts> load(std::int64_t blob) const;
   /// Without the references. The same facts as long as anybody has them.
-  std::shared_ptr<const Facts> load_shared(std::int64_t blob) const;
+  std::shared_ptr<const Interface> load_shared(std::int64_t blob) const;
 
  private:
   std::shared_ptr<const EncodedFacts> kept(std::int64_t blob) const;
@@ -33,7 +33,7 @@ class FactsStore {
   const storage::Database& database_;
   std::mutex& lock_;
   mutable std::mutex own_lock_;  // of what follows
-  mutable std::unordered_map<std::int64_t, std::weak_ptr<const Facts>> decoded_;
+  mutable std::unordered_map<std::int64_t, std::weak_ptr<const Interface>> decoded_;
   std::size_t bytes_ = 0;
   std::unordered_map<std::int64_t, std::shared_ptr<const EncodedFacts>> kept_;
 };
@@ -46,7 +46,7 @@ class IndexSource : public WorldSource {
               const NameTable& names, const FactsStore& facts);
   ~IndexSource() override;
 
-  std::vector<Candidate> definitions(std::string_view name) override;
+  std::vector<Candidate> definitions(std::string_view family, std::string_view name) override;
   const File* file(std::string_view path) override { return catalogue_.find(path); }
   std::vector<const File*> folder(std::string_view folder) override {
     return catalogue_.folder(folder);
@@ -54,10 +54,10 @@ class IndexSource : public WorldSource {
   std::vector<const File*> files_named(std::string_view name) override {
     return catalogue_.named(name);
   }
-  std::shared_ptr<const Facts> facts(const File& file) override;
+  std::shared_ptr<const Interface> facts(const File& file) override;
 
  private:
-  void add_stored(std::string_view name, std::vector<Candidate>& found);
+  void add_stored(std::string_view family, std::string_view name, std::vector<Candidate>& found);
 
   const storage::Database& database_;
   std::mutex& lock_;

@@ -25,6 +25,11 @@ constexpr std::int64_t LEAST_BLOBS_KEPT = 2000;
 
 constexpr std::string_view MISSING = "the object is not in the repository";
 
+void name_language(File& file, const Language& language) {
+  file.language = language.name;
+  file.family = language.family;
+}
+
 bool is_identity(const std::vector<DefinitionIndex>& numbers) {
   for (std::size_t i = 0; i < numbers.size(); ++i) {
     if (numbers[i] != static_cast<DefinitionIndex>(i)) return false;
@@ -50,7 +55,6 @@ class UpdateRun::JobWorker {
     }
     parse(file, result);
     run_.check_cancelled();
-    result.interface = interface_hash(result.parsed.facts);
     result.encoded = encode_facts(result.parsed.facts);
     result.compressed = {compressed(result.encoded.shared), compressed(result.encoded.references)};
     result.definitions = defined(result.parsed.facts);
@@ -93,7 +97,7 @@ class UpdateRun::ResolveWorker {
     run_.check_cancelled();
     const Language* language = run_.by_id_.at(file.language);
     auto facts = run_.facts_.load(file.blob);
-    world_->start_record();
+    world_->start_record(file.file.family);
     const Resolution resolution = language->resolve(file.file, *facts, *world_);
     FileRows rows = file_rows(file.file, std::move(facts), resolution);
     rows.dependencies = world_->finish_record();
@@ -153,7 +157,7 @@ void UpdateRun::load_languages() {
   }
   for (CatalogueFile& file : catalogue_.files) {
     const auto language = by_id_.find(file.language);
-    if (language != by_id_.end()) file.file.language = language->second->name;
+    if (language != by_id_.end()) name_language(file.file, *language->second);
   }
 }
 
@@ -176,7 +180,7 @@ bool UpdateRun::find_stored(CatalogueFile& file) {
   if (!row.bind_blob(1, file.object).bind(2, file.claim->id).step()) return false;
   file.blob = row.integer(0);
   file.language = row.integer(1);
-  if (file.language != 0) file.file.language = by_id_.at(file.language)->name;
+  if (file.language != 0) name_language(file.file, *by_id_.at(file.language));
   if (!row.is_null(2)) file.problem = std::string(row.text(2));
   return true;
 }
@@ -204,13 +208,14 @@ void UpdateRun::take_parsed(const Job& job, JobResult result) {
   set_language(first, result.parsed.language);
   first.problem = result.parsed.problem;
   if (!result.missing) {
-    first.blob = writer_.add_blob(first, result.interface, result.compressed);
+    first.blob = writer_.add_blob(first, result.compressed);
     facts_.keep(first.blob, std::move(result.encoded));
   }
   if (!first.problem && first.language != 0) ++report_.parsed;
   for (const std::uint32_t index : job.files) {
     CatalogueFile& file = catalogue_.files[index];
     file.file.language = first.file.language;
+    file.file.family = first.file.family;
     file.language = first.language;
     file.problem = first.problem;
     file.blob = first.blob;
@@ -223,7 +228,7 @@ void UpdateRun::set_language(CatalogueFile& file, const Language* language) {
     language = file.claim->languages.front();
   }
   if (language == nullptr) return;
-  file.file.language = language->name;
+  name_language(file.file, *language);
   for (const auto& [id, known] : by_id_) {
     if (known == language) file.language = id;
   }
@@ -233,7 +238,7 @@ void UpdateRun::collect_stale() {
   for (const OldFile* file : catalogue_.removed) {
     if (!file->is_indexed()) continue;
     const auto facts = facts_.load_shared(file->blob);
-    add_whole_file(file->path, *facts, stale_);
+    add_whole_file(file_of(*file), *facts, stale_);
     numbers_[file->id].assign(facts->definitions.size(), NOWHERE);
   }
   for (const CatalogueFile& file : catalogue_.files) {
@@ -241,20 +246,27 @@ void UpdateRun::collect_stale() {
   }
 }
 
+File UpdateRun::file_of(const OldFile& old) const {
+  File file = {.id = old.id, .path = old.path, .language = {}, .family = {}};
+  const auto language = by_id_.find(old.language);
+  if (language != by_id_.end()) name_language(file, *language->second);
+  return file;
+}
+
 void UpdateRun::collect_stale_of(const CatalogueFile& file) {
   const bool was_indexed = file.before != nullptr && file.before->is_indexed();
   const auto before = was_indexed ? facts_.load_shared(file.before->blob) : nullptr;
   const auto after = file.is_indexed() ? facts_.load_shared(file.blob) : nullptr;
   if (before && after && file.before->language == file.language) {
-    auto numbers = compare_facts(file.file.path, *before, *after, stale_);
+    auto numbers = compare_facts(file.file, *before, *after, stale_);
     if (!is_identity(numbers)) numbers_[file.file.id] = std::move(numbers);
     return;
   }
   if (before) {
-    add_whole_file(file.file.path, *before, stale_);
+    add_whole_file(file_of(*file.before), *before, stale_);
     numbers_[file.file.id].assign(before->definitions.size(), NOWHERE);
   }
-  if (after) add_whole_file(file.file.path, *after, stale_);
+  if (after) add_whole_file(file.file, *after, stale_);
 }
 
 void UpdateRun::choose_dependents() {

@@ -40,7 +40,6 @@ class UpdateRun {
     bool missing = false;
     EncodedFacts encoded;
     EncodedFacts compressed;
-    std::uint64_t interface = 0;
     std::vector<Defined> definitions;
   };
   class JobWorker;
@@ -52,6 +51,7 @@ class UpdateRun {
   void parse();
   void take_parsed(const Job& job, JobResult result);
   void collect_stale();
+  File file_of(const OldFile& old) const;
   void collect_stale_of(const CatalogueFile& file);
   void choose_dependents();
   void follow_calls_into(std::int64_t file, const std::vector<DefinitionIndex>& numbers);

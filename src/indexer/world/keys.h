@@ -7,7 +7,8 @@
 #include <unordered_set>
 #include <vector>
 
-/// The keys of what a World was asked, as they are stored with a file and compared with what changed.
+/// The keys of what a World was asked, as they are stored with a file and compared with what
+/// changed.
 namespace context_delta::indexer {
 
 std::string pack_keys(std::span<const std::uint32_t> keys);

@@ -5,7 +5,7 @@
 
 namespace context_delta::indexer {
 
-std::vector<Defined> defined(const Facts& facts) {
+std::vector<Defined> defined(const Interface& facts) {
   std::vector<Defined> all;
   all.reserve(facts.definitions.size());
   for (std::size_t i = 0; i < facts.definitions.size(); ++i) {

@@ -23,7 +23,7 @@ struct Defined {
 };
 
 /// The definitions of some facts, in their order.
-std::vector<Defined> defined(const Facts& facts);
+std::vector<Defined> defined(const Interface& facts);
 
 /// The definitions of many files by name, in little memory: filled first, then asked.
 class NameTable {

@@ -35,7 +35,7 @@ void add_said(std::string_view path, std::string_view name, StaleKeys& stale) {
 }
 
 /// Adds the keys of the names that the file says something else of.
-void compare_names(std::string_view path, const Facts& before, const Facts& after,
+void compare_names(std::string_view path, const Interface& before, const Interface& after,
                    StaleKeys& stale) {
   const auto old_names = name_hashes(before);
   const auto new_names = name_hashes(after);
@@ -52,8 +52,9 @@ void compare_names(std::string_view path, const Facts& before, const Facts& afte
 
 }  // namespace
 
-std::vector<DefinitionIndex> compare_facts(std::string_view path, const Facts& before,
-                                           const Facts& after, StaleKeys& stale) {
+std::vector<DefinitionIndex> compare_facts(const File& file, const Interface& before,
+                                           const Interface& after, StaleKeys& stale) {
+  const std::string_view path = file.path;
   if (interface_hash(before) != interface_hash(after)) {
     stale.add(World::interface_key(path));
     if (imports_hash(before) != imports_hash(after)) stale.add(World::imports_key(path));
@@ -74,7 +75,7 @@ std::vector<DefinitionIndex> compare_facts(std::string_view path, const Facts& b
     if (counterpart == new_names.end() ||
         !std::equal(indexes.begin(), indexes.end(), counterpart->second.begin(),
                     counterpart->second.end(), same)) {
-      stale.add(World::name_key(name));
+      stale.add(World::name_key(file.family, name));
       continue;
     }
     for (std::size_t i = 0; i < indexes.size(); ++i) {
@@ -82,12 +83,13 @@ std::vector<DefinitionIndex> compare_facts(std::string_view path, const Facts& b
     }
   }
   for (const auto& [name, indexes] : new_names) {
-    if (!old_names.contains(name)) stale.add(World::name_key(name));
+    if (!old_names.contains(name)) stale.add(World::name_key(file.family, name));
   }
   return numbers;
 }
 
-void add_whole_file(std::string_view path, const Facts& facts, StaleKeys& stale) {
+void add_whole_file(const File& file, const Interface& facts, StaleKeys& stale) {
+  const std::string_view path = file.path;
   stale.add(World::path_key(path));
   stale.add(World::interface_key(path));
   stale.add(World::imports_key(path));
@@ -95,7 +97,7 @@ void add_whole_file(std::string_view path, const Facts& facts, StaleKeys& stale)
   stale.add(World::folder_key(folder_of(path)));
   stale.add(World::basename_key(path.substr(path.rfind('/') + 1)));
   for (const Definition& definition : facts.definitions) {
-    stale.add(World::name_key(definition.name));
+    stale.add(World::name_key(file.family, definition.name));
   }
 }
 

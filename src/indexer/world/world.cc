@@ -31,9 +31,9 @@ std::uint32_t folded(std::uint64_t hash, std::string_view name = {}) {
 
 std::uint32_t key_of(char space, std::string_view text) { return folded(hash_of(space, text)); }
 
-std::size_t footprint(const Facts& facts) {
-  return sizeof(Facts) + facts.definitions.size() * (sizeof(Definition) + 100) +
-         facts.references.size() * (sizeof(Reference) + 10) +
+std::size_t footprint(const Interface& facts) {
+  return sizeof(Interface) + facts.definitions.size() * (sizeof(Definition) + 100) +
+         facts.expressions.size() * (sizeof(Expression) + 10) +
          facts.bindings.size() * (sizeof(Binding) + 20) +
          facts.imports.size() * (sizeof(Import) + 20) + facts.exports.size() * sizeof(std::string);
 }
@@ -44,7 +44,9 @@ SaidKeys::SaidKeys(std::string_view path) : path_hash_(hash_of('s', path)) {}
 
 std::uint32_t SaidKeys::key(std::string_view name) const { return folded(path_hash_, name); }
 
-std::uint32_t World::name_key(std::string_view name) { return key_of('n', name); }
+std::uint32_t World::name_key(std::string_view family, std::string_view name) {
+  return folded(hash_of('n', family), name);
+}
 std::uint32_t World::path_key(std::string_view path) { return key_of('p', path); }
 std::uint32_t World::interface_key(std::string_view path) { return key_of('i', path); }
 std::uint32_t World::imports_key(std::string_view path) { return key_of('m', path); }
@@ -57,9 +59,9 @@ std::uint32_t World::said_in_key(std::string_view folder, std::string_view name)
 std::uint32_t World::folder_key(std::string_view folder) { return key_of('f', folder); }
 std::uint32_t World::basename_key(std::string_view name) { return key_of('b', name); }
 
-template <class Answer, class AskSource>
-const Answer& World::answer(ByText<Answer>& given, std::string_view text,
-                            std::uint32_t (*key)(std::string_view), AskSource ask_source) {
+template <class Answer, class Key, class AskSource>
+const Answer& World::answer(ByText<Answer>& given, std::string_view text, Key key,
+                            AskSource ask_source) {
   auto place = given.find(text);
   if (place == given.end()) {
     place = given.emplace(std::string(text), Given<Answer>{ask_source(), key(text), 0}).first;
@@ -73,7 +75,8 @@ const Answer& World::answer(ByText<Answer>& given, std::string_view text,
 }
 
 const std::vector<Candidate>& World::definitions(std::string_view name) {
-  return answer(names_, name, name_key, [&] { return source_.definitions(name); });
+  const auto key = [&](std::string_view text) { return name_key(family_, text); };
+  return answer(names_[family_], name, key, [&] { return source_.definitions(family_, name); });
 }
 
 const File* World::file(std::string_view path) {
@@ -88,8 +91,8 @@ const std::vector<const File*>& World::files_named(std::string_view name) {
   return answer(basenames_, name, basename_key, [&] { return source_.files_named(name); });
 }
 
-World::Given<std::shared_ptr<const Facts>>& World::given_facts(const File& file) {
-  Given<std::shared_ptr<const Facts>>& given = facts_[file.id];
+World::Given<std::shared_ptr<const Interface>>& World::given_facts(const File& file) {
+  Given<std::shared_ptr<const Interface>>& given = facts_[file.id];
   if (given.answer == nullptr) {
     given.answer = source_.facts(file);
     given.key = interface_key(file.path);
@@ -98,8 +101,8 @@ World::Given<std::shared_ptr<const Facts>>& World::given_facts(const File& file)
   return given;
 }
 
-const Facts& World::facts(const File& file) {
-  Given<std::shared_ptr<const Facts>>& given = given_facts(file);
+const Interface& World::facts(const File& file) {
+  Given<std::shared_ptr<const Interface>>& given = given_facts(file);
   note(given);
   return *given.answer;
 }
@@ -109,14 +112,15 @@ const std::vector<Import>& World::imports(const File& file) {
   return given_facts(file).answer->imports;
 }
 
-const Facts& World::facts_by_name(const File& file) { return *given_facts(file).answer; }
+const Interface& World::facts_by_name(const File& file) { return *given_facts(file).answer; }
 
 void World::rely_on_folder(std::string_view folder, std::string_view name) {
   note(said_in_key(folder, name));
 }
 
-void World::start_record() {
+void World::start_record(std::string_view family) {
   forget_when_large();
+  family_ = family;
   records_.clear();
   start_inner_record();
 }

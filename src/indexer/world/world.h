@@ -37,15 +37,14 @@ struct Candidate {
 class WorldSource {
  public:
   virtual ~WorldSource() = default;
-  /// All definitions of a short name, ordered by path, then by definition.
-  virtual std::vector<Candidate> definitions(std::string_view name) = 0;
+  /// All definitions of a short name in files of a family, ordered by path, then by definition.
+  virtual std::vector<Candidate> definitions(std::string_view family, std::string_view name) = 0;
   virtual const File* file(std::string_view path) = 0;
   /// Indexed files directly in a folder ("" is the top), by path.
   virtual std::vector<const File*> folder(std::string_view folder) = 0;
   /// Indexed files whose last path component is `name`, by path.
   virtual std::vector<const File*> files_named(std::string_view name) = 0;
-  /// The references may be left out: they are for the file's own resolution alone.
-  virtual std::shared_ptr<const Facts> facts(const File& file) = 0;
+  virtual std::shared_ptr<const Interface> facts(const File& file) = 0;
 };
 
 /// The keys of what one file says of names; see World::rely_on.
@@ -66,21 +65,20 @@ class World {
  public:
   explicit World(WorldSource& source) : source_(source) {}
 
-  /// All definitions of a short name in the repository, of any language.
+  /// All definitions of a short name in the repository, in the family of the file being resolved.
   const std::vector<Candidate>& definitions(std::string_view name);
   /// The indexed file at a path, or null.
   const File* file(std::string_view path);
   const std::vector<const File*>& folder(std::string_view folder);
   const std::vector<const File*>& files_named(std::string_view name);
-  /// What another file defines, binds at its top level and in its classes, and imports. Only the
-  /// parts that interface_hash covers may be relied on.
-  const Facts& facts(const File& file);
+  /// What another file defines, binds at its top level and in its classes, and imports.
+  const Interface& facts(const File& file);
   /// What another file imports. Everything but lines may be relied on.
   const std::vector<Import>& imports(const File& file);
 
   /// For a view of another file that says what it was asked: its facts, of which only what they
   /// say of the names in rely_on() may be relied on.
-  const Facts& facts_by_name(const File& file);
+  const Interface& facts_by_name(const File& file);
   /// Records a dependency on what the facts of a file say of one name: the definitions, bindings
   /// and imports that give it a meaning in some scope (name_hashes tells when that changes).
   void rely_on(const SaidKeys& file, std::string_view name) { note(file.key(name)); }
@@ -104,13 +102,14 @@ class World {
                      [&]() -> std::any { return std::make_shared<Answer>(compute()); }));
   }
 
-  /// Starts the record of a file; finish_record returns what was asked since, sorted and unique.
+  /// Starts the record of a file of a family; finish_record returns what was asked since, sorted
+  /// and unique.
   /// Answers are references that stay valid until the next start_record.
-  void start_record();
+  void start_record(std::string_view family);
   std::vector<std::uint32_t> finish_record();
 
   /// The keys under which answers are recorded; a change of the answer makes the key stale.
-  static std::uint32_t name_key(std::string_view name);
+  static std::uint32_t name_key(std::string_view family, std::string_view name);
   static std::uint32_t path_key(std::string_view path);       ///< whether the file is there
   static std::uint32_t interface_key(std::string_view path);  ///< its interface_hash
   static std::uint32_t imports_key(std::string_view path);
@@ -150,13 +149,12 @@ class World {
                                DefinitionIndex definition,
                                const std::function<std::any()>& compute);
   /// The answer to a question about `text`, from the source when it was not given before.
-  template <class Answer, class AskSource>
-  const Answer& answer(ByText<Answer>& given, std::string_view text,
-                       std::uint32_t (*key)(std::string_view), AskSource ask_source);
+  template <class Answer, class Key, class AskSource>
+  const Answer& answer(ByText<Answer>& given, std::string_view text, Key key, AskSource ask_source);
   template <class Answer>
   void note(Given<Answer>& given);
   void note(std::uint32_t key);
-  Given<std::shared_ptr<const Facts>>& given_facts(const File& file);
+  Given<std::shared_ptr<const Interface>>& given_facts(const File& file);
   void start_inner_record();
   std::vector<std::uint32_t> finish_inner_record();
   void forget_when_large();
@@ -167,11 +165,12 @@ class World {
   std::vector<Record> records_;  // innermost last
   // The keys noted last, so that few are noted twice in a record.
   std::vector<std::pair<std::uint64_t, std::uint32_t>> recent_;
-  ByText<std::vector<Candidate>> names_;
+  std::string family_;  // of the file being resolved
+  std::map<std::string, ByText<std::vector<Candidate>>, std::less<>> names_;  // by family
   ByText<const File*> paths_;
   ByText<std::vector<const File*>> folders_;
   ByText<std::vector<const File*>> basenames_;
-  std::unordered_map<std::int64_t, Given<std::shared_ptr<const Facts>>> facts_;
+  std::unordered_map<std::int64_t, Given<std::shared_ptr<const Interface>>> facts_;
   std::map<std::string, std::unordered_map<std::int64_t, Remembered>, std::less<>> remembered_;
 };
 

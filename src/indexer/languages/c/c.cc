@@ -22,6 +22,7 @@ Facts extract(TSNode root, std::string_view text) {
 }
 
 const Language LANGUAGE = {.name = "c",
+                           .family = "c",
                            .version = 1,
                            .suffixes = SUFFIXES,
                            .accepts = nullptr,

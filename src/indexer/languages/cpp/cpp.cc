@@ -62,6 +62,7 @@ Facts extract(TSNode root, std::string_view text) {
 }
 
 const Language LANGUAGE = {.name = "cpp",
+                           .family = "c",
                            .version = 1,
                            .suffixes = SUFFIXES,
                            .accepts = is_cpp_text,

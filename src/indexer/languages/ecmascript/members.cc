@@ -160,7 +160,7 @@ Value Evaluator::class_member(const Value& owner, std::string_view name, int dep
 /// A member that the class itself has; of the class with `of_class`, else of its instances.
 Value Evaluator::own_member(const Value& owner, std::string_view name, bool of_class, int depth) {
   const File& file = *owner.file;
-  const Facts& known = facts(file);
+  const Interface& known = facts(file);
   if (owner.definition == NOWHERE) return {};
   const Definition& own = definition_at(known, owner.definition);
   std::vector<DefinitionIndex> declarations = {owner.definition};

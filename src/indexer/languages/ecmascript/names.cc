@@ -23,7 +23,7 @@ DefinitionIndex number_in(std::string_view text) {
   return number;
 }
 
-bool is_in_range(const Facts& facts, DefinitionIndex index) {
+bool is_in_range(const Interface& facts, DefinitionIndex index) {
   return index == NOWHERE ||
          (index >= 0 && static_cast<std::size_t>(index) < facts.definitions.size());
 }

@@ -20,7 +20,7 @@ bool is_name(std::string_view text);
 DefinitionIndex number_in(std::string_view text);
 
 /// Whether it is a definition of these facts, or NOWHERE.
-bool is_in_range(const Facts& facts, DefinitionIndex index);
+bool is_in_range(const Interface& facts, DefinitionIndex index);
 
 /// The place behind the bracket that closes the one `text` starts with (any of `<`, `(`, `[`, `{`,
 /// which nest); the end of the text when none does.

@@ -16,7 +16,7 @@ std::string place(std::string_view folder, std::string_view name) {
   return folder.empty() ? std::string(name) : std::string(folder) + "/" + std::string(name);
 }
 
-const std::string* value_of(const Facts& facts, std::string_view name) {
+const std::string* value_of(const Interface& facts, std::string_view name) {
   for (const Binding& binding : facts.bindings) {
     if (binding.name == name) return &binding.value;
   }
@@ -42,7 +42,7 @@ std::vector<std::string>& targets_of(List& list, std::string_view key) {
   return list.back().second;
 }
 
-void add_patterns(PathMap& map, const Facts& facts) {
+void add_patterns(PathMap& map, const Interface& facts) {
   if (!map.patterns.empty()) return;
   for (const Binding& binding : facts.bindings) {
     const auto [pattern, index] = key_after(binding.name, "compilerOptions|paths|");
@@ -54,7 +54,7 @@ PathMap read_map(const File& config, World& world) {
   PathMap map;
   const File* at = &config;
   for (int step = 0; step < MOST_EXTENDED && at != nullptr; ++step) {
-    const Facts& facts = world.facts(*at);
+    const Interface& facts = world.facts(*at);
     const bool had = !map.patterns.empty();
     add_patterns(map, facts);
     const std::string* base = value_of(facts, "compilerOptions|baseUrl");

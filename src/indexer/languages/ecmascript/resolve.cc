@@ -171,7 +171,7 @@ std::vector<Candidate> Resolver::overrides_of(const Value& owner, const Value& m
   for (const Candidate& candidate : world_.definitions(name)) {
     if (candidate.kind != Kind::METHOD || candidate.container.empty()) continue;
     if (!is_in_family(candidate.file->language)) continue;
-    const Facts& there = values_.facts(*candidate.file);
+    const Interface& there = values_.facts(*candidate.file);
     const Definition& override = definition_at(there, candidate.definition);
     const DefinitionIndex parent = override.parent;
     // Which constructor function inherits from which is not written where rules could see it.

@@ -40,7 +40,7 @@ Value merged(const std::vector<Value>& values) {
   return unsure(std::move(likeliest), "the name is bound more than once");
 }
 
-bool is_local_to_function(const Facts& facts, const Binding& binding) {
+bool is_local_to_function(const Interface& facts, const Binding& binding) {
   const bool local =
       binding.kind == Binding::Kind::LOCAL || binding.kind == Binding::Kind::PARAMETER;
   return local && binding.scope != NOWHERE &&
@@ -69,7 +69,7 @@ bool same_meaning(const Value& a, const Value& b) {
 Evaluator::Evaluator(const File& file, const Facts& facts, World& world)
     : file_(file), facts_(facts), world_(world), scopes_(facts) {}
 
-const Facts& Evaluator::facts(const File& file) {
+const Interface& Evaluator::facts(const File& file) {
   return file.id == file_.id ? facts_ : world_.facts(file);
 }
 
@@ -89,7 +89,7 @@ ModuleAnswer Evaluator::module(const File& importer, std::string_view specifier)
 }
 
 bool Evaluator::names_value(const File& file, const Binder& binder) {
-  const Facts& known = facts(file);
+  const Interface& known = facts(file);
   if (binder.kind == Binder::Kind::IMPORT) return true;
   if (binder.kind == Binder::Kind::BINDING) {
     const Binding& binding = known.bindings[static_cast<std::size_t>(binder.index)];
@@ -104,7 +104,7 @@ bool Evaluator::names_value(const File& file, const Binder& binder) {
 }
 
 bool Evaluator::names_type(const File& file, const Binder& binder) {
-  const Facts& known = facts(file);
+  const Interface& known = facts(file);
   if (binder.kind == Binder::Kind::IMPORT) return true;
   if (binder.kind == Binder::Kind::BINDING) {
     const Binding& binding = known.bindings[static_cast<std::size_t>(binder.index)];
@@ -118,7 +118,7 @@ bool Evaluator::names_type(const File& file, const Binder& binder) {
 Value Evaluator::name_value(const File& file, DefinitionIndex scope, std::string_view name,
                             Space space, int depth) {
   if (depth > DEEPEST || !spend()) return {};
-  const Facts& known = facts(file);
+  const Interface& known = facts(file);
   for (DefinitionIndex at = scope;; at = definition_at(known, at).parent) {
     const bool is_class = at != NOWHERE && kit::is_class_kind(definition_at(known, at).kind);
     if (space == Space::TYPES) {
@@ -146,7 +146,7 @@ Value Evaluator::name_value(const File& file, DefinitionIndex scope, std::string
 /// What the binders of one name mean together; UNKNOWN and sure when none of them is asked for.
 Value Evaluator::combined(const File& file, DefinitionIndex scope, Binders binders, Space space,
                           int depth) {
-  const Facts& known = facts(file);
+  const Interface& known = facts(file);
   std::vector<Value> values;
   bool has_body = false;
   bool has_callable = false;
@@ -273,7 +273,7 @@ Value Evaluator::import_value(const File& file, const Import& import, Space spac
 
 Value Evaluator::exported(const File& module, std::string_view name, Space space, int depth) {
   if (depth > DEEPEST || !spend()) return {};
-  const Facts& known = facts(module);
+  const Interface& known = facts(module);
   const Binders binders = scopes(module).find(NOWHERE, std::string(EXPORTED) + std::string(name));
   std::vector<Value> values;
   for (const Binder& binder : binders) {
@@ -307,7 +307,7 @@ Value Evaluator::exported_from_all(const File& module, std::string_view name, Sp
                                    int depth) {
   Value made;
   if (name == "default" || name == "=" || depth > DEEPEST) return made;
-  const Facts& known = facts(module);
+  const Interface& known = facts(module);
   for (const Binder& binder : scopes(module).find(NOWHERE, std::string(EXPORTED) + "*")) {
     if (binder.kind != Binder::Kind::IMPORT) continue;
     const Import& import = known.imports[static_cast<std::size_t>(binder.index)];
@@ -327,7 +327,7 @@ Value Evaluator::exported_from_all(const File& module, std::string_view name, Sp
 }
 
 Value Evaluator::enclosing_class(const File& file, DefinitionIndex scope) {
-  const Facts& known = facts(file);
+  const Interface& known = facts(file);
   bool in_static = false;
   for (DefinitionIndex at = scope; at != NOWHERE; at = definition_at(known, at).parent) {
     const Definition& each = definition_at(known, at);

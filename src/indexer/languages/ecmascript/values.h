@@ -76,7 +76,7 @@ class Evaluator {
   /// Whether they took too many: what they gave is then incomplete.
   bool gave_up() const { return steps_ > MOST_STEPS; }
 
-  const Facts& facts(const File& file);
+  const Interface& facts(const File& file);
   const kit::ScopeIndex& scopes(const File& file);
   const Definition& definition(const Value& value);
   ModuleAnswer module(const File& importer, std::string_view specifier);

@@ -109,7 +109,7 @@ std::string constraint_of_name(std::string_view path) {
 
 }  // namespace
 
-std::string constraint_of(std::string_view path, const Facts& facts) {
+std::string constraint_of(std::string_view path, const Interface& facts) {
   std::string all;
   for (const Binding& binding : facts.bindings) {
     if (binding.kind != Binding::Kind::GLOBAL) continue;

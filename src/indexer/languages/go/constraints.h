@@ -10,7 +10,7 @@ namespace context_delta::indexer::go {
 
 /// The condition under which a file is built, of its name and its text, in the notation of
 /// `//go:build`: `(linux) && (!cgo)`; empty: always. Tests are no condition.
-std::string constraint_of(std::string_view path, const Facts& facts);
+std::string constraint_of(std::string_view path, const Interface& facts);
 
 /// A line behind `// +build` in the notation of `//go:build`: `a,!b c` is `(a && !b) || (c)`.
 std::string modern_constraint(std::string_view line);

@@ -10,6 +10,7 @@ constexpr std::array<std::string_view, 1> SUFFIXES = {".go"};
 }  // namespace
 
 const Language LANGUAGE = {.name = "go",
+                           .family = "go",
                            .version = 1,
                            .suffixes = SUFFIXES,
                            .accepts = nullptr,

@@ -89,6 +89,7 @@ Resolution resolve_module(const File&, const Facts&, World&) { return {}; }
 }  // namespace
 
 const Language MODULE_LANGUAGE = {.name = "go module",
+                                  .family = "go module",
                                   .version = 1,
                                   .suffixes = SUFFIXES,
                                   .accepts = nullptr,

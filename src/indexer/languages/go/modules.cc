@@ -20,7 +20,7 @@ std::string join(std::string_view folder, std::string_view name) {
   return path += name;
 }
 
-std::string_view module_path(const Facts& facts) {
+std::string_view module_path(const Interface& facts) {
   for (const Binding& binding : facts.bindings) {
     if (binding.name == MODULE_PATH) return binding.value;
   }

@@ -18,7 +18,7 @@ using kit::folder_of;
 /// The packages of one folder by name.
 using Folder = std::map<std::string, Package, std::less<>>;
 
-std::string_view package_name(const Facts& facts) {
+std::string_view package_name(const Interface& facts) {
   for (const Binding& binding : facts.bindings) {
     if (binding.name == PACKAGE_NAME && binding.kind == Binding::Kind::GLOBAL) {
       return binding.value;
@@ -48,7 +48,7 @@ Folder read_folder(std::string_view folder, World& world) {
   Folder read;
   for (const File* file : world.folder(folder)) {
     if (!is_go(*file)) continue;
-    const Facts& facts = clause_of(*file, world);
+    const Interface& facts = clause_of(*file, world);
     const std::string_view name = package_name(facts);
     if (name.empty()) continue;
     Package& package = read[std::string(name)];
@@ -134,21 +134,21 @@ const std::vector<Place>* methods_named(const Package& package, std::string_view
   return found == package.methods.end() ? nullptr : &found->second;
 }
 
-const Facts& clause_of(const File& file, World& world) {
+const Interface& clause_of(const File& file, World& world) {
   const SaidKeys said(file.path);
   world.rely_on(said, PACKAGE_NAME);
   world.rely_on(said, BUILD_CONSTRAINT);
   return world.facts_by_name(file);
 }
 
-const Package* package_of(const File& file, const Facts& facts, World& world) {
+const Package* package_of(const File& file, const Interface& facts, World& world) {
   const Folder* folder = folder_at(folder_of(file.path), world);
   if (folder == nullptr) return nullptr;
   const auto found = folder->find(package_name(facts));
   return found == folder->end() ? nullptr : &found->second;
 }
 
-std::string import_path(const File& file, const Facts& facts, World& world) {
+std::string import_path(const File& file, const Interface& facts, World& world) {
   std::string path = path_of_folder(file, world);
   const std::string_view name = package_name(facts);
   if (path.empty()) return std::string(name);

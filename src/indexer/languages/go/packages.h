@@ -15,7 +15,7 @@ namespace context_delta::indexer::go {
 /// A file of a package.
 struct PackageFile {
   const File* file = nullptr;
-  const Facts* facts = nullptr;
+  const Interface* facts = nullptr;
   std::string constraint;  ///< when it is built, of its name and its text; empty: always
   bool is_test = false;
 };
@@ -44,14 +44,14 @@ const std::vector<Place>* methods_named(const Package& package, std::string_view
                                         std::string_view name, World& world);
 
 /// The facts of a file, of which only the package clause and what stands above it may be read.
-const Facts& clause_of(const File& file, World& world);
+const Interface& clause_of(const File& file, World& world);
 
 /// The package that a file belongs to; null for files without a package clause.
-const Package* package_of(const File& file, const Facts& facts, World& world);
+const Package* package_of(const File& file, const Interface& facts, World& world);
 
 /// What stands in front of the names of a file's definitions: its import path, as far as a module
 /// file gives it, else its folder.
-std::string import_path(const File& file, const Facts& facts, World& world);
+std::string import_path(const File& file, const Interface& facts, World& world);
 
 /// An import of a file.
 struct Imported {

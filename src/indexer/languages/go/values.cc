@@ -66,7 +66,7 @@ const kit::Outline& Evaluator::outline(const File& file) {
 const Evaluator::Origin& Evaluator::origin(const File& file) {
   const auto [place, added] = origins_.try_emplace(file.id);
   if (added) {
-    const Facts& clause = file.id == file_.id ? facts_ : clause_of(file, world_);
+    const Interface& clause = file.id == file_.id ? facts_ : clause_of(file, world_);
     place->second.package = go::package_of(file, clause, world_);
     place->second.constraint = constraint_of(file.path, clause);
   }

@@ -10,6 +10,7 @@ constexpr std::array<std::string_view, 1> SUFFIXES = {".java"};
 }  // namespace
 
 const Language LANGUAGE = {.name = "java",
+                           .family = "java",
                            .version = 1,
                            .suffixes = SUFFIXES,
                            .accepts = nullptr,

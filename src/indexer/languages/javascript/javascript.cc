@@ -18,6 +18,7 @@ Facts extract(TSNode root, std::string_view text) {
 }  // namespace
 
 const Language LANGUAGE = {.name = "javascript",
+                           .family = "ecmascript",
                            .version = 1,
                            .suffixes = SUFFIXES,
                            .accepts = nullptr,

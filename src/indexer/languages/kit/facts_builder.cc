@@ -57,6 +57,13 @@ Reference& FactsBuilder::refer(std::string_view name, std::string receiver, Role
   return facts_.references.back();
 }
 
+Reference& FactsBuilder::refer_to(std::string_view name, ExpressionIndex receiver, Role role,
+                                  std::int32_t line, std::int16_t arguments) {
+  Reference& reference = refer(name, {}, role, line, arguments);
+  reference.receiver_expression = receiver;
+  return reference;
+}
+
 Facts FactsBuilder::finish() { return std::move(facts_); }
 
 bool is_function_kind(Kind kind) {

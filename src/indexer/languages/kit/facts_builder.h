@@ -6,6 +6,7 @@
 
 #include <tree_sitter/api.h>
 
+#include "indexer/languages/kit/expressions.h"
 #include "indexer/model/facts.h"
 
 /// What extractors share: the stack of scopes and the making of records.
@@ -25,10 +26,15 @@ inline constexpr std::uint8_t DEEPEST_NESTING = 50;
 /// Facts in the making.
 class FactsBuilder {
  public:
-  explicit FactsBuilder(std::string_view text) : text_(text) { frames_.emplace_back(); }
+  explicit FactsBuilder(std::string_view text) : text_(text), expressions_(facts_.expressions) {
+    frames_.emplace_back();
+  }
+  FactsBuilder(const FactsBuilder&) = delete;
+  FactsBuilder& operator=(const FactsBuilder&) = delete;
 
   std::string_view text() const { return text_; }
   Facts& facts() { return facts_; }
+  ExpressionTable& expressions() { return expressions_; }
   const Frame& frame() const { return frames_.back(); }
   Frame& frame() { return frames_.back(); }
 
@@ -50,6 +56,9 @@ class FactsBuilder {
   /// Adds a reference from the current frame.
   Reference& refer(std::string_view name, std::string receiver, Role role, std::int32_t line,
                    std::int16_t arguments = ANY_NUMBER);
+  /// The same with a receiver as an expression.
+  Reference& refer_to(std::string_view name, ExpressionIndex receiver, Role role, std::int32_t line,
+                      std::int16_t arguments = ANY_NUMBER);
   void bind(Binding binding) { facts_.bindings.push_back(std::move(binding)); }
 
   /// The facts, complete.
@@ -58,6 +67,7 @@ class FactsBuilder {
  private:
   std::string_view text_;
   Facts facts_;
+  ExpressionTable expressions_;
   std::vector<Frame> frames_;
   std::vector<std::uint8_t> depths_;  // of each definition
 };

@@ -16,7 +16,7 @@ namespace context_delta::indexer::kit {
 class Outline {
  public:
   /// Of the file that is resolved: nothing is recorded.
-  Outline(const Facts& facts, const ScopeIndex& scopes) : facts_(&facts), scopes_(&scopes) {}
+  Outline(const Interface& facts, const ScopeIndex& scopes) : facts_(&facts), scopes_(&scopes) {}
   /// Of another file. Valid until the next record starts.
   Outline(const File& file, World& world);
 
@@ -63,7 +63,7 @@ class Outline {
 
   SaidKeys said_;
   World* world_ = nullptr;
-  const Facts* facts_;
+  const Interface* facts_;
   const ScopeIndex* scopes_;
 };
 

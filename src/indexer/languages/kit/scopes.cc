@@ -10,7 +10,7 @@ auto key(const Binder& binder) { return std::tie(binder.scope, binder.name); }
 
 }  // namespace
 
-ScopeIndex::ScopeIndex(const Facts& facts) {
+ScopeIndex::ScopeIndex(const Interface& facts) {
   binders_.reserve(facts.definitions.size() + facts.bindings.size() + facts.imports.size());
   std::int32_t index = 0;
   for (const Definition& definition : facts.definitions) {
@@ -49,7 +49,7 @@ const ScopeIndex& scopes_of(const File& file, World& world) {
   return world.remember<ScopeIndex>("scopes", file, [&] { return ScopeIndex(world.facts(file)); });
 }
 
-const Definition& definition_at(const Facts& facts, DefinitionIndex index) {
+const Definition& definition_at(const Interface& facts, DefinitionIndex index) {
   return facts.definitions[static_cast<std::size_t>(index)];
 }
 

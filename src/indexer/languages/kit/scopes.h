@@ -23,7 +23,7 @@ struct Binder {
 /// The binders of one file by scope and name. Points into the facts it was made of.
 class ScopeIndex {
  public:
-  explicit ScopeIndex(const Facts& facts);
+  explicit ScopeIndex(const Interface& facts);
 
   /// In the order definitions, bindings, imports, each in the order of the text.
   std::span<const Binder> find(DefinitionIndex scope, std::string_view name) const;
@@ -37,6 +37,6 @@ class ScopeIndex {
 /// The index of another file, kept in the world.
 const ScopeIndex& scopes_of(const File& file, World& world);
 
-const Definition& definition_at(const Facts& facts, DefinitionIndex index);
+const Definition& definition_at(const Interface& facts, DefinitionIndex index);
 
 }  // namespace context_delta::indexer::kit

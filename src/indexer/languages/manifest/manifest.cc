@@ -76,6 +76,7 @@ Resolution resolve(const File&, const Facts&, World&) { return {}; }
 }  // namespace
 
 const Language LANGUAGE = {.name = "manifest",
+                           .family = "manifest",
                            .version = 1,
                            .suffixes = SUFFIXES,
                            .accepts = nullptr,

@@ -10,6 +10,7 @@ constexpr std::array<std::string_view, 2> SUFFIXES = {".py", ".pyi"};
 }  // namespace
 
 const Language LANGUAGE = {.name = "python",
+                           .family = "python",
                            .version = 1,
                            .suffixes = SUFFIXES,
                            .accepts = nullptr,

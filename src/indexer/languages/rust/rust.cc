@@ -14,6 +14,7 @@ constexpr std::array<std::string_view, 1> MANIFESTS = {"Cargo.toml"};
 }  // namespace
 
 const Language LANGUAGE = {.name = "rust",
+                           .family = "rust",
                            .version = 2,
                            .suffixes = SUFFIXES,
                            .accepts = nullptr,
@@ -23,6 +24,7 @@ const Language LANGUAGE = {.name = "rust",
                            .resolve = resolve};
 
 const Language MANIFEST_LANGUAGE = {.name = "cargo",
+                                    .family = "cargo",
                                     .version = 1,
                                     .suffixes = MANIFESTS,
                                     .accepts = nullptr,

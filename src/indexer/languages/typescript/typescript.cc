@@ -24,6 +24,7 @@ Facts extract_with_jsx(TSNode root, std::string_view text) {
 }  // namespace
 
 const Language LANGUAGE = {.name = "typescript",
+                           .family = "ecmascript",
                            .version = 1,
                            .suffixes = SUFFIXES,
                            .accepts = nullptr,
@@ -32,6 +33,7 @@ const Language LANGUAGE = {.name = "typescript",
                            .resolve = ecmascript::resolve};
 
 const Language LANGUAGE_WITH_JSX = {.name = "tsx",
+                                    .family = "ecmascript",
                                     .version = 1,
                                     .suffixes = SUFFIXES_WITH_JSX,
                                     .accepts = nullptr,

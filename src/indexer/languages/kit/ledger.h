@@ -1,0 +1,40 @@
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <string_view>
+#include <vector>
+
+#include "indexer/languages/kit/guesses.h"
+#include "indexer/model/resolution.h"
+#include "indexer/world/world.h"
+
+/// The edges of a file as its rules find them. Rules and doubts are those of model/rules.h.
+namespace context_delta::indexer::kit {
+
+class Ledger {
+ public:
+  explicit Ledger(const Neighbourhood& neighbourhood) : neighbourhood_(neighbourhood) {}
+
+  /// The reference names this definition and nothing else.
+  void prove(std::int32_t reference, const Place& target, std::string_view rule);
+
+  /// The receiver's type declares the method, and any of `others`, which override or implement it,
+  /// may run in its place.
+  void dispatch(std::int32_t reference, const Candidate* declared,
+                std::span<const Candidate* const> others, std::string_view doubt);
+
+  /// The reference may mean any of these definitions of its name. `favourite`: the one that the
+  /// doubt fell upon, if any; it must be among them.
+  void namesakes(std::int32_t reference, std::span<const Candidate* const> fits,
+                 std::string_view doubt, const Candidate* favourite = nullptr);
+
+  /// The edges, in the order in which they were found.
+  std::vector<Edge> take() { return std::move(edges_); }
+
+ private:
+  const Neighbourhood& neighbourhood_;
+  std::vector<Edge> edges_;
+};
+
+}  // namespace context_delta::indexer::kit
