@@ -37,8 +37,8 @@ DeltaAnswer answer(const fs::path& folder, const fs::path& index, const std::str
   return services::delta_answer(git, index, request, update);
 }
 
-constexpr std::array<const char*, 7> PATHS = {"a.py",         "b.py",       "lib/a.py",  "lib/c.py",
-                                              "lib/d/\xE9.py", "x\ny/two.py", "lib/link.py"};
+constexpr std::array<const char*, 7> PATHS = {
+    "a.py", "b.py", "lib/a.py", "lib/c.py", "lib/d/\xE9.py", "x\ny/two.py", "lib/link.py"};
 constexpr std::array<const char*, 4> NAMES = {"f", "g", "h", "run"};
 
 /// Random commits on random branches, merges among them: functions that call each other by a few
@@ -175,8 +175,9 @@ TEST(OneAnswer, HangsOnOneCommitWhateverHappensMeanwhile) {
   std::vector<std::thread> readers;
   for (std::size_t i = 0; i < answers.size(); ++i) {
     readers.emplace_back([&, i] {
-      const std::optional<std::string> target =
-          i == 0 ? std::optional<std::string>() : i == 1 ? "work" : "HEAD~1";
+      const std::optional<std::string> target = i == 0   ? std::optional<std::string>()
+                                                : i == 1 ? "work"
+                                                         : "HEAD~1";
       while (!ended) {
         answers[i].push_back(answer(repository.root(), index, "main~0", target));
       }
@@ -198,9 +199,8 @@ TEST(OneAnswer, HangsOnOneCommitWhateverHappensMeanwhile) {
     for (const DeltaAnswer& one : taken) {
       ASSERT_EQ(one.pack.find("error"), nullptr) << json::json_text(one.pack);
       heads.insert(one.head_commit);
-      const DeltaAnswer fresh =
-          answer(repository.root(), repository.beside() / "fresh", one.base_commit,
-                 one.head_commit);
+      const DeltaAnswer fresh = answer(repository.root(), repository.beside() / "fresh",
+                                       one.base_commit, one.head_commit);
       ASSERT_EQ(unnamed(one.pack), unnamed(fresh.pack));
     }
   }

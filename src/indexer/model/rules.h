@@ -7,8 +7,8 @@
 /// others, stand in the index, in exports and in reports; docs/index.md lists them.
 namespace context_delta::indexer {
 
-/// How an edge is known: of a proven one the step that proved it, of a guessed one how the caller may
-/// be tied.
+/// How an edge is known: of a proven one the step that proved it, of a guessed one how the caller
+/// may be tied.
 struct Rule {
   std::string_view text;
   std::string_view meaning;  ///< a clause, for documents

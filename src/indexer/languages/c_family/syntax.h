@@ -5,95 +5,11 @@
 #include <string_view>
 #include <vector>
 
+#include "indexer/languages/c_family/tables.h"
 #include "indexer/languages/kit/nodes.h"
 
 /// The nodes that the grammars of C and C++ share, for one extractor of both.
 namespace context_delta::indexer::c_family {
-
-enum class Node : std::uint8_t {
-  OTHER,
-  ERROR,
-  ABSTRACT_FUNCTION_DECLARATOR,
-  ALIAS,
-  ARGUMENT_LIST,
-  ARRAY_DECLARATOR,
-  ATTRIBUTED_DECLARATOR,
-  BASE_CLAUSE,
-  CALL,
-  CAST,
-  CATCH,
-  CLASS,
-  COMMENT,
-  COMPOUND_LITERAL,
-  CONCEPT,
-  CONDITION,
-  DECLARATION,
-  DEFAULT_METHOD,
-  DELETE_METHOD,
-  DEPENDENT_NAME,
-  DESTRUCTOR_NAME,
-  ENUM,
-  FIELD_DECLARATION,
-  FIELD_EXPRESSION,
-  FIELD_IDENTIFIER,
-  FIELD_INITIALIZER,
-  FOR_RANGE,
-  FRIEND,
-  FUNCTION,
-  FUNCTION_DECLARATOR,
-  IDENTIFIER,
-  INIT_DECLARATOR,
-  INITIALIZER_LIST,
-  LAMBDA,
-  LINKAGE,
-  LITERAL,
-  MACRO,
-  MACRO_FUNCTION,
-  MACRO_TYPE,
-  NAMESPACE,
-  NAMESPACE_ALIAS,
-  NAMESPACE_IDENTIFIER,
-  NESTED_NAMESPACE,
-  NEW,
-  OPERATOR_CAST,
-  OPERATOR_NAME,
-  OPTIONAL_PARAMETER,
-  PACK_EXPANSION,
-  PARAMETER,
-  PARAMETER_LIST,
-  PARENTHESIZED,
-  PARENTHESIZED_DECLARATOR,
-  PLACEHOLDER_TYPE,
-  POINTER_DECLARATOR,
-  POINTER_EXPRESSION,
-  PREPROC_CONDITIONAL,
-  PREPROC_INCLUDE,
-  PRIMITIVE_TYPE,
-  QUALIFIED,
-  REFERENCE_DECLARATOR,
-  STORAGE_CLASS,
-  STRUCT,
-  STRUCTURED_BINDING,
-  SUBSCRIPT,
-  TEMPLATE,
-  TEMPLATE_FUNCTION,
-  TEMPLATE_METHOD,
-  TEMPLATE_TYPE,
-  THIS,
-  TRAILING_RETURN,
-  TYPE_DEFINITION,
-  TYPE_DESCRIPTOR,
-  TYPE_IDENTIFIER,
-  UNION,
-  USING,
-  VARIADIC,
-  VIRTUAL_SPECIFIER,
-};
-
-struct Fields {
-  TSFieldId argument, arguments, body, condition, declarator, default_value, field, function, name,
-      parameters, path, right, scope, type, value;
-};
 
 struct Syntax {
   const TSLanguage* language;

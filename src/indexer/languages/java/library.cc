@@ -4,129 +4,11 @@
 #include <array>
 #include <vector>
 
+#include "indexer/languages/java/tables.h"
 #include "indexer/languages/kit/text.h"
+#include "indexer/languages/kit/words.h"
 
 namespace context_delta::indexer::java {
-namespace {
-
-constexpr auto COMMON_METHODS = std::to_array<std::string_view>({
-    "accept",
-    "add",
-    "addAll",
-    "apply",
-    "append",
-    "asList",
-    "call",
-    "cancel",
-    "charAt",
-    "clear",
-    "clone",
-    "close",
-    "collect",
-    "compare",
-    "compareTo",
-    "contains",
-    "containsKey",
-    "count",
-    "currentTimeMillis",
-    "entrySet",
-    "equals",
-    "exists",
-    "exit",
-    "filter",
-    "find",
-    "finalize",
-    "findFirst",
-    "flush",
-    "forEach",
-    "format",
-    "get",
-    "getBytes",
-    "getClass",
-    "getId",
-    "getKey",
-    "getMessage",
-    "getName",
-    "getOrDefault",
-    "getSimpleName",
-    "getTime",
-    "getType",
-    "getValue",
-    "hasNext",
-    "hashCode",
-    "indexOf",
-    "insert",
-    "intValue",
-    "isEmpty",
-    "isPresent",
-    "iterator",
-    "join",
-    "keySet",
-    "length",
-    "limit",
-    "lock",
-    "longValue",
-    "map",
-    "matcher",
-    "matches",
-    "name",
-    "next",
-    "notify",
-    "notifyAll",
-    "of",
-    "offer",
-    "ordinal",
-    "orElse",
-    "parallel",
-    "parseInt",
-    "peek",
-    "poll",
-    "pop",
-    "print",
-    "printf",
-    "println",
-    "push",
-    "put",
-    "putAll",
-    "putIfAbsent",
-    "read",
-    "readLine",
-    "remove",
-    "removeAll",
-    "replace",
-    "replaceAll",
-    "reset",
-    "run",
-    "set",
-    "size",
-    "skip",
-    "sort",
-    "sorted",
-    "split",
-    "start",
-    "startsWith",
-    "stop",
-    "stream",
-    "submit",
-    "substring",
-    "sum",
-    "test",
-    "toArray",
-    "toList",
-    "toLowerCase",
-    "toString",
-    "toUpperCase",
-    "trim",
-    "unlock",
-    "update",
-    "valueOf",
-    "values",
-    "wait",
-    "write",
-});
-
-}  // namespace
-
 const LibraryType* library_type(std::string_view name) {
   const std::span<const LibraryType> all = library_types();
   const auto found = std::lower_bound(
@@ -180,8 +62,6 @@ std::string_view library_member(const LibraryType& type, std::string_view member
   return {};
 }
 
-bool is_common_method(std::string_view name) {
-  return std::find(COMMON_METHODS.begin(), COMMON_METHODS.end(), name) != COMMON_METHODS.end();
-}
+bool is_common_method(std::string_view name) { return kit::has_word(COMMON_METHODS, name); }
 
 }  // namespace context_delta::indexer::java

@@ -23,10 +23,8 @@ class ExpressionTable {
   ExpressionIndex add(Expression expression);
   ExpressionIndex add(ExpressionKind kind, std::string name = {},
                       std::vector<ExpressionIndex> operands = {}, std::int32_t number = 0) {
-    return add({.kind = kind,
-                .name = std::move(name),
-                .number = number,
-                .operands = std::move(operands)});
+    return add(
+        {.kind = kind, .name = std::move(name), .number = number, .operands = std::move(operands)});
   }
   ExpressionIndex unknown() { return add(ExpressionKind::UNKNOWN); }
   const Expression& at(ExpressionIndex index) const {
