@@ -14,16 +14,6 @@ void check_id(std::string_view id) {
   if (!is_object_id(id)) throw GitHistoryError("not a full object id: " + in_quotes(id));
 }
 
-bool is_partial_clone(const Git& git) {
-  std::error_code error;
-  const std::filesystem::directory_iterator packs(git.common_directory() / "objects" / "pack",
-                                                  error);
-  if (error) return false;
-  return std::any_of(begin(packs), end(packs), [](const std::filesystem::directory_entry& file) {
-    return file.path().extension() == ".promisor";
-  });
-}
-
 bool lacks_objects(std::string_view errors) {
   constexpr std::array<std::string_view, 7> WORDS = {
       "unable to read",  "could not get object info", "Could not read", "bad object",
@@ -39,6 +29,16 @@ GitHistoryError too_many_files(const Git& git, std::string_view commit) {
 }
 
 }  // namespace
+
+bool is_partial_clone(const Git& git) {
+  std::error_code error;
+  const std::filesystem::directory_iterator packs(git.common_directory() / "objects" / "pack",
+                                                  error);
+  if (error) return false;
+  return std::any_of(begin(packs), end(packs), [](const std::filesystem::directory_entry& file) {
+    return file.path().extension() == ".promisor";
+  });
+}
 
 void fail_on_objects(const Git& git, std::string_view what, const Git::Output& output) {
   const std::string where = shown(git.root().string());

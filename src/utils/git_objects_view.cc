@@ -24,18 +24,37 @@ std::string config(const std::string& object_format) {
 }  // namespace
 
 ObjectsView::ObjectsView(const std::filesystem::path& common_directory,
-                         const std::string& object_format) {
+                         const std::string& object_format,
+                         const std::filesystem::path& more_objects) {
   std::filesystem::create_directory(directory() / "refs");
   write(directory() / "HEAD", "ref: refs/heads/none\n");
   write(directory() / "config", config(object_format));
   environment_ = {"GIT_DIR=" + directory().string(),
                   "GIT_OBJECT_DIRECTORY=" + (common_directory / "objects").string(),
                   "GIT_CONFIG_NOSYSTEM=1", "GIT_CONFIG_GLOBAL=/dev/null"};
+  if (!more_objects.empty()) {
+    environment_.push_back("GIT_ALTERNATE_OBJECT_DIRECTORIES=" + in_list_of_stores(more_objects));
+  }
   const std::filesystem::path shallow = common_directory / "shallow";
   std::error_code unreadable;
   if (std::filesystem::exists(shallow, unreadable)) {
     environment_.push_back("GIT_SHALLOW_FILE=" + shallow.string());
   }
+}
+
+std::string in_list_of_stores(const std::filesystem::path& folder) {
+  const std::string& text = folder.native();
+  if (text.find_first_of(":\"\n") == text.npos) return text;
+  std::string quoted = "\"";
+  for (const char c : text) {
+    if (c == '"' || c == '\\') quoted += '\\';
+    if (c == '\n') {
+      quoted += "\\n";
+    } else {
+      quoted += c;
+    }
+  }
+  return quoted + '"';
 }
 
 }  // namespace context_delta::git_utils

@@ -22,6 +22,7 @@ struct Git::State {
   std::filesystem::path root;
   std::filesystem::path common_directory;
   std::string object_format;
+  std::filesystem::path more_objects;  // beside the repository's; empty: none
   bool is_shallow = false;
   bool has_work_tree = true;
   Limits limits;

@@ -218,7 +218,7 @@ const ObjectsView& Git::State::objects() {
   const std::lock_guard lock(objects_mutex);
   if (!objects_view) {
     try {
-      objects_view = std::make_unique<ObjectsView>(common_directory, object_format);
+      objects_view = std::make_unique<ObjectsView>(common_directory, object_format, more_objects);
     } catch (const std::runtime_error& error) {
       throw GitHistoryError(error.what());
     }
@@ -245,6 +245,22 @@ Git::Git(const std::filesystem::path& directory, const Limits& limits)
   state_->common_directory = layout.common_directory;
   state_->object_format = layout.object_format;
   state_->is_shallow = layout.is_shallow;
+}
+
+Git Git::with_objects(const std::filesystem::path& store) const {
+  Git other;
+  other.state_ = std::make_shared<State>();
+  State& state = *other.state_;
+  state.program = state_->program;
+  state.environment = state_->environment;
+  state.root = state_->root;
+  state.common_directory = state_->common_directory;
+  state.object_format = state_->object_format;
+  state.more_objects = store;
+  state.is_shallow = state_->is_shallow;
+  state.has_work_tree = state_->has_work_tree;
+  state.limits = state_->limits;
+  return other;
 }
 
 const std::filesystem::path& Git::root() const { return state_->root; }

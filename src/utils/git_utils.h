@@ -95,6 +95,9 @@ class Git {
   /// Whether history was cut off when the repository was cloned.
   bool is_shallow() const;
 
+  /// The same repository with the objects in the folder `store` too.
+  Git with_objects(const std::filesystem::path& store) const;
+
   struct Output {
     int status = 0;      ///< exit status of git
     std::string out;     ///< standard output, whole
@@ -106,7 +109,7 @@ class Git {
     std::vector<std::string> arguments;
     View view = View::OBJECTS;
     std::string input = {};
-    std::vector<std::string> environment = {};  ///< more variables, "NAME=value"
+    std::vector<std::string> environment = {};  ///< more variables, "NAME=value"; they win
   };
 
   /// Runs `git ARGUMENTS` on the whole repository to its end; a non-zero exit is no error here.
@@ -135,6 +138,8 @@ class Git {
 
  private:
   friend class BlobReader;
+  friend class WorkTree;
+  Git() = default;
   struct State;
   std::shared_ptr<State> state_;
 };
@@ -163,6 +168,9 @@ std::string in_quotes(std::string_view name);
 
 /// `git -C ROOT COMMAND`, to be shown as the command that helps; ROOT quoted when a shell needs it.
 std::string advised(const Git& git, std::string_view command);
+
+/// Whether objects were left out when the repository was cloned.
+bool is_partial_clone(const Git& git);
 
 /// Raises the GitHistoryError for a command that failed on objects: those that a partial clone has
 /// left out, or git's own words after `what`.

@@ -26,6 +26,9 @@ using subprocess::FileDescriptor;
 constexpr std::string_view START = "context-delta-";
 constexpr std::size_t RANDOM_CHARACTERS = 6;
 constexpr std::size_t MOST_NAMES = 4096;
+constexpr std::size_t MOST_NAMES_INSIDE = 20;
+constexpr int DEEPEST = 2;
+const std::vector<std::string> NO_NAMES;
 // Between the making of a folder and its lock.
 constexpr std::chrono::minutes YOUNG{10};
 
@@ -48,6 +51,7 @@ std::optional<std::vector<std::string>> names_in(int folder, std::size_t most) {
     if (copy >= 0) close(copy);
     return std::nullopt;
   }
+  rewinddir(entries.get());  // the copy stands where the last reader has left the folder
   std::vector<std::string> names;
   while (const dirent* entry = names.size() < most ? readdir(entries.get()) : nullptr) {
     const std::string_view name = entry->d_name;
@@ -56,25 +60,40 @@ std::optional<std::vector<std::string>> names_in(int folder, std::size_t most) {
   return names;
 }
 
+bool is_known(const std::string& name) {
+  const auto is_name = [&](const char* known) { return name == known; };
+  return name.starts_with(ScratchFolder::SHARED_INDEX) ||
+         std::any_of(std::begin(ScratchFolder::FILES), std::end(ScratchFolder::FILES), is_name) ||
+         std::any_of(std::begin(ScratchFolder::FOLDERS), std::end(ScratchFolder::FOLDERS), is_name);
+}
+
 bool is_ours(int folder) {
   struct stat status {};
   if (fstat(folder, &status) != 0 || status.st_uid != geteuid()) return false;
   const auto changed = std::chrono::system_clock::from_time_t(status.st_mtime);
   if (std::chrono::system_clock::now() - changed < YOUNG) return false;
-  const auto names = names_in(folder, 10);
-  return names && std::all_of(names->begin(), names->end(), [](const std::string& name) {
-           const auto is_name = [&](const char* known) { return name == known; };
-           return std::any_of(std::begin(ScratchFolder::FILES), std::end(ScratchFolder::FILES),
-                              is_name) ||
-                  std::any_of(std::begin(ScratchFolder::FOLDERS), std::end(ScratchFolder::FOLDERS),
-                              is_name);
-         });
+  const auto names = names_in(folder, MOST_NAMES_INSIDE);
+  return names && std::all_of(names->begin(), names->end(), is_known);
+}
+
+// Removes `name` in `folder` with what it holds, no more than `depth` folders deep.
+void remove_at(int folder, const std::string& name, int depth) {
+  if (unlinkat(folder, name.c_str(), 0) == 0 || depth == 0) return;
+  {
+    const FileDescriptor inner = open_folder(folder, name.c_str());
+    if (!inner) return;
+    for (const std::string& held : names_in(inner.get(), SIZE_MAX).value_or(NO_NAMES)) {
+      remove_at(inner.get(), held, depth - 1);
+    }
+  }
+  unlinkat(folder, name.c_str(), AT_REMOVEDIR);
 }
 
 // Goes by descriptors and known names: whatever takes the folder's place meanwhile is safe.
 void empty_folder(int folder) {
-  for (const char* name : ScratchFolder::FILES) unlinkat(folder, name, 0);
-  for (const char* name : ScratchFolder::FOLDERS) unlinkat(folder, name, AT_REMOVEDIR);
+  for (const std::string& name : names_in(folder, MOST_NAMES_INSIDE).value_or(NO_NAMES)) {
+    if (is_known(name)) remove_at(folder, name, DEEPEST);
+  }
 }
 
 void remove_left_behind(const std::filesystem::path& parent) {

@@ -9,9 +9,11 @@ namespace context_delta::git_utils {
 /// in use is locked, so no other process takes it for left behind.
 class ScratchFolder {
  public:
-  /// The files and folders that may be in it; none of the folders has anything in it.
-  static constexpr const char* FILES[] = {"HEAD", "config"};
-  static constexpr const char* FOLDERS[] = {"refs"};
+  /// The files and folders that may be in it. Files whose names begin with SHARED_INDEX may be too;
+  /// in the folders are files, and folders of files.
+  static constexpr const char* FILES[] = {"HEAD", "config", "index", "index.lock"};
+  static constexpr const char* FOLDERS[] = {"refs", "info", "objects"};
+  static constexpr const char* SHARED_INDEX = "sharedindex.";
 
   /// Raises std::runtime_error when it cannot be made.
   ScratchFolder();

@@ -91,13 +91,17 @@ TEST_F(ScratchFolders, OfOthersAreLeftAlone) {
   std::ofstream(precious / "HEAD") << "x\n";
   make_old(precious);
   fs::create_directory_symlink(precious, folder_.path() / "context-delta-link01");
-  std::ofstream(make("context-delta-more01") / "index") << "not ours\n";
+  std::ofstream(make("context-delta-more01") / "note") << "not ours\n";
   make("context-delta-young1");
   make("context-delta-longer-name");
   const fs::path used = make("context-delta-inuse1");
   const int lock = open(used.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
   ASSERT_EQ(flock(lock, LOCK_EX | LOCK_NB), 0);
-  make("context-delta-unused");
+  const fs::path unused = make("context-delta-unused");
+  for (const char* name : {"index", "objects/ab/0123", "info/exclude", "sharedindex.ab"}) {
+    fs::create_directories((unused / name).parent_path());
+    std::ofstream(unused / name) << "old\n";
+  }
   for (const std::string& name : names()) {
     if (name != "context-delta-young1") make_old(folder_.path() / name);
   }
