@@ -33,8 +33,9 @@ int main(int count, char** arguments) {
     if (count == 3) request.base_branch = arguments[2];
     // The index file is the one that the command line uses too.
     const auto index = storage::default_index_path(git.common_directory());
-    const auto [pack, base, head] = services::delta_answer(git, index, request, update);
+    const auto [pack, base, head, remarks] = services::delta_answer(git, index, request, update);
     std::cerr << base << ".." << head << '\n';
+    for (const std::string& remark : remarks) std::cerr << remark << '\n';
     std::cout << context_delta::json::json_text(pack) << '\n';
     return pack.find("error") == nullptr ? 0 : 3;
   } catch (const std::exception& error) {

@@ -59,16 +59,20 @@ bool awaits_value(const std::string& argument) {
   return false;
 }
 
-const CommandRow& command_named(const std::string& word) {
+/// The command of a name; null for a word that is none and may be a revision. Raises UsageError for
+/// what looks like a mistyped command.
+const CommandRow* command_named(const std::string& word) {
   std::vector<std::string_view> names;
   for (const CommandRow& row : commands()) {
-    if (row.name == word) return row;
+    if (row.name == word) return &row;
     names.push_back(row.name);
   }
   const std::string suggestion = did_you_mean(word, names);
-  throw UsageError(
-      "unknown command '" + word + "'" +
-      (suggestion.empty() ? "; a branch to compare with is named by --base" : suggestion));
+  if (suggestion.empty() || word.find_first_of("~^@/:") != word.npos ||
+      word.find("..") != word.npos) {
+    return nullptr;
+  }
+  throw UsageError("unknown command '" + word + "'" + suggestion);
 }
 
 /// Takes the words that are neither options nor their values out of the arguments; what follows
@@ -98,17 +102,59 @@ std::vector<std::string> take_words(std::vector<std::string>& arguments) {
 
 void read_words(const std::vector<std::string>& words, CommandLine& line) {
   if (words.empty()) return;
-  const CommandRow& row = command_named(words[0]);
-  line.command = row.command;
-  const std::size_t most = row.words.empty() ? 1 : 2;
+  const CommandRow* row = command_named(words[0]);
+  const std::size_t first = row == nullptr ? 0 : 1;
+  if (row != nullptr) line.command = row->command;
+  const bool takes_word = line.command == Command::DELTA || !row->words.empty();
+  const std::size_t most = first + (takes_word ? 1 : 0);
   if (words.size() > most) throw UsageError("unexpected argument '" + words[most] + "'");
-  if (words.size() < 2) return;
-  const std::vector<std::string_view> known = choices(row.words);
+  if (words.size() == first) return;
+  if (line.command == Command::DELTA) {
+    line.range = words[first];
+    if (line.range.empty()) throw UsageError("a revision is empty: name a branch, tag or commit");
+    return;
+  }
+  const std::vector<std::string_view> known = choices(row->words);
   if (std::find(known.begin(), known.end(), words[1]) == known.end()) {
-    throw UsageError(std::string(row.name) + " takes one of " + std::string(row.words) + ", not '" +
-                     words[1] + "'" + did_you_mean(words[1], known));
+    throw UsageError(std::string(row->name) + " takes one of " + std::string(row->words) +
+                     ", not '" + words[1] + "'" + did_you_mean(words[1], known));
   }
   line.word = words[1];
+}
+
+/// Both `BASE..TARGET` and `BASE...TARGET` mean what the target changed since it left the base;
+/// what is left out is what is checked out.
+void apply_range(const std::string& range, services::DeltaRequest& request) {
+  if (range.empty()) return;
+  if (request.base_branch || request.target_branch || request.pull_request) {
+    throw UsageError("'" + range +
+                     "' does not go with --base, --target and --pr: name both sides "
+                     "once");
+  }
+  const std::size_t dots = range.find("..");
+  const std::size_t length = range.find("...") == dots ? 3 : 2;
+  const std::string target = dots == range.npos ? "" : range.substr(dots + length);
+  const std::string base = range.substr(0, dots);
+  if (base.empty() && target.empty()) throw UsageError("'" + range + "' names no revision");
+  request.base_branch = base.empty() ? "HEAD" : base;
+  request.base_parameter = "revision";
+  if (target.empty()) return;
+  request.target_branch = target;
+  request.target_parameter = "revision";
+}
+
+/// Each names what is reviewed.
+void check_target(const services::DeltaRequest& request) {
+  const char* uncommitted = request.uncommitted == services::Uncommitted::ALL      ? "--uncommitted"
+                            : request.uncommitted == services::Uncommitted::STAGED ? "--staged"
+                                                                                   : nullptr;
+  const char* other = request.pull_request ? "--pr" : request.target_branch ? "a target" : nullptr;
+  if (request.pull_request && request.target_branch) {
+    throw UsageError("--pr does not go with --target: each names what is reviewed");
+  }
+  if (uncommitted == nullptr || other == nullptr) return;
+  throw UsageError(std::string(uncommitted) + " reviews what is checked out and does not go with " +
+                   other);
 }
 
 CLI::Option* declare(CLI::App& app, const OptionRow& option) {
@@ -175,6 +221,8 @@ void apply(const CommandLine& line, Settings& settings) {
   settings.word = line.word;
   settings.request.base_parameter = "--base";
   settings.request.target_parameter = "--target";
+  // A range overrides presets, but not what is said beside it.
+  if (!line.range.empty()) settings.request.base_branch.reset();
   for (const auto& [option, value] : line.given) {
     try {
       option->apply(settings, value);
@@ -182,6 +230,8 @@ void apply(const CommandLine& line, Settings& settings) {
       throw UsageError(shown_name(*option) + " " + error.what());
     }
   }
+  apply_range(line.range, settings.request);
+  check_target(settings.request);
 }
 
 bool asks_for_programs_format(std::span<const std::string> arguments) {

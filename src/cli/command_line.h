@@ -17,6 +17,7 @@ struct Given {
 struct CommandLine {
   Command command = Command::DELTA;
   std::string word;          ///< the word after the command; empty when there is none
+  std::string range;         ///< "BASE..TARGET", "BASE"; empty when there is none
   std::vector<Given> given;  ///< of an option given twice, in the order given
 };
 

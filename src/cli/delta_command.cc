@@ -28,7 +28,7 @@ services::DeltaAnswer make_answer(const Settings& settings, const services::Delt
     const git_utils::Git git(settings.directory);
     return services::delta_answer(git, index_path(git, settings), request, updater(settings));
   } catch (const git_utils::GitHistoryError& error) {
-    return {services::error_result(error), {}, {}};
+    return {services::error_result(error), {}, {}, {}};
   }
 }
 

@@ -86,6 +86,19 @@ const OptionRow OPTIONS[] = {
      "the commit to review, checked out or not (default: what is checked out)",
      Completion::REVISION, Preset::NOBODY,
      [](Settings& settings, Text value) { settings.request.target_branch = not_empty(value); }},
+    {"", "--pr", "NUMBER", "d", "review a pull or merge request that was fetched",
+     Completion::NOTHING, Preset::NOBODY,
+     [](Settings& settings, Text value) {
+       settings.request.pull_request = number_between(value, 1, 1'000'000'000, "a number");
+     }},
+    {"", "--uncommitted", "", "d", "review the changes and new files that are not committed too",
+     Completion::NOTHING, Preset::NOBODY,
+     [](Settings& settings, Text) { settings.request.uncommitted = services::Uncommitted::ALL; }},
+    {"", "--staged", "", "d", "review what is staged too: what a commit would hold now",
+     Completion::NOTHING, Preset::NOBODY,
+     [](Settings& settings, Text) {
+       settings.request.uncommitted = services::Uncommitted::STAGED;
+     }},
     {"", "--at", "REF", "ig", "the commit to index (default: what is checked out)",
      Completion::REVISION, Preset::NOBODY,
      [](Settings& settings, Text value) { settings.at = not_empty(value); }},

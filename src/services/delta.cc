@@ -34,9 +34,10 @@ DeltaAnswer delta_answer(const git_utils::Git& git, const std::filesystem::path&
     Review review(git, request);
     const std::string& head = review.sides().head.commit;
     const IndexAt held = open_index_at(review.git(), index, head, update);
-    return {pack_of(review, *held.repository, request), review.sides().base.commit, head};
+    return {pack_of(review, *held.repository, request), review.sides().base.commit, head,
+            review.remarks()};
   } catch (const git_utils::GitHistoryError& error) {
-    return {error_result(error), {}, {}};
+    return {error_result(error), {}, {}, {}};
   }
 }
 

@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "services/index_at.h"
 #include "storage/repository.h"
@@ -15,9 +16,18 @@ namespace context_delta::services {
 
 inline constexpr std::int64_t DEFAULT_TOKEN_BUDGET = 4000;
 
+/// What is reviewed beside the commits of what is checked out.
+enum class Uncommitted : unsigned char {
+  NOTHING,
+  STAGED,
+  ALL,  ///< all changes, and new files that are not ignored
+};
+
 struct DeltaRequest {
   std::optional<std::string> base_branch;    ///< null: the repository's default branch
   std::optional<std::string> target_branch;  ///< any commit; null: what is checked out
+  std::optional<std::int64_t> pull_request;  ///< the number of a fetched one, instead of a target
+  Uncommitted uncommitted = Uncommitted::NOTHING;  ///< something only without a target branch
   std::int64_t token_budget = DEFAULT_TOKEN_BUDGET;
   bool include_call_graph = true;
   bool include_snippets = false;
@@ -31,7 +41,8 @@ struct DeltaRequest {
 /// An answer, and the two commits that all of it hangs on.
 struct DeltaAnswer {
   json::Mapping pack;
-  std::string base_commit, head_commit;  ///< full ids; empty when git found none
+  std::string base_commit, head_commit;   ///< full ids; empty when git found none
+  std::vector<std::string> remarks = {};  ///< what else a person should know, a clause each
 };
 
 /// The one path from a request to its pack: finds the commits, compares them, brings the index in

@@ -1,9 +1,12 @@
 #pragma once
 
+#include <optional>
 #include <string>
+#include <vector>
 
 #include "services/delta.h"
 #include "utils/git_utils.h"
+#include "utils/git_work_tree.h"
 #include "workers/git_history.h"
 
 namespace context_delta::services {
@@ -17,14 +20,18 @@ class Review {
   Review(const Review&) = delete;
   Review& operator=(const Review&) = delete;
 
+  /// Sees the objects of both commits, whether or not the reviewed one is in the repository.
   const git_utils::Git& git() const { return git_; }
   const git_history::Sides& sides() const { return sides_; }
   const git_history::BranchChanges& changes() const { return changes_; }
   git_history::History& history() { return history_; }
+  /// What else a person should know of the comparison, a clause each.
+  std::vector<std::string> remarks() const;
 
  private:
-  git_utils::Git git_;
   git_history::Sides sides_;
+  std::optional<git_utils::WorkTree> work_tree_;
+  git_utils::Git git_;
   git_history::History history_;
   git_history::BranchChanges changes_;
 };

@@ -104,8 +104,8 @@ bool is_near(std::string_view name, std::string_view other) {
 
 std::vector<std::string> all_refs(const Git& git) {
   const std::string count = "--count=" + std::to_string(MOST_REFS_COMPARED);
-  const Git::Output output = git.run(std::array<std::string, 5>{
-      "for-each-ref", "--format=%(refname)", count, "refs/heads", "refs/remotes"});
+  const Git::Output output = git.run(std::array<std::string, 6>{
+      "for-each-ref", "--format=%(refname)", count, "refs/heads", "refs/remotes", "refs/tags"});
   return lines_of(output.out);
 }
 
@@ -143,6 +143,32 @@ std::string fetching(const Git& git, std::string_view branch) {
       git, "fetch origin " + std::string(branch) + ":" + std::string(ORIGIN) + std::string(branch));
 }
 
+// What a name names that is no commit: "blob" or "tree"; empty when it names nothing.
+std::string other_type(const Git& git, const std::string& name) {
+  if (std::any_of(name.begin(), name.end(), [](char c) { return c >= 0 && c < ' '; })) return {};
+  const View view = git_utils::is_object_id(name) ? View::OBJECTS : View::REPOSITORY;
+  const Git::Command command{{"cat-file", "--batch-check=%(objecttype)"}, view, name + "\n", {}};
+  const Git::Output output = git.run(std::span(&command, 1)).front();
+  const std::string type = output.out.substr(0, output.out.find('\n'));
+  return type == "blob" || type == "tree" ? type : std::string();
+}
+
+// The command that brings the whole history of a shallow clone, and `branch` unless it is empty.
+std::string unshallowing(const Git& git, std::string_view branch) {
+  std::string command = "fetch --unshallow";
+  if (has_origin(git)) {
+    command += " origin";
+    if (!branch.empty()) {
+      command.append(" ").append(branch).append(":").append(ORIGIN).append(branch);
+    }
+  }
+  return git_utils::advised(git, command);
+}
+
+std::string_view without_origin(std::string_view name) {
+  return name.substr(name.starts_with("origin/") ? 7 : 0);
+}
+
 GitHistoryError unknown_name(const Git& git, const std::string& name, std::string_view parameter) {
   const std::string start = std::string(parameter) + " " + in_quotes(name) + " ";
   const std::string where = shown(git.root().string());
@@ -150,6 +176,11 @@ GitHistoryError unknown_name(const Git& git, const std::string& name, std::strin
   if (name.starts_with('-')) {
     return GitHistoryError(start + "looks like an option, not like a branch of " + where +
                            ": see " + git_utils::advised(git, "branch --all"));
+  }
+  const std::string type = other_type(git, name);
+  if (!type.empty()) {
+    return GitHistoryError(start + "is a " + type + " of " + where +
+                           ", not a commit: name a branch, tag or commit");
   }
   const std::vector<std::string> refs = all_refs(git);
   const auto wanted = meanings(name);
@@ -161,12 +192,60 @@ GitHistoryError unknown_name(const Git& git, const std::string& name, std::strin
   const std::string near = suggestion(refs, name);
   std::string text = start + "is no branch, tag or commit of " + where + near + ": see " +
                      git_utils::advised(git, "branch --all");
+  if (git.is_shallow() && near.empty()) {
+    const bool is_branch = may_be_branch(name) && !git_utils::is_object_id(name);
+    return GitHistoryError(start + "is not in the shallow clone at " + where + ": run " +
+                           unshallowing(git, is_branch ? without_origin(name) : ""));
+  }
   if (near.empty() && may_be_branch(name) && has_origin(git)) {
-    const std::string_view branch =
-        std::string_view(name).substr(name.starts_with("origin/") ? 7 : 0);
-    text += "; if it is a branch of the remote, run " + fetching(git, branch);
+    text += "; if it is a branch of the remote, run " + fetching(git, without_origin(name));
   }
   return GitHistoryError(text);
+}
+
+// Where hosts keep the heads of pull and merge requests, and where users fetch them to; best first.
+std::vector<std::string> refs_of_request(const std::string& number) {
+  return {"refs/pull/" + number + "/head",
+          "refs/merge-requests/" + number + "/head",
+          "refs/pull-requests/" + number + "/from",
+          "refs/remotes/*/pr/" + number,
+          "refs/remotes/*/pull/" + number + "/head",
+          "refs/remotes/*/pull/" + number,
+          "refs/remotes/*/mr/" + number,
+          "refs/remotes/*/merge-requests/" + number + "/head",
+          "refs/remotes/*/merge-requests/" + number,
+          "refs/remotes/pull/" + number + "/head",
+          "refs/remotes/pull/" + number + "/merge",
+          "refs/pull/" + number + "/merge",
+          "refs/heads/pr/" + number};
+}
+
+// The refs that fit a pattern with at most one '*', which stands for one part of the name.
+bool fits(std::string_view pattern, std::string_view ref) {
+  const auto star = pattern.find('*');
+  if (star == pattern.npos) return pattern == ref;
+  const std::string_view before = pattern.substr(0, star), after = pattern.substr(star + 1);
+  return ref.size() > before.size() + after.size() && ref.starts_with(before) &&
+         ref.ends_with(after) &&
+         ref.substr(before.size(), ref.size() - before.size() - after.size()).find('/') == ref.npos;
+}
+
+std::string ref_of_request(const Git& git, std::int64_t request) {
+  const std::string number = std::to_string(request);
+  const std::vector<std::string> patterns = refs_of_request(number);
+  std::vector<std::string> command = {"for-each-ref", "--format=%(refname)"};
+  command.insert(command.end(), patterns.begin(), patterns.end());
+  const std::vector<std::string> refs = lines_of(git.run(command).out);
+  for (const std::string& pattern : patterns) {
+    for (const std::string& ref : refs) {
+      if (fits(pattern, ref)) return ref;
+    }
+  }
+  const std::string head = "pull/" + number + "/head";
+  throw GitHistoryError("no pull or merge request " + number + " has been fetched in " +
+                        shown(git.root().string()) + ": run " +
+                        git_utils::advised(git, "fetch origin " + head + ":refs/" + head) +
+                        ", or the same with merge-requests/" + number + "/head");
 }
 
 // The default branch of the one remote that is there when none is called "origin".
@@ -184,7 +263,9 @@ GitHistoryError no_base(const Git& git, std::string_view parameter) {
                          ": tried the remote's default branch (refs/remotes/origin/HEAD), main, "
                          "master, origin/main and origin/master: name one as " +
                          std::string(parameter) +
-                         (has_origin(git) ? ", or run " + fetching(git, "HEAD") : ""));
+                         (git.is_shallow()  ? ", or run " + unshallowing(git, "HEAD")
+                          : has_origin(git) ? ", or run " + fetching(git, "HEAD")
+                                            : ""));
 }
 
 std::string why_remote(std::string_view ref) {
@@ -197,6 +278,11 @@ struct Base {
   Side side;
   std::string why;
 };
+
+std::string request_name(std::string_view ref, std::int64_t request) {
+  const bool merges = ref.find("/mr/") != ref.npos || ref.find("merge-requests/") != ref.npos;
+  return (merges ? "merge request " : "pull request ") + std::to_string(request);
+}
 
 Base remote_base(const std::string& ref, const std::string& commit) {
   return {{short_name(ref), commit}, why_remote(ref)};
@@ -227,6 +313,15 @@ std::string first_line(const Git::Output& output) {
   return output.out.substr(0, output.out.find('\n'));
 }
 
+// A name that the repository lacks must not make a partial clone look for it elsewhere.
+void check_present(const Git& git, const std::optional<std::string>& name,
+                   std::string_view parameter) {
+  if (!name || !git_utils::is_object_id(*name) || !git_utils::is_partial_clone(git)) return;
+  const Git::Command command{{"cat-file", "-e", *name}, View::OBJECTS, {}, {}};
+  if (git.run(std::span(&command, 1)).front().status != 0)
+    throw unknown_name(git, *name, parameter);
+}
+
 Side named_side(const Git& git, const Questions& questions, std::size_t start,
                 const std::string& name, std::string_view parameter) {
   const auto found = questions.first(start, 3);
@@ -240,6 +335,9 @@ Sides find_sides(const Git& git, const Names& asked) {
   Names names = asked;
   // What is checked out is shown by its own name.
   if (names.head == "HEAD" || names.head == "@") names.head.reset();
+  if (names.pull_request) names.head = ref_of_request(git, *names.pull_request);
+  check_present(git, names.head, names.head_parameter);
+  check_present(git, names.base, names.base_parameter);
   Questions questions;
   const std::size_t head_at =
       names.head ? questions.add(meanings(*names.head)) : questions.add(std::array{"HEAD"});
@@ -259,6 +357,7 @@ Sides find_sides(const Git& git, const Names& asked) {
   sides.base_parameter = names.base_parameter;
   if (names.head) {
     sides.head = named_side(git, questions, head_at, *names.head, names.head_parameter);
+    if (names.pull_request) sides.head.name = request_name(*names.head, *names.pull_request);
   } else {
     if (!questions.first(head_at, 1)) throw git_utils::unborn_head_error(git);
     const std::string& commit = questions.commit(head_at);
@@ -277,6 +376,7 @@ Sides find_sides(const Git& git, const Names& asked) {
 }
 
 std::string find_commit(const Git& git, const std::string& name, std::string_view parameter) {
+  check_present(git, name, parameter);
   Questions questions;
   questions.add(meanings(name));
   const Git::Command command = questions.command();

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -26,11 +27,13 @@ struct Sides {
 struct Names {
   std::optional<std::string> base, head;
   std::string base_parameter, head_parameter;
+  std::optional<std::int64_t> pull_request = {};  ///< instead of a head: the number of one
 };
 
 /// Finds the commits of both sides with a fixed number of git processes. A plain name is the local
 /// branch of that name, else what git takes it for, else the branch of remote "origin".
-/// Raises GitHistoryError for names that name no commit, in terms of the parameter.
+/// A pull or merge request is looked for under the names that hosts and users fetch them to. Raises
+/// GitHistoryError for names that name no commit, in terms of the parameter.
 Sides find_sides(const git_utils::Git& git, const Names& names);
 
 /// The commit that a name means, as find_sides() reads names. Raises GitHistoryError in terms of

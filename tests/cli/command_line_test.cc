@@ -68,6 +68,29 @@ TEST(CommandLine, LetsTheLastOfAnOptionCount) {
   EXPECT_EQ(settings_for(Words{"graph", "--index", "x"}).command, Command::GRAPH);
 }
 
+TEST(CommandLine, ReadsRangesAsGitWritesThem) {
+  const struct {
+    const char* range;
+    std::optional<std::string> base, target;
+  } cases[] = {{"main..feature", "main", "feature"},
+               {"main...feature", "main", "feature"},
+               {"HEAD~3", "HEAD~3", {}},
+               {"HEAD~3..", "HEAD~3", {}},
+               {"..feature", "HEAD", "feature"},
+               {"feature", "feature", {}},
+               {"v1...", "v1", {}},
+               {"...x/y", "HEAD", "x/y"}};
+  for (const auto& [range, base, target] : cases) {
+    for (const Words& words : {Words{range}, Words{"-q", "delta", range}}) {
+      const Settings settings = settings_for(words);
+      EXPECT_EQ(settings.command, Command::DELTA) << range;
+      EXPECT_EQ(settings.request.base_branch, base) << range;
+      EXPECT_EQ(settings.request.target_branch, target) << range;
+      EXPECT_EQ(settings.request.base_parameter, "revision");
+    }
+  }
+}
+
 TEST(CommandLine, SaysWhatIsWrong) {
   const std::vector<std::pair<Words, std::string>> cases = {
       {{"--bugdet", "5"}, "unknown option --bugdet; did you mean --budget?"},
@@ -76,7 +99,15 @@ TEST(CommandLine, SaysWhatIsWrong) {
       {{"-x"}, "unknown option -x"},
       {{"-qx"}, "unknown option -x"},
       {{"idnex"}, "unknown command 'idnex'; did you mean index?"},
-      {{"-q", "feature"}, "unknown command 'feature'; a branch to compare with is named by --base"},
+      {{"one", "two"}, "unexpected argument 'two'"},
+      {{"a..b", "--base", "c"},
+       "'a..b' does not go with --base, --target and --pr: name both sides once"},
+      {{"..."}, "'...' names no revision"},
+      {{"--pr", "7", "--target", "a"},
+       "--pr does not go with --target: each names what is reviewed"},
+      {{"--staged", "--pr=7"}, "--staged reviews what is checked out and does not go with --pr"},
+      {{"a..b", "--uncommitted"},
+       "--uncommitted reviews what is checked out and does not go with a target"},
       {{"completion", "fihs"},
        "completion takes one of bash|zsh|fish, not 'fihs'; did you mean fish?"},
       {{"--no-snipets"}, "unknown option --no-snipets; did you mean --no-snippets?"},

@@ -112,6 +112,7 @@ TEST(Names, MeanTheLocalBranchFirstThenWhatGitSaysThenThatOfOrigin) {
 
 TEST(Errors, OfNamesSayWhatWhereAndWhatHelps) {
   GitRepository repository;
+  repository.write("file", "text\n");
   repository.commit();
   repository.git({"branch", "feature/login"});
   add_remote_branch(repository, "origin/release", "main");
@@ -136,8 +137,9 @@ TEST(Errors, OfNamesSayWhatWhereAndWhatHelps) {
        "target_branch 'main?HEAD' is no branch, tag or commit of ROOT: see git -C ROOT branch "
        "--all"},
       {"HEAD:",
-       "target_branch 'HEAD:' is no branch, tag or commit of ROOT: see git -C ROOT branch "
-       "--all"},
+       "target_branch 'HEAD:' is a tree of ROOT, not a commit: name a branch, tag or commit"},
+      {"HEAD:file",
+       "target_branch 'HEAD:file' is a blob of ROOT, not a commit: name a branch, tag or commit"},
       {"", "target_branch is empty: name a branch"},
   };
   for (const auto& [head, text] : cases) EXPECT_EQ(error_of(repository.root(), "main", head), text);
@@ -145,6 +147,36 @@ TEST(Errors, OfNamesSayWhatWhereAndWhatHelps) {
       error_of(repository.root(), "mian", {}),
       "base_branch 'mian' is no branch, tag or commit of ROOT (did you mean main?): see git -C "
       "ROOT branch --all");
+}
+
+TEST(PullRequests, AreFoundWhereHostsAndUsersFetchThem) {
+  GitRepository repository;
+  const std::string first = repository.commit();
+  const git_utils::Git git(repository.root());
+  const auto head = [&](std::int64_t number) {
+    const Sides sides = find_sides(git, {"main", {}, "--base", "--target", number});
+    EXPECT_EQ(sides.head.commit, first);
+    return sides.head.name;
+  };
+  const struct {
+    const char *ref, *name;
+  } cases[] = {{"refs/pull/1/head", "pull request 1"},
+               {"refs/merge-requests/2/head", "merge request 2"},
+               {"refs/remotes/origin/pr/3", "pull request 3"},
+               {"refs/remotes/fork/merge-requests/4/head", "merge request 4"},
+               {"refs/remotes/pull/5/merge", "pull request 5"}};
+  for (const auto& [ref, name] : cases) {
+    repository.git({"update-ref", ref, first});
+    EXPECT_EQ(head(name[std::string_view(name).size() - 1] - '0'), name);
+  }
+  repository.git({"update-ref", "refs/remotes/a/b/pr/6", first});
+  try {
+    head(6);
+    FAIL();
+  } catch (const GitHistoryError& error) {
+    EXPECT_EQ(std::string(error.what()).find("no pull or merge request 6 has been fetched in "), 0U)
+        << error.what();
+  }
 }
 
 TEST(Errors, OfHistoriesThatCannotBeCompared) {
@@ -200,24 +232,22 @@ TEST(Advice, LeadsFromAShallowCloneOfOneBranchToAComparison) {
   const auto named = clone("named"), not_named = clone("not named");
   const std::string unknown = error_of(named, "main", {});
   EXPECT_EQ(unknown,
-            "base_branch 'main' is no branch, tag or commit of ROOT: see git -C ROOT branch --all; "
-            "if it is a branch of the remote, run git -C ROOT fetch origin "
-            "main:refs/remotes/origin/main");
+            "base_branch 'main' is not in the shallow clone at ROOT: run git -C ROOT fetch "
+            "--unshallow origin main:refs/remotes/origin/main");
   follow(repository, named, unknown);
-  const std::string shallow = error_of(named, "main", {});
-  EXPECT_EQ(shallow,
-            "no merge base of 'main' and 'topic' in ROOT: its history is cut off (shallow clone): "
-            "run git -C ROOT fetch --unshallow");
-  follow(repository, named, shallow);
   EXPECT_EQ(error_of(named, "main", {}), "no error");
   EXPECT_EQ(error_of(named, "origin/main", {}), "no error");
 
   const std::string none = error_of(not_named, {}, {});
   EXPECT_TRUE(
-      none.ends_with("name one as base_branch, or run git -C 'ROOT' fetch origin "
+      none.ends_with("name one as base_branch, or run git -C 'ROOT' fetch --unshallow origin "
                      "HEAD:refs/remotes/origin/HEAD"))
       << none;
   repository.git({"-C", not_named, "fetch", "origin", "HEAD:refs/remotes/origin/HEAD"});
+  const std::string shallow = error_of(not_named, {}, {});
+  EXPECT_EQ(shallow,
+            "no merge base of 'origin/HEAD' and 'topic' in ROOT: its history is cut off (shallow "
+            "clone): run git -C 'ROOT' fetch --unshallow");
   follow(repository, not_named, "run git -C ROOT fetch --unshallow");
   const git_utils::Git git(not_named);
   EXPECT_EQ(History(git).branch_changes({}, {}, "target_branch").base_branch, "origin/HEAD");
