@@ -20,6 +20,7 @@ namespace {
 services::DeltaRequest scaled_request(const Settings& settings) {
   services::DeltaRequest request = settings.request;
   request.token_budget = request.token_budget * 100 / settings.token_scale;
+  request.tell_uncommitted = !settings.quiet;
   return request;
 }
 
@@ -32,15 +33,21 @@ services::DeltaAnswer make_answer(const Settings& settings, const services::Delt
   }
 }
 
-void remark(const services::DeltaAnswer& answer) {
-  if (answer.head_commit.empty()) return;
-  report("compared " + answer.base_commit + " with " + answer.head_commit);
+/// What a report for programs has no place for, and what was asked for with --verbose.
+void tell(const services::DeltaAnswer& answer, const Settings& settings) {
+  if (settings.verbose && !answer.head_commit.empty()) {
+    report("compared " + answer.base_commit + " with " + answer.head_commit);
+  }
+  if (settings.quiet || !settings.format->for_programs) return;
+  for (const std::string& remark : answer.remarks) report(remark);
 }
 
-std::string rendered(const json::Mapping& pack, const Settings& settings, std::int64_t budget) {
+std::string rendered(const services::DeltaAnswer& answer, const Settings& settings,
+                     std::int64_t budget) {
   render::ReportStyle style = report_style(settings);
   style.budget = budget;
-  return settings.format->render(pack, style);
+  style.remarks = answer.remarks;
+  return settings.format->render(answer.pack, style);
 }
 
 void write(const Settings& settings, std::string_view text) {
@@ -96,14 +103,14 @@ int run_delta(const Settings& settings) {
   }
   const services::DeltaRequest request = scaled_request(settings);
   const services::DeltaAnswer answer = make_answer(settings, request);
-  if (settings.verbose) remark(answer);
+  tell(answer, settings);
   const json::Mapping& pack = answer.pack;
   const json::Value* error = pack.find("error");
   if (error != nullptr) {
     report_failure(*error->as<std::string>(), EXIT_GIT, settings.format->for_programs);
     if (is_said_twice(settings)) return EXIT_GIT;
   }
-  write(settings, rendered(pack, settings, request.token_budget));
+  write(settings, rendered(answer, settings, request.token_budget));
   return error == nullptr ? pass_gates(settings, pack) : EXIT_GIT;
 }
 

@@ -47,7 +47,7 @@ void sections(Markup& page, const json::Mapping& pack, const PackView& view,
               const ReportStyle& style) {
   const LinkedPack linked = link_rows(view);
   const auto main = page.open("main", {{"id", "main"}, {"tabindex", "-1"}});
-  write_notices(page, view);
+  write_notices(page, view, style);
   write_budget(page, pack, view.tokens_used, style);
   write_files(page, linked);
   write_picture(page, linked);

@@ -116,10 +116,11 @@ void write_overview(Markup& page, const PackView& pack, const std::vector<Headin
   navigation(page, headings);
 }
 
-void write_notices(Markup& page, const PackView& pack) {
+void write_notices(Markup& page, const PackView& pack, const ReportStyle& style) {
   if (pack.error) notice(page, "error", "Error", *pack.error);
   if (pack.warning) notice(page, "warning", "Warning", *pack.warning);
   if (pack.message) notice(page, "message", "Nothing to review", with_option_names(*pack.message));
+  for (const std::string& remark : style.remarks) notice(page, "message", "Note", remark);
 }
 
 }  // namespace context_delta::render

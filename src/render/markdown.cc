@@ -255,7 +255,7 @@ std::string summary(const PackView& pack) {
   return line;
 }
 
-std::string head(const PackView& pack) {
+std::string head(const PackView& pack, const ReportStyle& style) {
   std::string text = std::string(MARKDOWN_MARKER) + "\n";
   if (pack.base_branch && pack.target_branch) {
     text += "### " + name(*pack.target_branch) + " since it left " + name(*pack.base_branch) + "\n";
@@ -267,6 +267,7 @@ std::string head(const PackView& pack) {
   if (pack.error) remark("Error", *pack.error);
   if (pack.message) remark("Nothing to review", with_option_names(*pack.message));
   if (pack.warning) remark("Warning", *pack.warning);
+  for (const std::string& note : style.remarks) remark("Note", plain_text(note));
   return text;
 }
 
@@ -294,7 +295,7 @@ std::string closing(const PackView& pack, const std::string& not_shown,
 
 std::string render_markdown(const json::Mapping& pack, const ReportStyle& style) {
   const PackView view = read_pack(pack, plain_text);
-  std::string report = head(view);
+  std::string report = head(view, style);
   const std::vector<Section> sections = {files(view),      symbols(view),    callers(view),
                                          neighbours(view), wiki_pages(view), snippets(view)};
   const auto room = rooms(sections, MOST_MARKDOWN_BYTES - CLOSING_BYTES - report.size());

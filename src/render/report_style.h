@@ -3,6 +3,8 @@
 #include <cstddef>
 #include <cstdint>
 #include <optional>
+#include <string>
+#include <vector>
 
 namespace context_delta::render {
 
@@ -17,6 +19,8 @@ struct ReportStyle {
   /// Percent by which the budget given was divided before the pack was built; advice is in its
   /// unit.
   std::int64_t token_scale = 100;
+  /// What else a person should know of the answer, a clause each.
+  std::vector<std::string> remarks = {};
 };
 
 }  // namespace context_delta::render

@@ -249,7 +249,7 @@ void snippet(TextPage& page, const SnippetRow& row) {
 
 void snippets(TextPage& page, const PackView& pack) {
   if (pack.snippets.empty()) return;
-  heading(page, "First changed lines", "as the working tree has them");
+  heading(page, "First changed lines", "as the reviewed commit has them");
   bool first = true;
   for (const SnippetRow& row : pack.snippets) {
     if (!std::exchange(first, false)) page.blank_line();
@@ -290,7 +290,8 @@ void left_out(TextPage& page, const PackView& pack, std::optional<std::int64_t> 
 }
 
 /// What must be known before the rows are read.
-void remarks(TextPage& page, const PackView& pack) {
+void remarks(TextPage& page, const PackView& pack, const ReportStyle& style) {
+  for (const std::string& remark : style.remarks) page.paragraph(plain_text(remark), Ink::DIM);
   if (pack.message) page.paragraph(with_option_names(*pack.message), Ink::PLAIN);
   if (pack.warning) page.paragraph("warning: " + *pack.warning, Ink::YELLOW);
   if (pack.error) page.paragraph("error: " + *pack.error, Ink::RED);
@@ -304,7 +305,7 @@ std::string render_text(const json::Mapping& pack, const ReportStyle& style) {
   comparison(page, view);
   totals(page, view);
   excluded(page, view);
-  remarks(page, view);
+  remarks(page, view, style);
   files(page, view);
   symbols(page, view);
   callers(page, view);

@@ -29,6 +29,8 @@ struct DeltaRequest {
   std::optional<std::int64_t> pull_request;  ///< the number of a fetched one, instead of a target
   Uncommitted uncommitted = Uncommitted::NOTHING;  ///< something only without a target branch
   std::int64_t token_budget = DEFAULT_TOKEN_BUDGET;
+  /// Tell in the remarks how many files hold uncommitted changes that are not reviewed.
+  bool tell_uncommitted = false;
   bool include_call_graph = true;
   bool include_snippets = false;
   bool source_only = true;

@@ -21,6 +21,16 @@ std::optional<git_utils::WorkTree> add_uncommitted(const git_utils::Git& git,
   return work_tree;
 }
 
+std::unique_ptr<UncommittedCount> count_of(const git_utils::Git& git, const DeltaRequest& request,
+                                           const std::string& head) {
+  const bool is_checked_out = !request.target_branch && !request.pull_request;
+  if (!request.tell_uncommitted || !is_checked_out || !git.has_work_tree() ||
+      request.uncommitted != Uncommitted::NOTHING) {
+    return nullptr;
+  }
+  return std::make_unique<UncommittedCount>(git, head);
+}
+
 }  // namespace
 
 Review::Review(const git_utils::Git& git, const DeltaRequest& request)
@@ -29,14 +39,25 @@ Review::Review(const git_utils::Git& git, const DeltaRequest& request)
                 request.target_parameter, request.pull_request})),
       work_tree_(add_uncommitted(git, request, sides_.head)),
       git_(work_tree_ ? work_tree_->git() : git),
+      count_(count_of(git, request, sides_.head.commit)),
       history_(git_),
       changes_(history_.branch_changes(sides_)) {
   // The commit that stands for what is not committed is none of the branch's.
   if (work_tree_) --changes_.commit_count;
 }
 
-std::vector<std::string> Review::remarks() const {
+std::vector<std::string> Review::remarks() {
   std::vector<std::string> remarks;
+  if (changes_.has_several_bases && !changes_.files.empty()) {
+    remarks.push_back(sides_.base.name + " and " + sides_.head.name +
+                      " have several merge bases: compared with the first that git names");
+  }
+  const std::size_t others = count_ == nullptr ? 0 : count_->finish().value_or(0);
+  if (others > 0) {
+    remarks.push_back(counted(others, "file") + " with uncommitted changes " +
+                      (others == 1 ? "is" : "are") + " not in this; --uncommitted reviews " +
+                      (others == 1 ? "it" : "them"));
+  }
   if (work_tree_ && work_tree_->left_out() > 0) {
     remarks.push_back(counted(work_tree_->left_out(), "new file") +
                       " of more than 64 MiB left out");

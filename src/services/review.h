@@ -1,10 +1,12 @@
 #pragma once
 
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "services/delta.h"
+#include "services/uncommitted_count.h"
 #include "utils/git_utils.h"
 #include "utils/git_work_tree.h"
 #include "workers/git_history.h"
@@ -26,12 +28,13 @@ class Review {
   const git_history::BranchChanges& changes() const { return changes_; }
   git_history::History& history() { return history_; }
   /// What else a person should know of the comparison, a clause each.
-  std::vector<std::string> remarks() const;
+  std::vector<std::string> remarks();
 
  private:
   git_history::Sides sides_;
   std::optional<git_utils::WorkTree> work_tree_;
   git_utils::Git git_;
+  std::unique_ptr<UncommittedCount> count_;  // runs beside the comparison; null: not asked for
   git_history::History history_;
   git_history::BranchChanges changes_;
 };

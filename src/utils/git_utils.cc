@@ -247,7 +247,7 @@ Git::Git(const std::filesystem::path& directory, const Limits& limits)
   state_->is_shallow = layout.is_shallow;
 }
 
-Git Git::with_objects(const std::filesystem::path& store) const {
+Git Git::copy() const {
   Git other;
   other.state_ = std::make_shared<State>();
   State& state = *other.state_;
@@ -256,10 +256,23 @@ Git Git::with_objects(const std::filesystem::path& store) const {
   state.root = state_->root;
   state.common_directory = state_->common_directory;
   state.object_format = state_->object_format;
-  state.more_objects = store;
+  state.more_objects = state_->more_objects;
   state.is_shallow = state_->is_shallow;
   state.has_work_tree = state_->has_work_tree;
   state.limits = state_->limits;
+  return other;
+}
+
+Git Git::with_objects(const std::filesystem::path& store) const {
+  Git other = copy();
+  other.state_->more_objects = store;
+  return other;
+}
+
+Git Git::with_limits(const Limits& limits) const {
+  Git other = copy();
+  other.state_->limits = limits;
+  if (limits.memory_bytes == 0) other.state_->limits.memory_bytes = half_of_memory();
   return other;
 }
 

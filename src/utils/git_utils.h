@@ -95,8 +95,9 @@ class Git {
   /// Whether history was cut off when the repository was cloned.
   bool is_shallow() const;
 
-  /// The same repository with the objects in the folder `store` too.
+  /// The same repository with the objects in the folder `store` too, or with other limits.
   Git with_objects(const std::filesystem::path& store) const;
+  Git with_limits(const Limits& limits) const;
 
   struct Output {
     int status = 0;      ///< exit status of git
@@ -140,6 +141,7 @@ class Git {
   friend class BlobReader;
   friend class WorkTree;
   Git() = default;
+  Git copy() const;
   struct State;
   std::shared_ptr<State> state_;
 };

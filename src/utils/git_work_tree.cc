@@ -140,10 +140,10 @@ struct WorkTree::Place {
     Git::Command made{{"-C", plain.root().string()}, View::OBJECTS, std::move(input), {}};
     made.arguments.insert(made.arguments.end(), settings.begin(), settings.end());
     made.arguments.insert(made.arguments.end(), arguments.begin(), arguments.end());
-    made.environment = {
-        "GIT_DIR=" + view.directory().string(), "GIT_WORK_TREE=" + plain.root().string(),
-        "GIT_INDEX_FILE=" + file("index").string(),
-        "GIT_OBJECT_DIRECTORY=" + file("objects").string()};
+    made.environment = {"GIT_DIR=" + view.directory().string(),
+                        "GIT_WORK_TREE=" + plain.root().string(),
+                        "GIT_INDEX_FILE=" + file("index").string(),
+                        "GIT_OBJECT_DIRECTORY=" + file("objects").string()};
     if (sees == Sees::NEW_STORE) return made;
     made.environment.push_back("GIT_ALTERNATE_OBJECT_DIRECTORIES=" +
                                in_list_of_stores(plain.common_directory() / "objects"));
@@ -222,14 +222,11 @@ const Git& WorkTree::git() const { return place_->overlaid; }
 std::size_t WorkTree::left_out() const { return place_->left_out; }
 
 std::size_t WorkTree::count_changes(const std::string& head) const {
-  const auto lists = place_->lists(
-      {place_->changed(), place_->untracked(),
-       place_->command({"diff-index", "--cached", "--raw", "-z", "--no-renames", head, "--"})});
-  std::set<std::string> paths(lists[1].begin(), lists[1].end());
-  for (const std::size_t i : {0, 2}) {
-    for (Change& change : changes_in(lists[i])) paths.insert(std::move(change.path));
-  }
-  return paths.size();
+  std::ofstream(place_->file("HEAD")) << head << "\n";
+  // "XY PATH" one after another, as there are no renames.
+  const std::string status = place_->run({"status", "--porcelain", "-z", "--no-renames",
+                                          "--untracked-files=all", "--ignore-submodules=dirty"});
+  return static_cast<std::size_t>(std::count(status.begin(), status.end(), '\0'));
 }
 
 // Whether a text keeps its carriage returns may depend on those that the index has of it.
@@ -271,9 +268,9 @@ std::string WorkTree::commit(const std::string& head, bool all) {
                           " are in conflict, so nothing can be committed: see " +
                           advised(place_->plain, "status"));
   }
-  const std::vector<Change> changes = changes_in(between_zeros(
-      place_->run({"diff-index", "--cached", "--raw", "--no-abbrev", "-z", "--no-renames",
-                   "--ita-invisible-in-index", head, "--"})));
+  const std::vector<Change> changes = changes_in(
+      between_zeros(place_->run({"diff-index", "--cached", "--raw", "--no-abbrev", "-z",
+                                 "--no-renames", "--ita-invisible-in-index", head, "--"})));
   if (changes.empty()) return head;
   const std::string id = place_->run({"-c", "fastimport.unpackLimit=0", "fast-import", "--quiet"},
                                      commit_stream(head, changes));

@@ -25,7 +25,7 @@ class WorkTree {
   ~WorkTree();
 
   /// How many files a commit of everything would change, new files that are not ignored among them.
-  /// `head` is the full id of the commit that is checked out.
+  /// `head` is the full id of the commit that is checked out. Not before commit().
   std::size_t count_changes(const std::string& head) const;
 
   /// A commit on top of `head` of what is staged, or with `all` of all changes and new files that

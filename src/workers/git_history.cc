@@ -206,7 +206,8 @@ BranchChanges History::branch_changes(const Sides& sides) {
                         comparison.commit_count,
                         sides.base.commit,
                         sides.head.commit,
-                        note_on(sides, comparison)};
+                        note_on(sides, comparison),
+                        comparison.has_several_bases};
   Read read{sides.base.commit, sides.head.commit, true, {}};
   for (DiffFile& file : comparison.files) {
     read.spans.emplace(file.change.path, std::move(file.spans));

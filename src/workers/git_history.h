@@ -38,6 +38,7 @@ struct BranchChanges {
   std::string base_commit;        ///< what the base names, not the merge base
   std::string head_commit;
   std::optional<std::string> note;  ///< a remark on the comparison, for a person
+  bool has_several_bases = false;   ///< merge bases; compared with the first that git names
 };
 
 /// The changed line spans of each file, in the order of the file, by path.

@@ -37,8 +37,8 @@ std::map<std::string, std::pair<std::string, fs::file_time_type>> files_of(const
   return files;
 }
 
-constexpr std::array<const char*, 8> PATHS = {"a.py",      "b.txt",     "lib/c.py", "lib/d/e.py",
-                                              "lib/d",     "\xE9 x.py", "out/new",  "n\nl"};
+constexpr std::array<const char*, 8> PATHS = {"a.py",  "b.txt",     "lib/c.py", "lib/d/e.py",
+                                              "lib/d", "\xE9 x.py", "out/new",  "n\nl"};
 
 class Uncommitted : public testing::TestWithParam<std::uint32_t> {
  protected:
@@ -54,9 +54,11 @@ class Uncommitted : public testing::TestWithParam<std::uint32_t> {
     const std::string hook = repository_.beside() / "hook";
     std::ofstream(hook) << "#!/bin/sh\n" << spy << "\n";
     chmod(hook.c_str(), 0755);
-    for (const auto& [name, value] : std::map<std::string, std::string>{
-             {"filter.spy.clean", spy}, {"diff.spy.textconv", hook}, {"core.fsmonitor", hook},
-             {"core.hooksPath", repository_.beside()}}) {
+    for (const auto& [name, value] :
+         std::map<std::string, std::string>{{"filter.spy.clean", spy},
+                                            {"diff.spy.textconv", hook},
+                                            {"core.fsmonitor", hook},
+                                            {"core.hooksPath", repository_.beside()}}) {
       repository_.git({"config", name, value});
     }
   }
@@ -106,8 +108,8 @@ class Uncommitted : public testing::TestWithParam<std::uint32_t> {
              fs::copy_options::recursive | fs::copy_options::copy_symlinks);
     const auto git = [&](std::vector<std::string> arguments) {
       arguments.insert(arguments.begin(),
-                       {"-C", copy, "-c", "core.fsmonitor=false", "-c", "filter.spy.clean=",
-                        "-c", "core.safecrlf=false", "-c", "core.hooksPath=/dev/null"});
+                       {"-C", copy, "-c", "core.fsmonitor=false", "-c", "filter.spy.clean=", "-c",
+                        "core.safecrlf=false", "-c", "core.hooksPath=/dev/null"});
       return repository_.git(arguments);
     };
     if (all) git({"add", "-A"});
@@ -190,6 +192,38 @@ TEST(UncommittedReview, HasItsSymbolsCallersAndTexts) {
         R"("fqn": "app.run")", R"("calls": "store.save")", R"("path": "fresh.py")"}) {
     EXPECT_NE(all.find(part), std::string::npos) << part << "\n" << all;
   }
+}
+
+TEST(UncommittedReview, IsOfferedWhereSomethingIsNotCommitted) {
+  test::GitRepository repository;
+  repository.write("a.py", "a = 1\n");
+  repository.write("b.py", "b = 1\n");
+  repository.write(".gitignore", "*.o\n");
+  repository.commit();
+  const auto remarks = [&](const char* target) {
+    services::DeltaRequest request;
+    if (target != nullptr) request.target_branch = target;
+    request.tell_uncommitted = true;
+    std::string all;
+    for (const std::string& remark :
+         services::delta_answer(Git(repository.root()), repository.beside() / "index", request,
+                                update)
+             .remarks) {
+      all += remark + "\n";
+    }
+    return all;
+  };
+  EXPECT_EQ(remarks(nullptr), "");
+  repository.write("new.o", "ignored\n");
+  repository.write("a.py", "a = 2\n");
+  EXPECT_EQ(remarks(nullptr),
+            "1 file with uncommitted changes is not in this; --uncommitted reviews it\n");
+  repository.git({"add", "-A"});
+  repository.write("folder/new.py", "new = 2\n");
+  repository.remove("b.py");
+  EXPECT_EQ(remarks(nullptr),
+            "3 files with uncommitted changes are not in this; --uncommitted reviews them\n");
+  EXPECT_EQ(remarks("main"), "");
 }
 
 TEST(UncommittedReview, SaysWhatCannotBeReviewed) {

@@ -17,9 +17,9 @@ bool has_word(const std::array<std::string_view, COUNT>& words, std::string_view
 template <std::size_t FIELDS, std::size_t COUNT>
 const std::array<std::string_view, FIELDS>* find_record(
     const std::array<std::array<std::string_view, FIELDS>, COUNT>& records, std::string_view key) {
-  const auto place =
-      std::lower_bound(records.begin(), records.end(), key,
-                       [](const auto& record, std::string_view wanted) { return record[0] < wanted; });
+  const auto place = std::lower_bound(
+      records.begin(), records.end(), key,
+      [](const auto& record, std::string_view wanted) { return record[0] < wanted; });
   return place == records.end() || (*place)[0] != key ? nullptr : &*place;
 }
 

@@ -2,8 +2,8 @@
 ///
 ///     tables_to_header TABLES.txt HEADER.h NAMESPACE
 ///
-/// TABLES.txt is plain text. `#` begins a comment at the start of a line; sections begin with a line
-/// in brackets:
+/// TABLES.txt is plain text. `#` begins a comment at the start of a line; sections begin with a
+/// line in brackets:
 ///
 ///     [nodes]          lines `KIND name ...`: what the grammar calls its nodes. Makes `enum class
 ///                      Node`, which starts with OTHER and ERROR, and NODE_NAMES.
@@ -90,7 +90,8 @@ class Tables {
 
   void add_record(const std::string& line) {
     std::vector<std::string> fields(1);
-    for (const char byte : line) byte == '|' ? fields.emplace_back() : fields.back() += byte, void();
+    for (const char byte : line)
+      byte == '|' ? fields.emplace_back() : fields.back() += byte, void();
     std::string made;
     for (std::string& field : fields) {
       const std::size_t first = field.find_first_not_of(' ');
@@ -106,7 +107,8 @@ class Tables {
 
   void close() {
     if (section_ == "nodes") {
-      out_ << "\nenum class Node : std::uint8_t {\n  OTHER,\n  ERROR,\n" << items_ << "};\n"
+      out_ << "\nenum class Node : std::uint8_t {\n  OTHER,\n  ERROR,\n"
+           << items_ << "};\n"
            << "\ninline constexpr auto NODE_NAMES = std::to_array<std::pair<std::string_view, "
               "Node>>({\n    {\"ERROR\", Node::ERROR},\n"
            << names_ << "});\n";
@@ -132,12 +134,14 @@ class Tables {
   }
   void in_order(const std::string& key) {
     if (count_++ > 0 && key == last_) fail("'" + key + "' is repeated");
-    if (count_ > 1 && key < last_) fail("'" + key + "' is out of order: it comes before '" + last_ + "'");
+    if (count_ > 1 && key < last_)
+      fail("'" + key + "' is out of order: it comes before '" + last_ + "'");
     last_ = key;
   }
   static std::string quoted(const std::string& text) {
     std::string made = "\"";
-    for (const char byte : text) made += (byte == '"' || byte == '\\' ? "\\" : "") + std::string(1, byte);
+    for (const char byte : text)
+      made += (byte == '"' || byte == '\\' ? "\\" : "") + std::string(1, byte);
     return made + "\"";
   }
   [[noreturn]] static void fail(const std::string& what) { throw std::runtime_error(what); }
