@@ -150,6 +150,32 @@ TEST(PythonNames, FollowThePackage) {
   EXPECT_EQ(source.resolve("tools/run.py").qualified_names[0], "run.main");
 }
 
+TEST(Names, DifferWhereDefinitionsOfSeveralFilesDo) {
+  MemorySource source;
+  source.add("x/util.py", "def f(): pass\n");
+  source.add("y/util.py", "def f(): pass\n");
+  source.add("one/app/__init__.py", "");
+  source.add("one/app/m.py", "def f(): pass\n");
+  source.add("two/app/__init__.py", "def f(): pass\n");
+  source.add("two/app/sub/__init__.py", "");
+  source.add("a.c", "static int f(int);\nstatic int f(int n) { return n; }\nint once(void) {}\n");
+  source.add("b/b.c", "static int f(void) { return 1; }\nint main(void) {}\nint only(void) {}\n");
+  source.add("b/main.cc", "namespace n { int f() { return 1; } }\nint main() {}\n");
+  source.add("b/b.h", "int main(void);\nint only(void);\n");
+  source.add("c.cc", "namespace n { namespace { int f() { return 2; } } }\n");
+  const auto names = [&](const std::string& path) { return source.resolve(path).qualified_names; };
+  using Names = std::vector<std::string>;
+  EXPECT_EQ(names("x/util.py"), Names{"x.util.f"});
+  EXPECT_EQ(names("y/util.py"), Names{"y.util.f"});
+  EXPECT_EQ(names("one/app/m.py"), Names{"one.app.m.f"});
+  EXPECT_EQ(names("two/app/__init__.py"), Names{"two.app.f"});
+  EXPECT_EQ(names("a.c"), (Names{"a.c:f", "a.c:f", "once"}));
+  EXPECT_EQ(names("b/b.c"), (Names{"b/b.c:f", "b/b.c:main", "only"}));
+  EXPECT_EQ(names("b/b.h"), (Names{"main", "only"}));
+  EXPECT_EQ(names("b/main.cc").back(), "b/main.cc:main");
+  EXPECT_NE(names("c.cc").back(), names("b/main.cc")[1]);
+}
+
 TEST(CExtraction, Definitions) {
   EXPECT_EQ(extraction_of("m.c", R"(#define LIMIT 3
 #define MAX(a, b) \

@@ -6,6 +6,7 @@
 #include "indexer/languages/c_family/includes.h"
 #include "indexer/languages/c_family/library.h"
 #include "indexer/languages/c_family/linkage.h"
+#include "indexer/languages/c_family/naming.h"
 #include "indexer/languages/kit/facts_builder.h"
 #include "indexer/languages/kit/guesses.h"
 #include "indexer/languages/kit/scopes.h"
@@ -19,7 +20,7 @@ using kit::Binder;
 class Resolver {
  public:
   Resolver(const File& file, const Facts& facts, World& world)
-      : facts_(facts), world_(world), scopes_(facts), linkage_(file, world) {
+      : file_(file), facts_(facts), world_(world), scopes_(facts), linkage_(file, world) {
     neighbourhood_.file = &file;
     neighbourhood_.imported = linkage_.seen().ids();
   }
@@ -31,6 +32,7 @@ class Resolver {
   void resolve_type(std::int32_t index, const Reference& reference);
   bool is_shadowed(const Reference& reference) const;
 
+  const File& file_;
   const Facts& facts_;
   World& world_;
   kit::ScopeIndex scopes_;
@@ -40,8 +42,9 @@ class Resolver {
 };
 
 Resolution Resolver::run() {
-  for (const Definition& definition : facts_.definitions) {
-    made_.qualified_names.push_back(definition.name);
+  for (std::size_t i = 0; i < facts_.definitions.size(); ++i) {
+    made_.qualified_names.push_back(c_family::distinct_name(
+        file_, facts_, static_cast<DefinitionIndex>(i), facts_.definitions[i].name, world_));
   }
   for (std::size_t i = 0; i < facts_.references.size(); ++i) {
     const Reference& reference = facts_.references[i];

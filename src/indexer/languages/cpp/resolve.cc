@@ -5,6 +5,7 @@
 
 #include "indexer/languages/c_family/includes.h"
 #include "indexer/languages/c_family/library.h"
+#include "indexer/languages/c_family/naming.h"
 #include "indexer/languages/cpp/cpp.h"
 #include "indexer/languages/cpp/lookup.h"
 #include "indexer/languages/kit/facts_builder.h"
@@ -32,7 +33,7 @@ std::string qualified_name(const Facts& facts, DefinitionIndex index) {
 class Resolver {
  public:
   Resolver(const File& file, const Facts& facts, World& world)
-      : facts_(facts), world_(world), lookup_(file, facts, world) {
+      : file_(file), facts_(facts), world_(world), lookup_(file, facts, world) {
     neighbourhood_.file = &file;
     neighbourhood_.imported = lookup_.linkage().seen().ids();
   }
@@ -52,6 +53,7 @@ class Resolver {
   void guess(std::int32_t index, const Reference& reference, Shape shape, std::string_view why);
   bool fits(const Candidate& candidate, const Reference& reference, Shape shape) const;
 
+  const File& file_;
   const Facts& facts_;
   World& world_;
   Lookup lookup_;
@@ -61,7 +63,9 @@ class Resolver {
 
 Resolution Resolver::run() {
   for (std::size_t i = 0; i < facts_.definitions.size(); ++i) {
-    made_.qualified_names.push_back(qualified_name(facts_, static_cast<DefinitionIndex>(i)));
+    const auto index = static_cast<DefinitionIndex>(i);
+    made_.qualified_names.push_back(
+        c_family::distinct_name(file_, facts_, index, qualified_name(facts_, index), world_));
   }
   for (std::size_t i = 0; i < facts_.references.size(); ++i) {
     const Reference& reference = facts_.references[i];

@@ -54,6 +54,27 @@ ModuleAnswer find_relative(const File& importer, std::string_view dotted, World&
   return {module_at(join(folder, with_slashes(dotted)), world), true};
 }
 
+/// The dotted name of a path below `root`.
+std::string dotted_below(std::string_view root, std::string_view path) {
+  path.remove_prefix(root.empty() ? 0 : root.size() + 1);
+  path = path.substr(0, path.rfind('.'));
+  const bool is_package = base_name(path) == "__init__";
+  if (is_package && path != "__init__") path = folder_of(path);
+  std::string name(path);
+  std::replace(name.begin(), name.end(), '/', '.');
+  return name;
+}
+
+/// Whether another top package has the name of the one at `path`.
+bool has_twin_package(std::string_view path, World& world) {
+  for (const File* other : world.files_named("__init__.py")) {
+    const std::string_view folder = folder_of(other->path);
+    const bool twin = folder != path && base_name(folder) == base_name(path);
+    if (twin && !has_package(folder_of(folder), world)) return true;
+  }
+  return false;
+}
+
 /// Packages anywhere whose dotted name is exactly this.
 std::vector<const File*> packages_named(std::string_view dotted, World& world) {
   const std::string path = with_slashes(dotted);
@@ -83,15 +104,27 @@ std::string package_root(const File& file, World& world) {
 }
 
 std::string module_name(const File& file, World& world) {
+  return dotted_below(package_root(file, world), file.path);
+}
+
+std::string distinct_module_name(const File& file, World& world) {
   const std::string root = package_root(file, world);
-  std::string_view inner = file.path;
-  inner.remove_prefix(root.empty() ? 0 : root.size() + 1);
-  inner = inner.substr(0, inner.rfind('.'));
-  const bool is_package = base_name(inner) == "__init__";
-  if (is_package && inner != "__init__") inner = folder_of(inner);
-  std::string name(inner);
-  std::replace(name.begin(), name.end(), '/', '.');
-  return name;
+  if (root.empty()) return dotted_below(root, file.path);
+  bool twin = false;
+  if (root == folder_of(file.path)) {
+    const std::string_view stem = base_name(file.path).substr(0, base_name(file.path).rfind('.'));
+    for (const std::string_view suffix : {".py", ".pyi"}) {
+      for (const File* other : world.files_named(std::string(stem) + std::string(suffix))) {
+        const std::string_view folder = folder_of(other->path);
+        twin = twin || (folder != root && !has_package(folder, world));
+      }
+    }
+  } else {
+    const std::size_t end = file.path.find('/', root.size() + 1);
+    const std::string package = file.path.substr(0, end);
+    twin = has_twin_package(package, world);
+  }
+  return dotted_below(twin ? std::string() : root, file.path);
 }
 
 ModuleAnswer find_module(const File& importer, std::string_view dotted, World& world) {

@@ -15,6 +15,10 @@ std::string package_root(const File& file, World& world);
 /// The dotted name of a file, `package.module`; a package is named by its `__init__.py`.
 std::string module_name(const File& file, World& world);
 
+/// The same, from the top of the repository when another file has that name too: what tells the
+/// definitions of `x/util.py` and `y/util.py` apart where neither folder is a package.
+std::string distinct_module_name(const File& file, World& world);
+
 /// What an import path means for the file that imports it.
 struct ModuleAnswer {
   const File* file = nullptr;  ///< null: not in the repository

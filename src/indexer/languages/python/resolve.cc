@@ -65,7 +65,7 @@ class Resolver {
 };
 
 Resolution Resolver::run() {
-  const std::string module = module_name(file_, world_);
+  const std::string module = distinct_module_name(file_, world_);
   made_.module_name = module;
   for (std::size_t i = 0; i < facts_.definitions.size(); ++i) {
     const std::string local = local_name(facts_, static_cast<DefinitionIndex>(i));
