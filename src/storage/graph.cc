@@ -25,6 +25,7 @@ JOIN scopes ON scopes.id = (files.id << ?1 | symbols.scope)
 JOIN kinds ON kinds.id = symbols.kind
 ORDER BY files.path, first_line, symbols.id)";
 
+// A call is exported once: of the two ends that a call of a class has, the class.
 constexpr std::string_view CALLS = R"(
 SELECT caller_file.path, caller.name, caller.first_line, calls.line,
        callee_file.path, callee.name, callee.first_line, calls.evidence & 1 = 0, notes.rule
@@ -34,6 +35,7 @@ CROSS JOIN files AS caller_file ON caller_file.id = calls.caller >> ?1
 CROSS JOIN symbols AS callee ON callee.id = calls.callee
 CROSS JOIN files AS callee_file ON callee_file.id = calls.callee >> ?1
 JOIN notes ON notes.id = calls.evidence >> 1 & 1023
+WHERE notes.rule <> 'construction'
 ORDER BY caller_file.path, calls.line, calls.caller, calls.evidence & 1, calls.evidence >> 11,
          callee_file.path, calls.callee, notes.rule, notes.why)";
 

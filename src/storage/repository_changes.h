@@ -46,8 +46,8 @@ std::unordered_map<std::string, FileImpact> file_impact(const storage::Database&
                                                         std::span<const std::string> paths);
 
 /// The symbols of `kinds` on these lines, at most `per_file` of each file, by path, first line, id.
-/// A line belongs to the innermost symbol of the change kinds around it: a class is listed only
-/// when lines of it outside its members changed.
+/// A line belongs to the innermost symbol of the change kinds around it, and to each that starts on
+/// it: a class is listed only when its first line or lines of it outside its members changed.
 std::vector<SymbolOnLines> symbols_on_lines(const storage::Database& db, const LineRanges& ranges,
                                             std::span<const std::string_view> kinds,
                                             std::int64_t per_file);

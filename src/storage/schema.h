@@ -8,7 +8,7 @@
 namespace context_delta::storage {
 
 /// Raised whenever a table changes: an index of another version is replaced.
-inline constexpr std::int64_t SCHEMA_VERSION = 6;
+inline constexpr std::int64_t SCHEMA_VERSION = 7;
 
 /// Symbols of a file are numbered in the order of its definitions, from 1; 0 is the file's top
 /// level. An id is the file's number followed by the symbol's.
@@ -28,6 +28,8 @@ constexpr std::int64_t call_evidence(bool guessed, std::int64_t note, std::int64
                                      std::int64_t candidates) {
   return (((rank << 12 | (candidates - 1)) << 10 | note) << 1) | (guessed ? 1 : 0);
 }
+constexpr bool is_guessed(std::int64_t evidence) { return (evidence & 1) != 0; }
+constexpr std::int64_t note_of(std::int64_t evidence) { return evidence >> 1 & 1023; }
 inline constexpr std::int64_t MOST_NOTES = 1 << 10;
 inline constexpr std::int64_t MOST_CANDIDATES = 1 << 12;
 

@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <array>
 #include <random>
 #include <string>
 #include <string_view>
@@ -10,6 +11,7 @@
 
 #include "indexer/update.h"
 #include "storage/graph.h"
+#include "storage/repository_changes.h"
 #include "support/git_repository.h"
 #include "support/index_dump.h"
 
@@ -48,6 +50,10 @@ const std::vector<Variants> FILES = {
       ""}},
     {"util.h",
      {"int twice(int n);\n#define HALF(n) ((n) / 2)\n", "#define twice(n) ((n) * 2)\n", ""}},
+    {"x/tool.py", {"def go(): pass\n", ""}},
+    {"y/tool.py",
+     {"def go(): pass\n", "class Made:\n    def __init__(self): pass\n\nMade()\n",
+      "class Made:\n    def __new__(cls): pass\n\nMade()\n", ""}},
     {"pkg/__init__.py", {"from .base import Base, make\n", "from .base import *\n", ""}},
     {"pkg/base.py",
      {"class Base:\n    def run(self):\n        return self.step()\n\n    def step(self):\n"
@@ -330,6 +336,38 @@ TEST(RealLanguagesGraph, CallsAcrossFilesAreProven) {
   EXPECT_TRUE(has(R"("caller_file": "k/Use.java")",
                   R"("callee_file": "j/Sub.java", "callee_name": "run")"));
   EXPECT_TRUE(has(R"("caller_file": "j/Sub.java")", R"("callee_name": "go")"));
+}
+
+TEST(RealLanguagesGraph, AChangedConstructorHasTheCallersOfItsClass) {
+  test::GitRepository repository;
+  repository.write("e.js", "class E extends Error { constructor(){} }\nfunction f() { new E() }\n");
+  repository.write("p.py", "class P:\n    def __init__(self):\n        pass\n");
+  repository.write("q.py", "from p import P\n\ndef make():\n    return P()\n");
+  const std::string commit = repository.commit();
+  storage::Repository index(repository.beside() / "index.sqlite");
+  indexer::update(index, git_utils::Git(repository.root()), commit);
+  const std::vector<std::string_view> kinds = {"class", "constructor", "function"};
+  const auto callers = [&](const std::string& path, std::int64_t line) {
+    std::vector<std::string> found;
+    for (const auto& symbol :
+         repository_changes::symbols_on_lines(index.db, {{path, {{line, line}}}}, kinds, 9)) {
+      const std::array<std::int64_t, 1> id = {symbol.id};
+      for (const storage::Caller& caller : index.callers_of(id, false, 9)) {
+        found.push_back(symbol.name + " < " + caller.name);
+      }
+    }
+    return found;
+  };
+  EXPECT_EQ(callers("e.js", 1), (std::vector<std::string>{"E < f", "constructor < f"}));
+  EXPECT_EQ(callers("p.py", 1), std::vector<std::string>{"P < make"});
+  EXPECT_EQ(callers("p.py", 3), std::vector<std::string>{"__init__ < make"});
+  int calls = 0;
+  storage::export_calls(index.db, [&](std::string_view) { ++calls; });
+  EXPECT_EQ(calls, 2) << "a call is exported once";
+  EXPECT_EQ(storage::graph_size(index.db).proven_calls, 2);
+  const std::vector<std::string> paths = {"p.py"};
+  EXPECT_EQ(repository_changes::file_impact(index.db, paths).at("p.py").references, 2)
+      << "the import and the call";
 }
 
 /// The parser would ask for gigabytes, or for minutes, to find its way through such texts.

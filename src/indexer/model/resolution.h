@@ -10,6 +10,10 @@
 /// What the rules found out about one file in the light of the repository.
 namespace context_delta::indexer {
 
+/// The rule of the edge to the constructor that a call of a class runs, where the language calls
+/// classes: a second end of a call whose first is the class.
+inline constexpr std::string_view CONSTRUCTION = "construction";
+
 /// A reference tied to a definition.
 struct Edge {
   std::int32_t reference = 0;  ///< index in Facts::references of the file resolved

@@ -10,6 +10,7 @@ constexpr auto RULES = std::to_array<Rule>({
     {"builtin", "the language itself defines the name"},
     {"class", "the name is found in the classes around the call"},
     {"constructed", "the receiver is of exactly the class that the text constructs"},
+    {"construction", "the call names the class whose constructor this is, or one that inherits it"},
     {"constructor", "the call constructs an object of the class that it names"},
     {"declaration", "the function is declared where the call can see it and defined once"},
     {"declared-type", "the receiver's type is written"},

@@ -83,8 +83,10 @@ class SegmentCutter {
     }
     return index;
   }
+  /// The line on which the outer one starts stays its own as well.
   void take_out(DefinitionIndex outer, const Definition& inner) {
-    add(outer, std::min(inner.first_line - 1, definition_at(*rows_.facts, outer).last_line));
+    const Definition& around = definition_at(*rows_.facts, outer);
+    add(outer, std::min(std::max(inner.first_line - 1, around.first_line), around.last_line));
     std::int32_t& next = next_lines_[static_cast<std::size_t>(outer)];
     next = std::max(next, inner.last_line + 1);
   }
@@ -103,7 +105,8 @@ void add_edges(FileRows& rows, const File& file, const Resolution& resolution) {
   for (const Edge& edge : resolution.edges) {
     if (edge.target.file == nullptr || edge.target.definition < 0) continue;
     const Reference& reference = facts.references.at(static_cast<std::size_t>(edge.reference));
-    if (edge.proven && edge.target.file->id != file.id) ++uses[edge.target.file->id];
+    const bool counts = edge.proven && edge.rule != CONSTRUCTION;
+    if (counts && edge.target.file->id != file.id) ++uses[edge.target.file->id];
     if (!is_call(reference.role)) continue;
     rows.calls.push_back(
         {.caller = caller_of(facts, reference.enclosing),

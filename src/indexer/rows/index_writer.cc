@@ -62,7 +62,10 @@ IndexWriter::IndexWriter(const storage::Database& database)
       use_blob_(database, "UPDATE blobs SET unused = 0 WHERE id = ?1 AND unused <> 0"),
       leave_blob_(database, "UPDATE blobs SET unused = ?2 WHERE id = ?1") {
   Statement row(database, "SELECT id, rule, why FROM notes");
-  while (row.step()) notes_[{std::string(row.text(1)), std::string(row.text(2))}] = row.integer(0);
+  while (row.step()) {
+    notes_[{std::string(row.text(1)), std::string(row.text(2))}] = row.integer(0);
+    if (row.text(1) == CONSTRUCTION) constructions_.insert(row.integer(0));
+  }
   generation_ = database.integer("SELECT generation + 1 FROM state");
   write_kinds(database);
 }
@@ -75,6 +78,7 @@ void IndexWriter::clear() {
       "DELETE FROM files; DELETE FROM resolutions; DELETE FROM scopes; DELETE FROM symbols;"
       "DELETE FROM segments; DELETE FROM calls; DELETE FROM notes");
   notes_.clear();
+  constructions_.clear();
 }
 
 std::int64_t IndexWriter::language_id(std::string_view name) {
@@ -121,14 +125,18 @@ void IndexWriter::write_file(const CatalogueFile& file, const FileRows& rows, bo
 
 void IndexWriter::write_resolution(std::int64_t file, const FileRows& rows,
                                    std::span<const PackedCall> calls) {
-  const auto guessed = std::count_if(calls.begin(), calls.end(),
-                                     [](const PackedCall& call) { return call.evidence & 1; });
+  std::int64_t proven = 0;
+  std::int64_t guessed = 0;
+  for (const PackedCall& call : calls) {
+    if (constructions_.contains(storage::note_of(call.evidence))) continue;
+    ++(storage::is_guessed(call.evidence) ? guessed : proven);
+  }
   const std::string keys = pack_keys(rows.dependencies);
   const std::string packed = pack_calls(calls);
   const std::string uses = pack_uses(rows.uses);
   insert_resolution_.bind(1, file)
       .bind(2, std::ssize(rows.facts->definitions))
-      .bind(3, std::ssize(calls) - guessed)
+      .bind(3, proven)
       .bind(4, guessed)
       .bind_blob(5, keys)
       .bind_blob(6, packed)
@@ -308,6 +316,7 @@ std::int64_t IndexWriter::note_id(std::string_view rule, std::string_view why) {
   const auto [place, added] =
       notes_.try_emplace({std::string(rule), std::string(why)}, std::ssize(notes_) + 1);
   if (!added) return place->second;
+  if (rule == CONSTRUCTION) constructions_.insert(place->second);
   if (place->second >= storage::MOST_NOTES) {
     throw std::logic_error("more rules and reasons than the index can hold");
   }

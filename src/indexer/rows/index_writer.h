@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <map>
+#include <set>
 #include <span>
 #include <string>
 #include <string_view>
@@ -68,6 +69,7 @@ class IndexWriter {
 
   const storage::Database& database_;
   std::map<std::pair<std::string, std::string>, std::int64_t> notes_;
+  std::set<std::int64_t> constructions_;  // notes of the rule CONSTRUCTION
   std::int64_t generation_ = 0;
   storage::RowInserter insert_symbols_, insert_scopes_, insert_segments_, insert_calls_;
   storage::Statement insert_blob_, erase_call_, insert_resolution_, select_calls_, select_uses_,

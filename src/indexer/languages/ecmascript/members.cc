@@ -217,6 +217,21 @@ Value Evaluator::own_member(const Value& owner, std::string_view name, bool of_c
   return made;
 }
 
+std::optional<Value> Evaluator::constructor(const Value& type) {
+  for (const Value& each : ancestry(type).classes) {
+    const Interface& known = facts(*each.file);
+    std::optional<DefinitionIndex> found;  // the body, else the first signature
+    for (const Binder& binder : scopes(*each.file).find(each.definition, "constructor")) {
+      if (binder.kind != Binder::Kind::DEFINITION) continue;
+      const Definition& member = definition_at(known, binder.index);
+      if (member.kind != Kind::CONSTRUCTOR) continue;
+      if (!found || (member.traits & DECLARATION) == 0) found = binder.index;
+    }
+    if (found) return definition_value(*each.file, *found);
+  }
+  return {};
+}
+
 std::vector<Value> Evaluator::bases(const Value& of, bool& complete) {
   const Definition& own = definition(of);
   std::vector<Value> found;

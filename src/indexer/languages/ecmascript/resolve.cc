@@ -38,6 +38,7 @@ class Resolver {
   Value meaning(const Reference& reference, Value& owner);
   void resolve_call(std::int32_t index, const Value& value, const Value& owner);
   void prove(std::int32_t index, const Value& value, std::string_view rule);
+  void tie_constructor(std::int32_t index, const Value& type);
   void guess(std::int32_t index, const Value& value, const Value& owner);
   void dispatch(std::int32_t index, const Value& value, std::string_view why,
                 const std::vector<Candidate>& overrides);
@@ -124,7 +125,10 @@ void Resolver::resolve_call(std::int32_t index, const Value& given, const Value&
   if (value.kind == Value::Kind::EXTERNAL || value.kind == Value::Kind::NONE) return;
   const bool broken = (reference.traits & BROKEN) != 0;
   if (!value.is_definition() || !value.sure || broken) return guess(index, value, owner);
-  if (value.kind == Value::Kind::CLASS) return prove(index, value, value.rule);
+  if (value.kind == Value::Kind::CLASS) {
+    prove(index, value, value.rule);
+    return tie_constructor(index, value);
+  }
   const Definition& method = values_.definition(value);
   if ((method.traits & PROPERTY) != 0) return;
   const bool abstract = (method.traits & VIRTUAL) != 0;
@@ -153,6 +157,12 @@ void Resolver::prove(std::int32_t index, const Value& value, std::string_view ru
   const std::optional<Candidate> target = candidate_of(value);
   if (!target) return;
   made_.edges.push_back({.reference = index, .target = *target, .proven = true, .rule = rule});
+}
+
+/// `new` of a class runs its constructor, or the one that it inherits.
+void Resolver::tie_constructor(std::int32_t index, const Value& type) {
+  const std::optional<Value> constructor = values_.constructor(type);
+  if (constructor) prove(index, *constructor, CONSTRUCTION);
 }
 
 std::optional<Candidate> Resolver::candidate_of(const Value& value) {

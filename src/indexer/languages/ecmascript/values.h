@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <map>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -97,6 +98,9 @@ class Evaluator {
   Value as_whole(const Value& value, Space space, int depth = 0);
   /// What calling or constructing a value gives.
   Value called(const Value& given, const Value& receiver, int depth = 0);
+
+  /// What `new` of a class runs; none when no class of the repository defines it.
+  std::optional<Value> constructor(const Value& type);
 
   const Ancestry& ancestry(const Value& of);
   /// Whether `of` is a strict subclass of `base`, or implements it.

@@ -40,6 +40,7 @@ class Resolver {
   void resolve(std::int32_t index);
   Value meaning(const Reference& reference, Value& owner);
   void prove(std::int32_t index, const Value& value, std::string_view rule);
+  void tie_constructor(std::int32_t index, const Value& type, bool proven);
   void resolve_call(std::int32_t index, const Value& value, const Value& owner);
   void guess(std::int32_t index, const Value& value, const Value& owner);
   void dispatch(std::int32_t index, const Value& value, const Value& owner,
@@ -112,7 +113,8 @@ void Resolver::resolve_call(std::int32_t index, const Value& value, const Value&
   if (!value.is_definition() || !value.sure || broken) return guess(index, value, owner);
   if (value.kind == Value::Kind::CLASS) {
     const bool any_subclass = !value.exact && value.rule == "self";
-    return any_subclass ? guess(index, value, owner) : prove(index, value, value.rule);
+    any_subclass ? guess(index, value, owner) : prove(index, value, value.rule);
+    return tie_constructor(index, value, !any_subclass);
   }
   const Definition& method = values_.definition(value);
   if ((method.traits & PROPERTY) != 0) return;
@@ -134,6 +136,24 @@ void Resolver::prove(std::int32_t index, const Value& value, std::string_view ru
   const std::optional<Candidate> target = candidate_of(value);
   if (!target) return;
   made_.edges.push_back({.reference = index, .target = *target, .proven = true, .rule = rule});
+}
+
+/// A call of a class runs its constructor, or the one that it inherits.
+void Resolver::tie_constructor(std::int32_t index, const Value& type, bool proven) {
+  for (const std::string_view name : {"__new__", "__init__"}) {
+    const Value found = values_.member(
+        {.kind = Value::Kind::CLASS, .file = type.file, .definition = type.definition}, name);
+    if (found.kind != Value::Kind::FUNCTION) continue;
+    const std::optional<Candidate> target = candidate_of(found);
+    if (!target) continue;
+    const bool sure = proven && found.sure;
+    const std::string_view why = proven ? found.doubt : "a subclass may be constructed instead";
+    made_.edges.push_back({.reference = index,
+                           .target = *target,
+                           .proven = sure,
+                           .rule = CONSTRUCTION,
+                           .why = sure ? std::string_view() : why});
+  }
 }
 
 std::optional<Candidate> Resolver::candidate_of(const Value& value) {
