@@ -17,7 +17,11 @@ context_delta_answer(${folder}/context-delta.fish completion fish)
 context_delta_answer(${folder}/context-delta.1 manual)
 add_custom_command(OUTPUT ${folder}/context-delta.1.gz
   COMMAND gzip -9nkf ${folder}/context-delta.1 DEPENDS ${folder}/context-delta.1 VERBATIM)
-add_custom_target(documents ALL DEPENDS ${answers} ${folder}/context-delta.1.gz)
+file(WRITE ${folder}/git-context-delta.1 ".so man1/context-delta.1\n")
+add_custom_command(OUTPUT ${folder}/git-context-delta.1.gz
+  COMMAND gzip -9nkf ${folder}/git-context-delta.1 VERBATIM)
+add_custom_target(documents ALL DEPENDS ${answers} ${folder}/context-delta.1.gz
+  ${folder}/git-context-delta.1.gz)
 
 set(share ${CMAKE_INSTALL_DATADIR})
 install(FILES ${folder}/context-delta.bash DESTINATION ${share}/bash-completion/completions
@@ -26,7 +30,8 @@ install(FILES ${folder}/_context-delta DESTINATION ${share}/zsh/vendor-completio
   COMPONENT program)
 install(FILES ${folder}/context-delta.fish DESTINATION ${share}/fish/vendor_completions.d
   COMPONENT program)
-install(FILES ${folder}/context-delta.1.gz DESTINATION ${CMAKE_INSTALL_MANDIR}/man1
+install(FILES ${folder}/context-delta.1.gz ${folder}/git-context-delta.1.gz
+  DESTINATION ${CMAKE_INSTALL_MANDIR}/man1
   COMPONENT program)
 file(GLOB documents CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/docs/*.md)
 install(FILES ${PROJECT_SOURCE_DIR}/README.md DESTINATION ${CMAKE_INSTALL_DOCDIR}

@@ -10,6 +10,8 @@ std::span<const Described> examples() {
   static const Described EXAMPLES[] = {
       {"context-delta", "the checked-out branch since it left the default branch"},
       {"context-delta --base release/2", "since it left another one"},
+      {"context-delta main..feature", "another branch, which need not be checked out"},
+      {"context-delta --uncommitted HEAD", "what is not committed yet"},
       {"context-delta --budget 16000", "more of it"},
       {"context-delta --snippets --wiki docs",
        "with changed lines, and the pages that may be out of date"},

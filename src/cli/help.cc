@@ -100,7 +100,8 @@ std::string help_text(Command command, bool whole) {
            (command == Command::DELTA ? "" : std::string(row.name) + " ") + "--help\n";
   }
   if (command == Command::DELTA) {
-    text += "\nUsage: context-delta [COMMAND] [OPTIONS]\n" + titled("Commands", command_lines());
+    text += "\nUsage: context-delta [COMMAND] [OPTIONS] [BASE..TARGET | BASE]\n" +
+            titled("Commands", command_lines());
   }
   text += titled("Options of " + std::string(row.name), option_lines(command, false)) +
           titled("Options of every command", option_lines(command, true));

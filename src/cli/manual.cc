@@ -99,8 +99,10 @@ std::string manual_page() {
   return ".TH CONTEXT\\-DELTA 1 \"\" \"context\\-delta " CONTEXT_DELTA_VERSION
          "\" \"User commands\"\n" +
          section("NAME") + "context\\-delta \\- " + escaped(purpose()) + "\n" +
-         section("SYNOPSIS") + bold("context-delta") + " [\\fICOMMAND\\fR] [\\fIOPTIONS\\fR]\n" +
-         section("DESCRIPTION") +
+         section("SYNOPSIS") + bold("context-delta") +
+         " [\\fICOMMAND\\fR] [\\fIOPTIONS\\fR] [\\fIBASE\\fR..\\fITARGET\\fR | "
+         "\\fIBASE\\fR]\n.br\n" +
+         bold("git context-delta") + " ...\n" + section("DESCRIPTION") +
          escaped(
              "Shows what a branch changed since it left its base, cut to a budget of tokens: "
              "the changed files by impact, the symbols on the changed lines, the callers that "
@@ -108,6 +110,13 @@ std::string manual_page() {
              "and counts of all that was left out. The repository is indexed on the first "
              "run and kept up to date by later ones. Nothing in it is executed, fetched or "
              "written, but for the index in its git directory.") +
+         "\n.PP\n" +
+         escaped(
+             "BASE..TARGET and BASE...TARGET mean the same: what TARGET changed since it left "
+             "BASE. "
+             "Either is any commit: a branch, a tag, an id, HEAD~3; a TARGET left out is what is "
+             "checked out, and so is a BASE left out before the dots. Nothing is checked out for "
+             "it, and a bare repository will do.") +
          "\n" + section("EXAMPLES") + items(examples()) + section("COMMANDS") + command_items() +
          section("OPTIONS") + option_items(false) + ".SS Of every command\n" + option_items(true) +
          section("PRECEDENCE") +

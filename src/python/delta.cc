@@ -40,10 +40,15 @@ services::DeltaRequest request_of(const DeltaArguments& arguments) {
   return request;
 }
 
-json::Mapping pack_of(const std::filesystem::path& root, const std::filesystem::path& index_path,
+json::Mapping pack_of(const NativeRepository& repository, const std::filesystem::path& root,
                       const services::DeltaRequest& request, const Object& no_progress) {
+  const std::filesystem::path& index_path = repository.db().path;
   try {
     const git_utils::Git git(root);
+    if (git.common_directory() != repository.common_directory()) {
+      throw py::value_error("repo_root " + root.string() + " is not in the repository " +
+                            repository.root().string());
+    }
     return services::delta_answer(git, index_path, request, updater(no_progress)).pack;
   } catch (const git_utils::GitHistoryError& error) {
     return services::error_result(error);
@@ -73,12 +78,11 @@ Object native_delta_pack(const NativeRepository& repository, const DeltaArgument
   repository.check_open();
   const services::DeltaRequest request = request_of(arguments);
   const std::filesystem::path root = path_of(arguments.repo_root);
-  const std::filesystem::path index = repository.db().path;
   const Object no_progress;
   json::Mapping pack;
   {
     const py::gil_scoped_release unlocked;
-    pack = pack_of(root, index, request, no_progress);
+    pack = pack_of(repository, root, request, no_progress);
   }
   return object_of(pack);
 }

@@ -129,6 +129,7 @@ NativeRepository::NativeRepository(const Object& path, const Object& index) {
   const py::gil_scoped_release unlocked;
   const git_utils::Git git(directory);
   root_ = git.root();
+  common_directory_ = git.common_directory();
   if (db_.path.empty()) db_.path = storage::default_index_path(git.common_directory());
 }
 

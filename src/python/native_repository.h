@@ -29,6 +29,8 @@ class NativeRepository {
   NativeRepository(const Object& path, const Object& index);
 
   const std::filesystem::path& root() const { return root_; }
+  /// The git directory that all of its work trees share.
+  const std::filesystem::path& common_directory() const { return common_directory_; }
   const NativeDatabase& db() const { return db_; }
   void close() { closed_ = true; }
   void check_open() const;
@@ -48,7 +50,7 @@ class NativeRepository {
       std::int64_t per_file) const;
 
  private:
-  std::filesystem::path root_;
+  std::filesystem::path root_, common_directory_;
   NativeDatabase db_;
   bool closed_ = false;
 };

@@ -35,6 +35,11 @@ constexpr Parameter PARAMETERS[] = {
      .type = Type::STRING,
      .description = "branch, tag or commit to review, checked out or not; null: what is checked "
                     "out"},
+    {.name = "uncommitted",
+     .type = Type::BOOLEAN,
+     .description = "review the changes and new files that are not committed too; only without "
+                    "target_branch. base_branch \"HEAD\" then shows them alone",
+     .default_number = 0},
     {.name = "token_budget",
      .type = Type::INTEGER,
      .description = "most tokens of the answer's rows; ask again with more when truncated is true",
@@ -60,12 +65,13 @@ constexpr Parameter PARAMETERS[] = {
 };
 
 constexpr std::string_view DESCRIPTION =
-    "What did a branch change, for review? Compares commits: the branch since it left its base. "
+    "What did a branch change, for review? Compares any two commits, checked out or not: the "
+    "branch since it left its base; with uncommitted, also what is not committed yet. "
     "Answers in one piece, cut to a token budget, with the changed files by impact, the symbols on "
     "the changed lines, their callers (proven; guessed ones apart, in neighbours), and counts of "
     "all that was left out. Use it first when reviewing a branch or a pull request, or to see what "
-    "a change may break. Do not use it for changes that are not committed, for the full text of a "
-    "diff (git diff), for reading files, or for code that did not change. The first call on a "
+    "a change may break. Do not use it for the full text of a diff (git diff), "
+    "for reading files, or for code that did not change. The first call on a "
     "repository indexes it, which may take a while.";
 
 std::optional<std::string> text_of(const Call& call, std::string_view name) {
@@ -82,6 +88,12 @@ services::DeltaRequest request_of(const Surroundings& surroundings, const Call& 
   services::DeltaRequest request;
   request.base_branch = text_of(call, "base_branch");
   request.target_branch = text_of(call, "target_branch");
+  if (flag_of(call, "uncommitted")) {
+    if (request.target_branch) {
+      throw ToolError("uncommitted reviews what is checked out: leave target_branch out");
+    }
+    request.uncommitted = services::Uncommitted::ALL;
+  }
   request.token_budget =
       *call.arguments.at("token_budget").as<std::int64_t>() * 100 / surroundings.token_scale;
   request.include_call_graph = flag_of(call, "include_call_graph");

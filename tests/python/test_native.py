@@ -154,6 +154,16 @@ def test_errors_have_types_of_their_own(root, tmp_path):
         context_delta.handle_build_delta_context_pack(repository, root)
 
 
+def test_the_root_is_one_of_the_repository(root, tmp_path):
+    subprocess.run(["git", "clone", "-q", root, tmp_path / "other"], check=True)
+    subprocess.run(["git", "-C", root, "worktree", "add", "-q", tmp_path / "linked"], check=True)
+    repository = context_delta.Repository(root)
+    with pytest.raises(ValueError, match="other is not in the repository"):
+        context_delta.handle_build_delta_context_pack(repository, tmp_path / "other")
+    pack = context_delta.handle_build_delta_context_pack(repository, tmp_path / "linked")
+    assert "error" not in pack
+
+
 def test_budgets_of_any_size(root):
     repository = context_delta.Repository(root)
     all_rows = context_delta.handle_build_delta_context_pack(repository, root,

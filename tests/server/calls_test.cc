@@ -59,6 +59,9 @@ TEST_F(Calls, AnswerWithThePackInBothHalves) {
   const Json none = called({{"base_branch", "HEAD"}});
   EXPECT_EQ(none["result"]["isError"], false);
   EXPECT_TRUE(none["result"]["structuredContent"].contains("message"));
+  reviewed.git.write("fresh.py", "def fresh():\n    return 1\n");
+  const Json uncommitted = called({{"base_branch", "HEAD"}, {"uncommitted", true}});
+  EXPECT_EQ(uncommitted["result"]["structuredContent"]["symbols"][0]["fqn"], "fresh.fresh");
   const Json error = called({{"base_branch", "mian"}});
   EXPECT_EQ(error["result"]["isError"], true);
   EXPECT_NE(text_of(error).find("base_branch"), std::string::npos);
@@ -84,6 +87,8 @@ TEST_F(Calls, WithWrongArgumentsSayWhatIsRight) {
       {{{"token_budget", "4000"}}, "token_budget must be an integer from 0 to 20000"},
       {{{"include_snippets", "yes"}}, "include_snippets must be true or false"},
       {{{"base_branch", ""}}, "base_branch must not be empty"},
+      {{{"uncommitted", true}, {"target_branch", "main"}},
+       "uncommitted reviews what is checked out"},
       {{{"base_branch", Json::array()}}, "base_branch must be a string"},
       {{{"repo_root", std::string("/\0x", 3)}}, "repo_root must not hold the character NUL"},
   };

@@ -1,6 +1,7 @@
 #include <array>
 #include <atomic>
 #include <filesystem>
+#include <fstream>
 #include <random>
 #include <set>
 #include <string>
@@ -138,6 +139,33 @@ TEST_P(AnyCommit, IsAnsweredAsIfItWereCheckedOut) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Histories, AnyCommit, testing::Range(1U, 6U));
+
+TEST(Wiki, IsJudgedAtTheReviewedCommit) {
+  test::GitRepository repository;
+  const fs::path wiki = repository.beside() / "wiki";
+  fs::create_directories(wiki);
+  std::string text = "def f():\n";
+  for (int i = 0; i < 9; ++i) text += "    print(" + std::to_string(i) + ")\n";
+  repository.write("old.py", text);
+  const std::string first = repository.commit();
+  std::ofstream(wiki / "page.md") << "---\nsources: [old.py]\ncommit: " << first << "\n---\n# P\n";
+  repository.git({"switch", "-q", "-c", "work"});
+  repository.git({"mv", "old.py", "new.py"});
+  repository.write("new.py", text + "    print(9)\n");
+  repository.commit();
+  repository.git({"switch", "-q", "main"});
+  services::DeltaRequest request;
+  request.target_branch = "work";
+  request.wiki = wiki;
+  const DeltaAnswer answer = services::delta_answer(git_utils::Git(repository.root()),
+                                                    repository.beside() / "index", request, update);
+  const auto& pages = *answer.pack.at("wiki_pages").as<json::List>();
+  ASSERT_EQ(pages.size(), 1U);
+  const auto& page = *pages[0].as<json::Mapping>();
+  EXPECT_TRUE(*page.at("stale").as<bool>());
+  EXPECT_EQ(*page.at("reason").as<std::string>(),
+            "written at " + first.substr(0, 7) + ", old.py deleted since");
+}
 
 /// The pack under other names of the branches.
 std::string unnamed(json::Mapping pack) {
