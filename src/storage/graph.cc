@@ -27,17 +27,22 @@ ORDER BY files.path, first_line, symbols.id)";
 
 // A call is exported once: of the two ends that a call of a class has, the class.
 constexpr std::string_view CALLS = R"(
-SELECT caller_file.path, caller.name, caller.first_line, calls.line,
-       callee_file.path, callee.name, callee.first_line, calls.evidence & 1 = 0, notes.rule
-FROM calls
-CROSS JOIN symbols AS caller ON caller.id = calls.caller
-CROSS JOIN files AS caller_file ON caller_file.id = calls.caller >> ?1
-CROSS JOIN symbols AS callee ON callee.id = calls.callee
-CROSS JOIN files AS callee_file ON callee_file.id = calls.callee >> ?1
-JOIN notes ON notes.id = calls.evidence >> 1 & 1023
+WITH edges AS (
+  SELECT callee, caller, line, evidence FROM calls WHERE callee > 0
+  UNION ALL
+  SELECT targets.symbol, caller, line, evidence
+  FROM calls CROSS JOIN targets ON targets.dispatch = -calls.callee WHERE callee < 0)
+SELECT caller_file.path, caller.name, caller.first_line, edges.line,
+       callee_file.path, callee.name, callee.first_line, edges.evidence & 1 = 0, notes.rule
+FROM edges
+CROSS JOIN symbols AS caller ON caller.id = edges.caller
+CROSS JOIN files AS caller_file ON caller_file.id = edges.caller >> ?1
+CROSS JOIN symbols AS callee ON callee.id = edges.callee
+CROSS JOIN files AS callee_file ON callee_file.id = edges.callee >> ?1
+JOIN notes ON notes.id = edges.evidence >> 1 & 1023
 WHERE notes.rule <> 'construction'
-ORDER BY caller_file.path, calls.line, calls.caller, calls.evidence & 1, calls.evidence >> 11,
-         callee_file.path, calls.callee, notes.rule, notes.why)";
+ORDER BY caller_file.path, edges.line, edges.caller, edges.evidence & 1, edges.evidence >> 11,
+         callee_file.path, edges.callee, notes.rule, notes.why)";
 
 enum class Form { TEXT, NUMBER, TRUTH };
 

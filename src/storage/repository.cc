@@ -58,13 +58,17 @@ const fs::path& with_folder(const fs::path& path) {
 constexpr std::string_view CALLERS = R"(
 WITH
 wanted AS (SELECT DISTINCT value AS id FROM json_each(?1)),
+sought AS (  -- what calls of each of them may name
+  SELECT id, id AS name FROM wanted
+  UNION ALL
+  SELECT id, -dispatch FROM wanted CROSS JOIN targets ON symbol = id),
 by_caller AS (
-  SELECT callee, caller,
+  SELECT sought.id AS callee, caller,
          max(evidence & 1 = 0) AS proven,
          coalesce(min(line) FILTER (WHERE evidence & 1 = 0), min(line)) AS call_line,
          min(evidence) AS evidence
-  FROM wanted CROSS JOIN calls ON calls.callee = wanted.id
-  GROUP BY callee, caller),
+  FROM sought CROSS JOIN calls ON calls.callee = sought.name
+  GROUP BY sought.id, caller),
 of_kind AS (
   SELECT by_caller.*, files.path,
          caller >> ?4 = callee >> ?4 AS same_file,

@@ -83,8 +83,16 @@ CREATE TABLE segments(       -- lines whose innermost symbol is this one
   first_line INTEGER NOT NULL,
   kind INTEGER NOT NULL,
   PRIMARY KEY (file, last_line, symbol)) WITHOUT ROWID;
+CREATE TABLE dispatches(     -- symbols any of which may run for a call
+  id INTEGER PRIMARY KEY,
+  symbols BLOB NOT NULL UNIQUE);  -- their ids, packed
+CREATE TABLE targets(        -- the same, symbol by symbol
+  symbol INTEGER NOT NULL,
+  dispatch INTEGER NOT NULL,
+  PRIMARY KEY (symbol, dispatch)) WITHOUT ROWID;
+CREATE INDEX targets_by_dispatch ON targets(dispatch);
 CREATE TABLE calls(
-  callee INTEGER NOT NULL,
+  callee INTEGER NOT NULL,   -- a symbol, or (negative) a dispatch
   caller INTEGER NOT NULL,
   line INTEGER NOT NULL,
   evidence INTEGER NOT NULL, -- odd: guessed; see call_evidence()

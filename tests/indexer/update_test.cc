@@ -59,6 +59,32 @@ TEST_F(Update, DoesNothingWhenTheIndexAnswersAlready) {
   EXPECT_EQ(git.processes_started(), processes);
 }
 
+TEST_F(Update, DispatchesFollowTheirTargets) {
+  const std::string has_m = "class A\n  def m\n  def n\n";
+  for (const char* path : {"a.toy", "b.toy", "c.toy"}) indexed.git.write(path, has_m);
+  for (const char* path : {"u.toy", "v.toy"}) indexed.git.write(path, "call m\ncall m\ncall n\n");
+  indexed.git.commit();
+  Repository repository(indexed.index_path());
+  indexed.update(repository);
+  const auto sets = [&] { return repository.db.integer("SELECT count(*) FROM dispatches"); };
+  EXPECT_EQ(sets(), 2) << "one a method, whoever calls it";
+  struct Step {
+    const char* text;
+    std::int64_t resolved, sets;
+  };
+  // Whoever calls a target that has but moved is not resolved again.
+  for (const Step& step :
+       {Step{"def x\ndef y\nclass A\n  def m\n  def n\n", 1, 2},
+        Step{"class A\n  def n\n  def x\n", 3, 2}, Step{"class A\n  def n\n", 1, 2},
+        Step{"def n\n", 3, 1}, Step{"class A\n  def m\n  def n\n", 3, 2}}) {
+    indexed.git.write("a.toy", step.text);
+    indexed.git.commit();
+    EXPECT_EQ(indexed.update(repository).resolved, step.resolved) << step.text;
+    EXPECT_EQ(sets(), step.sets) << step.text;
+    EXPECT_EQ(difference(cold_dump(), index_dump(repository.db)), "") << step.text;
+  }
+}
+
 TEST_F(Update, SwitchingToABranchIndexedBeforeParsesNothing) {
   commit_files(30);
   indexed.git.git({"checkout", "-q", "-b", "side"});

@@ -81,7 +81,11 @@ std::vector<Edge> AnnotatedRepository::edges_at(const Place& place) {
     if (reference.line != place.line || reference.name != place.word) continue;
     known = true;
     for (const Edge& edge : resolution.edges) {
-      if (edge.reference == static_cast<std::int32_t>(i)) found.push_back(edge);
+      if (edge.reference != static_cast<std::int32_t>(i)) continue;
+      for (const indexer::Place& target : targets(resolution, edge)) {
+        found.push_back(edge);
+        found.back().target = target;
+      }
     }
   }
   if (!known) throw std::runtime_error("no reference to '" + place.word + "' at the mark");

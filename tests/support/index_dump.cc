@@ -21,17 +21,25 @@ constexpr const char* ROWS[] = {
        FROM scopes LEFT JOIN files ON files.id = scopes.id >> 20)",
     R"(SELECT 'segment', path, last_line, symbol, first_line, kind
        FROM segments LEFT JOIN files ON files.id = file)",
-    R"(SELECT 'call', f.path, callee & 1048575, g.path, caller & 1048575, line, evidence & 1,
+    R"(WITH edges AS (SELECT callee, caller, line, evidence FROM calls WHERE callee > 0
+         UNION ALL SELECT symbol, caller, line, evidence
+         FROM calls LEFT JOIN targets ON dispatch = -callee WHERE callee < 0)
+       SELECT 'call', f.path, callee & 1048575, g.path, caller & 1048575, line, evidence & 1,
               evidence >> 11, rule, why
-       FROM calls LEFT JOIN files AS f ON f.id = callee >> 20
+       FROM edges LEFT JOIN files AS f ON f.id = callee >> 20
        LEFT JOIN files AS g ON g.id = caller >> 20
        LEFT JOIN notes ON notes.id = evidence >> 1 & 1023)",
     R"(SELECT 'resolution', path, resolutions.symbols, proven, guessed, hex(dependencies) FROM resolutions
        LEFT JOIN files ON files.id = file)",
+    R"(SELECT 'dispatch', group_concat(place, ' ') FROM
+         (SELECT dispatches.id, path || ':' || (symbol & 1048575) AS place
+          FROM dispatches LEFT JOIN targets ON dispatch = dispatches.id
+          LEFT JOIN files ON files.id = symbol >> 20 ORDER BY place)
+       GROUP BY id)",
     R"(SELECT 'index', name FROM sqlite_master)",
 };
 
-constexpr int COLUMNS[] = {3, 11, 14, 6, 6, 10, 6, 2};
+constexpr int COLUMNS[] = {3, 11, 14, 6, 6, 10, 6, 2, 2};
 
 }  // namespace
 

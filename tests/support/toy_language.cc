@@ -1,5 +1,6 @@
 #include "support/toy_language.h"
 
+#include <algorithm>
 #include <array>
 #include <atomic>
 #include <optional>
@@ -131,6 +132,14 @@ class Resolver {
       if (reference.role == Role::TYPE || candidate.least_arguments == reference.arguments) {
         fitting.push_back(candidate);
       }
+    }
+    const auto is_member = [](const Candidate& each) { return !each.container.empty(); };
+    if (fitting.size() > 1 && std::all_of(fitting.begin(), fitting.end(), is_member)) {
+      resolution.edges.push_back({index, fitting.front(), false, "dispatch", "in classes",
+                                  static_cast<std::int32_t>(fitting.size()), 0,
+                                  static_cast<std::int32_t>(resolution.dispatches.size())});
+      resolution.dispatches.emplace_back(fitting.begin(), fitting.end());
+      return;
     }
     std::int32_t rank = 0;
     for (const Candidate& candidate : fitting) {

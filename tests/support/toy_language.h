@@ -12,7 +12,8 @@ namespace context_delta::test {
 ///   beside NAME / anywhere NAME     calls NAME proven in a file of the same folder / in files
 ///                                   whose last path component is "common.toy"
 /// Calls are proven in their own file and through includes (and the includes of these), guessed
-/// among all definitions that take their number of arguments otherwise.
+/// among all definitions that take their number of arguments otherwise; dispatched when these are
+/// several, all in classes.
 const indexer::Language& toy_language();
 
 /// The same with a higher version.

@@ -99,6 +99,10 @@ class SegmentCutter {
   std::vector<std::int32_t> next_lines_;  // for each definition, the first line not yet given away
 };
 
+std::int64_t symbol_at(const Place& place) {
+  return storage::symbol_id(place.file->id, place.definition + 1);
+}
+
 void add_edges(FileRows& rows, const File& file, const Resolution& resolution) {
   const Facts& facts = *rows.facts;
   std::map<std::int64_t, std::int64_t> uses;
@@ -107,18 +111,24 @@ void add_edges(FileRows& rows, const File& file, const Resolution& resolution) {
     const Reference& reference = facts.references.at(static_cast<std::size_t>(edge.reference));
     const bool counts = edge.proven && edge.rule != CONSTRUCTION;
     if (counts && edge.target.file->id != file.id) ++uses[edge.target.file->id];
+    const bool dispatched = edge.dispatch >= 0;
     if (!is_call(reference.role)) continue;
-    rows.calls.push_back(
-        {.caller = caller_of(facts, reference.enclosing),
-         .line = reference.line,
-         .callee = storage::symbol_id(edge.target.file->id, edge.target.definition + 1),
-         .proven = edge.proven,
-         .rule = edge.rule,
-         .why = edge.why,
-         .candidates = edge.candidates,
-         .rank = edge.rank});
+    rows.calls.push_back({.caller = caller_of(facts, reference.enclosing),
+                          .line = reference.line,
+                          .callee = dispatched ? 0 : symbol_at(edge.target),
+                          .dispatch = edge.dispatch,
+                          .proven = edge.proven,
+                          .rule = edge.rule,
+                          .why = edge.why,
+                          .candidates = edge.candidates,
+                          .rank = edge.rank});
   }
   for (const auto& [target, count] : uses) rows.uses.push_back({target, count});
+  for (const Dispatch& each : resolution.dispatches) {
+    std::vector<std::int64_t>& symbols = rows.dispatches.emplace_back();
+    for (const Place& target : each) symbols.push_back(symbol_at(target));
+    std::sort(symbols.begin(), symbols.end());
+  }
 }
 
 }  // namespace

@@ -27,7 +27,8 @@ struct FileRows {
   struct Call {
     DefinitionIndex caller = NOWHERE;
     std::int32_t line = 1;
-    std::int64_t callee = 0;  ///< id of the symbol
+    std::int64_t callee = 0;     ///< id of the symbol; 0 of a dispatched call
+    std::int32_t dispatch = -1;  ///< index in `dispatches`, in place of a callee
     bool proven = false;
     std::string_view rule;
     std::string_view why;
@@ -40,7 +41,8 @@ struct FileRows {
   std::vector<std::uint32_t> scopes_of;  ///< for each definition, its scope
   std::vector<Segment> segments;
   std::vector<Call> calls;
-  std::vector<Use> uses;  ///< by file
+  std::vector<std::vector<std::int64_t>> dispatches;  ///< ids of symbols, in order
+  std::vector<Use> uses;                              ///< by file
   std::vector<std::uint32_t> dependencies;
   std::int64_t symbols = 0;  ///< definitions of change kinds
 };

@@ -32,6 +32,9 @@ std::int64_t call_evidence(const FileRows::Call& call, std::int64_t note) {
   return storage::call_evidence(true, note, std::max(call.rank, 0), candidates);
 }
 
+/// Calls of one group follow each other in the table.
+std::int64_t group_of(std::int64_t callee) { return callee < 0 ? callee : callee >> SYMBOL_BITS; }
+
 std::vector<PackedCall> difference(std::span<const PackedCall> all,
                                    std::span<const PackedCall> without) {
   std::vector<PackedCall> rest;
@@ -44,6 +47,7 @@ std::vector<PackedCall> difference(std::span<const PackedCall> all,
 
 IndexWriter::IndexWriter(const storage::Database& database)
     : database_(database),
+      dispatches_(database),
       insert_symbols_(database, "INSERT INTO symbols", 10),
       insert_scopes_(database, "INSERT INTO scopes", 4),
       insert_segments_(database, "INSERT INTO segments", 5),
@@ -77,6 +81,7 @@ void IndexWriter::clear() {
   database_.execute(
       "DELETE FROM files; DELETE FROM resolutions; DELETE FROM scopes; DELETE FROM symbols;"
       "DELETE FROM segments; DELETE FROM calls; DELETE FROM notes");
+  dispatches_.clear();
   notes_.clear();
   constructions_.clear();
 }
@@ -198,11 +203,25 @@ void IndexWriter::renumber(std::int64_t file, const std::vector<DefinitionIndex>
   for (const auto& [caller, calls] : renumbered) insert_calls(caller, calls);
 }
 
+std::vector<std::int64_t> IndexWriter::callers_of_lost(
+    std::int64_t file, const std::vector<DefinitionIndex>& numbers) {
+  std::vector<std::int64_t> files;
+  Statement row(database_,
+                "SELECT DISTINCT symbol, caller >> ?3 FROM targets CROSS JOIN calls "
+                "ON callee = -dispatch WHERE symbol >= ?1 AND symbol < ?2");
+  row.bind(1, symbol_id(file, 0)).bind(2, symbol_id(file + 1, 0)).bind(3, SYMBOL_BITS);
+  while (row.step()) {
+    const auto number = static_cast<std::size_t>((row.integer(0) & storage::MOST_SYMBOLS) - 1);
+    if (number >= numbers.size() || numbers[number] == NOWHERE) files.push_back(row.integer(1));
+  }
+  return files;
+}
+
 void IndexWriter::write_all_calls() {
-  std::map<std::int64_t, std::int64_t> counts;  // by the callee's file
+  std::map<std::int64_t, std::int64_t> counts;  // by the callee's file, or its dispatch
   Statement row(database_, "SELECT file, calls FROM resolutions");
   while (row.step()) {
-    for (const PackedCall& call : unpack_calls(row.blob(1))) ++counts[call.callee >> SYMBOL_BITS];
+    for (const PackedCall& call : unpack_calls(row.blob(1))) ++counts[group_of(call.callee)];
   }
   auto next = counts.begin();
   while (next != counts.end()) {
@@ -217,8 +236,8 @@ void IndexWriter::write_all_calls() {
     row.reset();
     while (row.step()) {
       for (const PackedCall& call : unpack_calls(row.blob(1))) {
-        const std::int64_t file = call.callee >> SYMBOL_BITS;
-        if (file < first || file > last) continue;
+        const std::int64_t group = group_of(call.callee);
+        if (group < first || group > last) continue;
         calls.push_back(
             {call.callee, symbol_id(row.integer(0), call.caller), call.line, call.evidence});
       }
@@ -299,12 +318,15 @@ bool IndexWriter::has_scopes(std::int64_t file, const FileRows& rows) {
 }
 
 std::vector<PackedCall> IndexWriter::packed_calls(const FileRows& rows) {
+  std::vector<std::int64_t> dispatches;
+  for (const auto& symbols : rows.dispatches) dispatches.push_back(dispatches_.id_of(symbols));
   std::vector<PackedCall> calls;
   calls.reserve(rows.calls.size());
   for (const FileRows::Call& call : rows.calls) {
+    const auto dispatch = static_cast<std::size_t>(call.dispatch);
     calls.push_back({.caller = call.caller + 1,
                      .line = call.line,
-                     .callee = call.callee,
+                     .callee = call.dispatch < 0 ? call.callee : -dispatches[dispatch],
                      .evidence = call_evidence(call, note_id(call.rule, call.why))});
   }
   std::sort(calls.begin(), calls.end());
@@ -338,6 +360,7 @@ void IndexWriter::erase_symbols(std::int64_t file) {
 
 void IndexWriter::erase_calls(std::int64_t file, std::span<const PackedCall> calls) {
   for (const PackedCall& call : calls) {
+    if (call.callee < 0) dispatches_.leave(-call.callee);
     erase_call_.bind(1, call.callee)
         .bind(2, symbol_id(file, call.caller))
         .bind(3, call.line)

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "indexer/rows/catalogue.h"
+#include "indexer/rows/dispatches.h"
 #include "indexer/rows/file_rows.h"
 
 namespace context_delta::indexer {
@@ -49,6 +50,16 @@ class IndexWriter {
   void renumber(std::int64_t file, const std::vector<DefinitionIndex>& numbers,
                 std::span<const std::int64_t> callers);
 
+  /// The files whose calls may be dispatched to definitions of a file that are no more: `numbers`
+  /// has NOWHERE for them.
+  std::vector<std::int64_t> callers_of_lost(std::int64_t file,
+                                            const std::vector<DefinitionIndex>& numbers);
+  /// Gives the definitions of a file new numbers in all dispatches.
+  void renumber_dispatches(std::int64_t file, const std::vector<DefinitionIndex>& numbers) {
+    dispatches_.renumber(file, numbers);
+  }
+  void drop_unused_dispatches() { dispatches_.drop_unused(); }
+
   /// Fills the table of calls, which is empty, from what the files' resolutions stored.
   void write_all_calls();
 
@@ -71,6 +82,7 @@ class IndexWriter {
   std::map<std::pair<std::string, std::string>, std::int64_t> notes_;
   std::set<std::int64_t> constructions_;  // notes of the rule CONSTRUCTION
   std::int64_t generation_ = 0;
+  Dispatches dispatches_;
   storage::RowInserter insert_symbols_, insert_scopes_, insert_segments_, insert_calls_;
   storage::Statement insert_blob_, erase_call_, insert_resolution_, select_calls_, select_uses_,
       update_calls_, insert_file_, use_blob_, leave_blob_;

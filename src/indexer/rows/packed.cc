@@ -24,7 +24,7 @@ std::string pack_calls(std::span<const PackedCall> calls) {
   for (const PackedCall& call : calls) {
     append_number(bytes, static_cast<std::uint64_t>(call.caller));
     append_number(bytes, folded(call.line - line));
-    append_number(bytes, static_cast<std::uint64_t>(call.callee));
+    append_number(bytes, folded(call.callee));
     append_number(bytes, static_cast<std::uint64_t>(call.evidence));
     line = call.line;
   }
@@ -40,7 +40,7 @@ std::vector<PackedCall> unpack_calls(std::string_view packed) {
     PackedCall& call = calls.emplace_back();
     call.caller = static_cast<std::int64_t>(take_number(bytes));
     call.line = take_line(bytes, line);
-    call.callee = static_cast<std::int64_t>(take_number(bytes));
+    call.callee = unfolded(take_number(bytes));
     call.evidence = static_cast<std::int64_t>(take_number(bytes));
     line = call.line;
   }

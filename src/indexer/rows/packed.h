@@ -10,7 +10,8 @@
 /// What the index stores of a resolved file as bytes: read back when the file is resolved again.
 namespace context_delta::indexer {
 
-/// A call out of a file. `callee` is a symbol's id, `caller` a symbol's number within the file.
+/// A call out of a file. `callee` is a symbol's id, or the negative id of a dispatch; `caller` is a
+/// symbol's number within the file.
 struct PackedCall {
   std::int64_t caller = 0;
   std::int64_t line = 1;

@@ -292,6 +292,10 @@ void UpdateRun::follow_calls_into(std::int64_t file, const std::vector<Definitio
     if (number >= numbers.size() || numbers[number] == NOWHERE) to_resolve_[*caller] = true;
     callers_[file].insert(row.integer(1));
   }
+  for (const std::int64_t caller : writer_.callers_of_lost(file, numbers)) {
+    const auto index = catalogue_.index_of(caller);
+    if (index && !catalogue_.files[*index].changed) to_resolve_[*index] = true;
+  }
 }
 
 void UpdateRun::renumber() {
@@ -302,6 +306,7 @@ void UpdateRun::renumber() {
     }
     if (!kept.empty()) writer_.renumber(file, numbers_.at(file), kept);
   }
+  for (const auto& [file, numbers] : numbers_) writer_.renumber_dispatches(file, numbers);
 }
 
 void UpdateRun::remove_left() {
@@ -363,6 +368,7 @@ void UpdateRun::write_rest() {
     check_cancelled();
     writer_.write_all_calls();
   }
+  writer_.drop_unused_dispatches();
   leave_blobs();
   drop_unused_facts();
   progress("writing", 1, 1);

@@ -1,8 +1,10 @@
 #pragma once
 
 #include <cstdint>
+#include <map>
 #include <span>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "indexer/languages/kit/guesses.h"
@@ -20,7 +22,7 @@ class Ledger {
   void prove(std::int32_t reference, const Place& target, std::string_view rule);
 
   /// The receiver's type declares the method, and any of `others`, which override or implement it,
-  /// may run in its place.
+  /// may run in its place. All are kept, however many.
   void dispatch(std::int32_t reference, const Candidate* declared,
                 std::span<const Candidate* const> others, std::string_view doubt);
 
@@ -29,12 +31,16 @@ class Ledger {
   void namesakes(std::int32_t reference, std::span<const Candidate* const> fits,
                  std::string_view doubt, const Candidate* favourite = nullptr);
 
-  /// The edges, in the order in which they were found.
-  std::vector<Edge> take() { return std::move(edges_); }
+  /// Hands all edges over, in the order in which they were found.
+  void write(Resolution& resolution);
 
  private:
+  std::int32_t number_of(const Dispatch& dispatch);
+
   const Neighbourhood& neighbourhood_;
   std::vector<Edge> edges_;
+  std::vector<Dispatch> dispatches_;
+  std::map<std::vector<std::pair<std::int64_t, DefinitionIndex>>, std::int32_t> numbers_;
 };
 
 }  // namespace context_delta::indexer::kit
