@@ -32,6 +32,10 @@ int run_index(const Settings& settings) {
     for (const indexer::SkippedFile& file : indexer::skipped_files(*index.repository)) {
       report("skipped " + file.path + ": " + file.reason);
     }
+    if (!indexer::skipped_files(*index.repository).empty() && git_utils::is_partial_clone(git)) {
+      report("what a partial clone lacks comes with " +
+             git_utils::advised(git, "fetch --refetch --no-filter"));
+    }
   }
   Output output("-");
   output.write(summary(index));

@@ -52,6 +52,12 @@ std::vector<std::string> Review::remarks() {
     remarks.push_back(sides_.base.name + " and " + sides_.head.name +
                       " have several merge bases: compared with the first that git names");
   }
+  if (changes_.without_texts > 0) {
+    remarks.push_back(counted(changes_.without_texts, "file") +
+                      " listed without lines and symbols, as the partial clone has not fetched the "
+                      "texts: run " +
+                      git_utils::advised(git_, "fetch --refetch --no-filter"));
+  }
   const std::size_t others = count_ == nullptr ? 0 : count_->finish().value_or(0);
   if (others > 0) {
     remarks.push_back(counted(others, "file") + " with uncommitted changes " +

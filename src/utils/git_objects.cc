@@ -14,6 +14,13 @@ void check_id(std::string_view id) {
   if (!is_object_id(id)) throw GitHistoryError("not a full object id: " + in_quotes(id));
 }
 
+GitHistoryError too_many_files(const Git& git, std::string_view commit) {
+  return GitHistoryError("commit " + std::string(commit) + " of " + shown(git.root().string()) +
+                         " has more than " + std::to_string(git.limits().tree_files) + " files");
+}
+
+}  // namespace
+
 bool lacks_objects(std::string_view errors) {
   constexpr std::array<std::string_view, 7> WORDS = {
       "unable to read",  "could not get object info", "Could not read", "bad object",
@@ -22,13 +29,6 @@ bool lacks_objects(std::string_view errors) {
     return errors.find(words) != std::string_view::npos;
   });
 }
-
-GitHistoryError too_many_files(const Git& git, std::string_view commit) {
-  return GitHistoryError("commit " + std::string(commit) + " of " + shown(git.root().string()) +
-                         " has more than " + std::to_string(git.limits().tree_files) + " files");
-}
-
-}  // namespace
 
 bool is_partial_clone(const Git& git) {
   std::error_code error;

@@ -174,6 +174,9 @@ std::string advised(const Git& git, std::string_view command);
 /// Whether objects were left out when the repository was cloned.
 bool is_partial_clone(const Git& git);
 
+/// Whether git wrote to its standard error that objects are missing or damaged.
+bool lacks_objects(std::string_view errors);
+
 /// Raises the GitHistoryError for a command that failed on objects: those that a partial clone has
 /// left out, or git's own words after `what`.
 [[noreturn]] void fail_on_objects(const Git& git, std::string_view what, const Git::Output& output);

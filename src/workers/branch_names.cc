@@ -143,12 +143,16 @@ std::string fetching(const Git& git, std::string_view branch) {
       git, "fetch origin " + std::string(branch) + ":" + std::string(ORIGIN) + std::string(branch));
 }
 
-// What a name names that is no commit: "blob" or "tree"; empty when it names nothing.
+// What a name names that is no commit: "blob" or "tree"; empty when it names nothing. Raises
+// GitHistoryError when what it leads through is missing.
 std::string other_type(const Git& git, const std::string& name) {
   if (std::any_of(name.begin(), name.end(), [](char c) { return c >= 0 && c < ' '; })) return {};
   const View view = git_utils::is_object_id(name) ? View::OBJECTS : View::REPOSITORY;
   const Git::Command command{{"cat-file", "--batch-check=%(objecttype)"}, view, name + "\n", {}};
   const Git::Output output = git.run(std::span(&command, 1)).front();
+  if (git_utils::lacks_objects(output.errors)) {
+    git_utils::fail_on_objects(git, "looking up " + in_quotes(name), output);
+  }
   const std::string type = output.out.substr(0, output.out.find('\n'));
   return type == "blob" || type == "tree" ? type : std::string();
 }
@@ -163,6 +167,11 @@ std::string unshallowing(const Git& git, std::string_view branch) {
     }
   }
   return git_utils::advised(git, command);
+}
+
+bool is_checked_out(const Git& git, const std::string& name) {
+  const auto head = lines_of(git.run(std::array<std::string, 3>{"symbolic-ref", "-q", "HEAD"}).out);
+  return !head.empty() && (head[0] == std::string(HEADS) + name || head[0] == name);
 }
 
 std::string_view without_origin(std::string_view name) {
@@ -189,6 +198,7 @@ GitHistoryError unknown_name(const Git& git, const std::string& name, std::strin
     return GitHistoryError(start + "is a branch whose commit is missing in " + where + ": run " +
                            git_utils::advised(git, "fsck"));
   }
+  if (is_checked_out(git, name)) return git_utils::unborn_head_error(git);
   const std::string near = suggestion(refs, name);
   std::string text = start + "is no branch, tag or commit of " + where + near + ": see " +
                      git_utils::advised(git, "branch --all");
@@ -197,7 +207,9 @@ GitHistoryError unknown_name(const Git& git, const std::string& name, std::strin
     return GitHistoryError(start + "is not in the shallow clone at " + where + ": run " +
                            unshallowing(git, is_branch ? without_origin(name) : ""));
   }
-  if (near.empty() && may_be_branch(name) && has_origin(git)) {
+  if (near.empty() && git_utils::is_object_id(name) && has_origin(git)) {
+    text += "; if the remote has it, run " + git_utils::advised(git, "fetch origin " + name);
+  } else if (near.empty() && may_be_branch(name) && has_origin(git)) {
     text += "; if it is a branch of the remote, run " + fetching(git, without_origin(name));
   }
   return GitHistoryError(text);

@@ -5,6 +5,7 @@
 
 #include "workers/branch_names.h"
 #include "workers/diff_parser.h"
+#include "workers/missing_texts.h"
 
 namespace context_delta::git_history {
 namespace {
@@ -19,7 +20,8 @@ constexpr std::int64_t MOST_LINE_COUNTED_BYTES = 64 * 1024 * 1024;
 // Every setting that could change the output is named, although none of the repository's is read.
 // Without lines of context git aligns a few files in another way than `git diff --numstat` does,
 // so only the patch goes without: by the variable, which does not reach the numbers.
-Git::Command diff_command(const std::string& base, const std::string& head, bool merge_base) {
+Git::Command diff_command(const std::vector<std::string>& range,
+                          const std::vector<DiffFile>& without) {
   Git::Command command{{"diff",
                         "--raw",
                         "--numstat",
@@ -45,13 +47,15 @@ Git::Command diff_command(const std::string& base, const std::string& head, bool
                        View::OBJECTS,
                        {},
                        {"GIT_DIFF_OPTS=--unified=0"}};
-  if (merge_base) {
-    command.arguments.push_back(base + "..." + head);
-  } else {
-    command.arguments.insert(command.arguments.end(), {base, head});
-  }
+  command.arguments.insert(command.arguments.end(), range.begin(), range.end());
   command.arguments.push_back("--");
+  for (const DiffFile& file : without) command.arguments.push_back(all_but(file.change.path));
   return command;
+}
+
+std::vector<std::string> range_of(const Sides& sides, bool merge_base) {
+  if (merge_base) return {sides.base.commit + "..." + sides.head.commit};
+  return {sides.base.commit, sides.head.commit};
 }
 
 // The commits of a branch, counted from `rev-list --parents --boundary` as it comes.
@@ -123,7 +127,9 @@ void clamp_deleted_ends(const Git& git, std::vector<DiffFile>& files) {
 
 [[noreturn]] void fail_on_diff(const Git& git, const Sides& sides, const Git::Output& output) {
   const std::string both = in_quotes(sides.base.name) + " and " + in_quotes(sides.head.name);
-  if (output.errors.find("no merge base") == std::string::npos) {
+  // Where history cannot be read to its end, git tells of no merge base too.
+  if (output.errors.find("no merge base") == std::string::npos ||
+      git_utils::lacks_objects(output.errors)) {
     git_utils::fail_on_objects(git, "comparing " + both, output);
   }
   const std::string what = "no merge base of " + both + " in " + shown(git.root().string());
@@ -140,15 +146,17 @@ struct Comparison {
   std::int64_t commit_count = 0;
   bool merged_base = false;
   bool has_several_bases = false;
+  std::size_t without_texts = 0;  ///< files
 };
 
 // The commits are counted while the diff runs; that takes no time of its own on short branches.
-Comparison compare(const Git& git, const Sides& sides, bool merge_base, bool count_commits) {
+// `without` are files that the diff must not read, and that are listed as they are here.
+Comparison compare(const Git& git, const Sides& sides, bool merge_base, bool count_commits,
+                   const std::vector<DiffFile>& without = {}) {
   DiffParser parser;
   CommitCounter counter;
-  std::vector<Git::Streamed> commands = {
-      {diff_command(sides.base.commit, sides.head.commit, merge_base),
-       [&](std::string_view bytes) { parser.feed(bytes); }}};
+  std::vector<Git::Streamed> commands = {{diff_command(range_of(sides, merge_base), without),
+                                          [&](std::string_view bytes) { parser.feed(bytes); }}};
   if (count_commits) {
     commands.push_back({{{"rev-list", "--parents", "--boundary", "--end-of-options",
                           sides.base.commit + ".." + sides.head.commit, "--"},
@@ -156,12 +164,18 @@ Comparison compare(const Git& git, const Sides& sides, bool merge_base, bool cou
                         [&](std::string_view bytes) { counter.feed(bytes); }});
   }
   const std::vector<Git::Output> outputs = git.stream(commands);
+  if (outputs[0].status != 0 && without.empty() && git_utils::is_partial_clone(git)) {
+    const auto missing = changes_without_texts(git, range_of(sides, merge_base));
+    if (!missing.empty()) return compare(git, sides, merge_base, count_commits, missing);
+  }
   for (const Git::Output& output : outputs) {
     if (output.status != 0) fail_on_diff(git, sides, output);
   }
   Comparison comparison{parser.finish(), counter.count(), counter.merged_base(),
-                        outputs[0].errors.find("multiple merge bases") != std::string::npos};
+                        outputs[0].errors.find("multiple merge bases") != std::string::npos,
+                        without.size()};
   clamp_deleted_ends(git, comparison.files);
+  comparison.files.insert(comparison.files.end(), without.begin(), without.end());
   std::stable_sort(
       comparison.files.begin(), comparison.files.end(),
       [](const DiffFile& a, const DiffFile& b) { return a.change.path < b.change.path; });
@@ -207,7 +221,8 @@ BranchChanges History::branch_changes(const Sides& sides) {
                         sides.base.commit,
                         sides.head.commit,
                         note_on(sides, comparison),
-                        comparison.has_several_bases};
+                        comparison.has_several_bases,
+                        comparison.without_texts};
   Read read{sides.base.commit, sides.head.commit, true, {}};
   for (DiffFile& file : comparison.files) {
     read.spans.emplace(file.change.path, std::move(file.spans));

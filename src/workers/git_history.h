@@ -39,6 +39,8 @@ struct BranchChanges {
   std::string head_commit;
   std::optional<std::string> note;  ///< a remark on the comparison, for a person
   bool has_several_bases = false;   ///< merge bases; compared with the first that git names
+  /// Files without counts and spans, since a partial clone has not fetched their texts.
+  std::size_t without_texts = 0;
 };
 
 /// The changed line spans of each file, in the order of the file, by path.

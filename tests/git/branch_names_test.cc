@@ -179,6 +179,26 @@ TEST(PullRequests, AreFoundWhereHostsAndUsersFetchThem) {
   }
 }
 
+TEST(Errors, OfCommitsThatAreMissing) {
+  GitRepository repository;
+  repository.git({"config", "gc.auto", "0"});
+  const std::string first = repository.commit();
+  const std::string lost = repository.commit();
+  repository.commit();
+  repository.git({"switch", "-q", "-c", "work"});
+  repository.commit();
+  repository.git({"branch", "-f", "main", first});
+  std::filesystem::remove(repository.root() / ".git/objects" / lost.substr(0, 2) / lost.substr(2));
+  const std::string missing =
+      " needs objects that are missing in ROOT (Could not read " + lost + "): run git -C ROOT fsck";
+  EXPECT_EQ(error_of(repository.root(), "main", "work"), "comparing 'main' and 'work'" + missing);
+  EXPECT_EQ(error_of(repository.root(), "work~3", "work"), "looking up 'work~3'" + missing);
+  repository.git({"checkout", "-q", "--orphan", "unborn"});
+  EXPECT_EQ(error_of(repository.root(), "main", "unborn"),
+            "branch 'unborn' has no commit yet in ROOT: commit first, or check out a branch that "
+            "has commits");
+}
+
 TEST(Errors, OfHistoriesThatCannotBeCompared) {
   GitRepository repository;
   EXPECT_EQ(error_of(repository.root(), {}, {}),
