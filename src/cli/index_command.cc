@@ -1,3 +1,7 @@
+#include <string_view>
+#include <utility>
+#include <vector>
+
 #include "cli/commands.h"
 #include "cli/current_index.h"
 #include "cli/exit_codes.h"
@@ -23,6 +27,31 @@ std::string summary(const services::IndexAt& index) {
   return line + "\n";
 }
 
+/// What the update counted, by name.
+std::vector<std::pair<std::string_view, std::int64_t>> counts(const indexer::UpdateReport& report) {
+  return {{"blobs_parsed", report.parsed},
+          {"blobs_reused", report.reused},
+          {"files_resolved", report.resolved},
+          {"files_resolved_again", report.again},
+          {"files_resolved_in_vain", report.in_vain},
+          {"edges_changed", report.edges}};
+}
+
+std::string stats_text(const indexer::UpdateReport& report) {
+  return "parsed " + counted(report.parsed, "blob") + " and reused " +
+         std::to_string(report.reused) + "; resolved " + counted(report.resolved, "file") + ", " +
+         std::to_string(report.again) + " of them again, " + std::to_string(report.in_vain) +
+         " of these in vain; " + counted(report.edges, "edge") + " changed\n";
+}
+
+std::string stats_json(const services::IndexAt& index) {
+  std::string line = "{\"commit\":\"" + index.commit + "\"";
+  for (const auto& [name, count] : counts(index.report)) {
+    line += ",\"" + std::string(name) + "\":" + std::to_string(count);
+  }
+  return line + "}\n";
+}
+
 }  // namespace
 
 int run_index(const Settings& settings) {
@@ -38,7 +67,12 @@ int run_index(const Settings& settings) {
     }
   }
   Output output("-");
-  output.write(summary(index));
+  if (settings.stats == Stats::JSON) {
+    output.write(stats_json(index));
+  } else {
+    output.write(summary(index));
+    if (settings.stats == Stats::TEXT) output.write(stats_text(index.report));
+  }
   output.finish();
   return EXIT_DONE;
 }

@@ -54,6 +54,9 @@ void add_gate(Settings& settings, const std::string& value) {
   settings.gates.push_back(gate);
 }
 
+constexpr std::pair<std::string_view, Stats> STATS[] = {{"text", Stats::TEXT},
+                                                        {"json", Stats::JSON}};
+
 void set_colour(Settings& settings, const std::string& value) {
   constexpr std::pair<std::string_view, Colour> COLOURS[] = {
       {"auto", Colour::AUTO}, {"always", Colour::ALWAYS}, {"never", Colour::NEVER}};
@@ -102,6 +105,10 @@ const OptionRow OPTIONS[] = {
     {"", "--at", "REF", "ig", "the commit to index (default: what is checked out)",
      Completion::REVISION, Preset::NOBODY,
      [](Settings& settings, Text value) { settings.at = not_empty(value); }},
+    {"", "--stats", "text|json", "i",
+     "also what the update did: blobs parsed, files resolved, edges that came or went",
+     Completion::NOTHING, Preset::NOBODY,
+     [](Settings& settings, Text value) { settings.stats = one_of(STATS, value); }},
     {"", "--budget", "TOKENS", "d", "the most tokens the pack may take (default: 4000)",
      Completion::NOTHING, Preset::PROJECT,
      [](Settings& settings, Text value) {

@@ -17,6 +17,9 @@ enum class Colour : unsigned char { AUTO, ALWAYS, NEVER };
 /// What is asked for instead of running the command.
 enum class Question : unsigned char { NONE, SHORT_HELP, HELP, VERSION };
 
+/// How to say what an update did.
+enum class Stats { NONE, TEXT, JSON };
+
 /// What a command line asks for.
 struct Settings {
   Command command = Command::DELTA;
@@ -29,6 +32,7 @@ struct Settings {
   unsigned jobs = 0;                           ///< 0: as many as the machine runs at once
   bool quiet = false;
   bool verbose = false;
+  Stats stats = Stats::NONE;
   std::string output = "-";  ///< a file; "-" is standard output
   Colour colour = Colour::AUTO;
   std::optional<std::string> pager;  ///< command of the shell; null: PAGER, else less

@@ -43,6 +43,9 @@ struct UpdateReport {
   std::int64_t parsed = 0;    ///< blobs parsed
   std::int64_t reused = 0;    ///< blobs of added or changed files whose facts were stored before
   std::int64_t resolved = 0;  ///< files whose references were tied to definitions
+  std::int64_t again = 0;     ///< of these, files whose text did not change
+  std::int64_t in_vain = 0;   ///< of those again, files of which every edge came out as before
+  std::int64_t edges = 0;     ///< edges that came or went
   std::vector<SkippedFile> skipped = {};  ///< all of the commit, by path
 };
 

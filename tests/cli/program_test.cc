@@ -209,6 +209,11 @@ TEST_F(Program, SaysWhatTheIndexHolds) {
       << first.out;
   EXPECT_NE(first.errors.find("2 parsed"), std::string::npos) << first.errors;
   const Ending second = run_here({"index"});
+  const Ending stats = run_here({"index", "--stats", "json", "--index", beside("cold")});
+  EXPECT_NE(stats.out.find(R"("blobs_parsed":2,"blobs_reused":0,"files_resolved":2,)"),
+            std::string::npos)
+      << stats.out;
+  EXPECT_NE(run_here({"index", "--stats", "text"}).out.find("\nparsed 0 blobs"), std::string::npos);
   EXPECT_EQ(second.out, first.out);
   EXPECT_EQ(second.errors, "");
   const Ending elsewhere = run_here({"index", "--index", beside("deep/index")});

@@ -79,7 +79,10 @@ TEST_F(Update, DispatchesFollowTheirTargets) {
         Step{"def n\n", 3, 1}, Step{"class A\n  def m\n  def n\n", 3, 2}}) {
     indexed.git.write("a.toy", step.text);
     indexed.git.commit();
-    EXPECT_EQ(indexed.update(repository).resolved, step.resolved) << step.text;
+    const UpdateReport report = indexed.update(repository);
+    EXPECT_EQ(report.resolved, step.resolved) << step.text;
+    EXPECT_EQ(report.again, step.resolved - 1) << step.text;
+    EXPECT_EQ(report.in_vain, 0) << step.text;
     EXPECT_EQ(sets(), step.sets) << step.text;
     EXPECT_EQ(difference(cold_dump(), index_dump(repository.db)), "") << step.text;
   }

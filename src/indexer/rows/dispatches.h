@@ -21,8 +21,8 @@ class Dispatches {
   /// The id of a set of symbol ids in ascending order, which is added when it is new.
   std::int64_t id_of(std::span<const std::int64_t> symbols);
 
-  /// Gives the definitions of a file new numbers: `numbers[old index]` is the new index, or NOWHERE.
-  /// A set that loses a member goes: all who call it are to be resolved again.
+  /// Gives the definitions of a file new numbers: `numbers[old index]` is the new index, or
+  /// NOWHERE. A set that loses a member goes: all who call it are to be resolved again.
   void renumber(std::int64_t file, const std::vector<DefinitionIndex>& numbers);
 
   /// That a call has left the set.

@@ -110,8 +110,8 @@ void IndexWriter::leave_blob(std::int64_t blob) {
   leave_blob_.bind(1, blob).bind(2, generation_).run();
 }
 
-void IndexWriter::write_file(const CatalogueFile& file, const FileRows& rows, bool facts_changed,
-                             bool all_calls_follow) {
+std::int64_t IndexWriter::write_file(const CatalogueFile& file, const FileRows& rows,
+                                     bool facts_changed, bool all_calls_follow) {
   const std::int64_t id = file.file.id;
   if (facts_changed || !has_scopes(id, rows)) {
     if (file.before != nullptr) erase_symbols(id);
@@ -120,12 +120,17 @@ void IndexWriter::write_file(const CatalogueFile& file, const FileRows& rows, bo
     write_segments(id, rows);
   }
   const std::vector<PackedCall> calls = packed_calls(rows);
+  std::int64_t changed = std::ssize(calls);
   if (!all_calls_follow) {
     const std::vector<PackedCall> before = calls_of(id);
-    erase_calls(id, difference(before, calls));
-    insert_calls(id, difference(calls, before));
+    const std::vector<PackedCall> gone = difference(before, calls);
+    const std::vector<PackedCall> come = difference(calls, before);
+    erase_calls(id, gone);
+    insert_calls(id, come);
+    changed = std::ssize(gone) + std::ssize(come);
   }
   write_resolution(id, rows, calls);
+  return changed;
 }
 
 void IndexWriter::write_resolution(std::int64_t file, const FileRows& rows,

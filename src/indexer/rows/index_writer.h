@@ -33,8 +33,9 @@ class IndexWriter {
 
   /// Writes the rows of a resolved file in place of those it had. Its calls are left to
   /// write_all_calls when `all_calls_follow`. `facts_changed`: not only what the rules say of it.
-  void write_file(const CatalogueFile& file, const FileRows& rows, bool facts_changed,
-                  bool all_calls_follow);
+  /// Returns how many of the calls came or went.
+  std::int64_t write_file(const CatalogueFile& file, const FileRows& rows, bool facts_changed,
+                          bool all_calls_follow);
   /// The rows of a file that is not indexed: none but its own.
   void write_empty(std::int64_t file);
   /// Removes a file and its rows.

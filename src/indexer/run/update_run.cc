@@ -348,7 +348,11 @@ void UpdateRun::take_resolved(CatalogueFile& file, const FileRows& rows) {
   for (const Use& use : rows.uses) {
     catalogue_.files[*catalogue_.index_of(use.file)].references += use.count;
   }
-  writer_.write_file(file, rows, file.changed, catalogue_.rebuilt);
+  const std::int64_t changed = writer_.write_file(file, rows, file.changed, catalogue_.rebuilt);
+  report_.edges += changed;
+  if (file.changed) return;
+  ++report_.again;
+  if (changed == 0) ++report_.in_vain;
 }
 
 void UpdateRun::forget_uses(std::int64_t file) {
