@@ -25,7 +25,9 @@ std::string status_of(char letter) {
   }
 }
 
-bool has_text(std::string_view mode) { return !mode.ends_with("000000") && !mode.ends_with("160000"); }
+bool has_text(std::string_view mode) {
+  return !mode.ends_with("000000") && !mode.ends_with("160000");
+}
 
 // A changed file, and the objects of its texts.
 struct Change {
@@ -59,7 +61,8 @@ std::vector<Change> changes_in(std::string_view raw) {
 
 // For each object asked for, in order, whether it is missing.
 std::vector<bool> missing(const Git& git, const std::string& objects) {
-  const Git::Command command{{"cat-file", "--batch-check=%(objecttype)"}, View::OBJECTS, objects, {}};
+  const Git::Command command{
+      {"cat-file", "--batch-check=%(objecttype)"}, View::OBJECTS, objects, {}};
   const Git::Output output = git.run(std::span(&command, 1)).front();
   std::vector<bool> result;
   std::istringstream lines(output.out);

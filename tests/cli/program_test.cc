@@ -80,6 +80,44 @@ TEST_F(Program, WritesThePackAsOneLineOfJson) {
   EXPECT_EQ(run_here({"--format", "json", "--base", "main", "--target", "work"}).out, ending.out);
 }
 
+TEST_F(Program, ReviewsAnyCommitFromAnyPlace) {
+  repository_.git({"switch", "-q", "main"});
+  repository_.git({"clone", "-q", "--mirror", repository_.root(), beside("bare")});
+  const Ending here = run_here({"main..work"});
+  EXPECT_TRUE(here.out.starts_with("work since it left main \u00b7 1 commit\n")) << here.out;
+  EXPECT_EQ(run({"-C", beside("bare"), "main...work"}).out, here.out);
+  const std::string work = repository_.git({"rev-parse", "work"}).substr(0, 12);
+  EXPECT_TRUE(run_here({"index", "--at", "work"}).out.starts_with("indexed " + work + ": "));
+  EXPECT_NE(run_here({"graph", "--at", "work"}).out, "");
+  EXPECT_EQ(run_here({"index", "--at", "wrok"}).status, 3);
+}
+
+TEST_F(Program, SaysInAClauseWhatIsNotCommitted) {
+  repository_.write("store.py", "def save(item):\n    return [item, item]\n");
+  const std::string clause = "1 file with uncommitted changes is not in this; ";
+  for (const char* format : {"text", "markdown", "html"}) {
+    const Ending report = run_here({"--format", format}, {"COLUMNS=120"});
+    EXPECT_NE(report.out.find(clause), std::string::npos) << report.out;
+    EXPECT_EQ(report.errors, "");
+  }
+  EXPECT_EQ(run_here({"--format", "json"}).errors,
+            "context-delta: " + clause + "--uncommitted reviews it\n");
+  EXPECT_EQ(run_here({"--format", "json", "-q"}).errors, "");
+  const Ending all = run_here({"--uncommitted", "--snippets", "--format", "json"});
+  EXPECT_NE(all.out.find("\"content\": \"    return [item, item]\""), std::string::npos) << all.out;
+  EXPECT_EQ(all.errors, "");
+}
+
+TEST_F(Program, ShowsTheTextOfALinkAndNotOfWhatItLeadsTo) {
+  std::filesystem::create_symlink("store.py", repository_.root() / "link.py");
+  repository_.commit();
+  const Ending ending = run_here({"--snippets", "--format", "json", "HEAD~1"});
+  EXPECT_NE(
+      ending.out.find(R"({"file": "link.py", "line": 1, "end_line": 1, "content": "store.py"})"),
+      std::string::npos)
+      << ending.out;
+}
+
 // U+10FFNN stands for the byte NN.
 TEST_F(Program, TellsFilesApartWhoseNamesAreNotUtf8) {
   for (const char* name : {"caf\xE8.py", "caf\xE9.py"}) {
