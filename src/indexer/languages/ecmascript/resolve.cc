@@ -9,7 +9,7 @@
 #include "indexer/languages/ecmascript/names.h"
 #include "indexer/languages/ecmascript/values.h"
 #include "indexer/languages/kit/facts_builder.h"
-#include "indexer/languages/kit/guesses.h"
+#include "indexer/languages/kit/ledger.h"
 #include "indexer/languages/kit/text.h"
 
 namespace context_delta::indexer::ecmascript {
@@ -53,8 +53,16 @@ class Resolver {
   World& world_;
   Evaluator values_;
   kit::Neighbourhood neighbourhood_;
+  kit::Ledger ledger_{neighbourhood_};
   Resolution made_;
 };
+
+std::vector<const Candidate*> pointers_to(const std::vector<Candidate>& candidates) {
+  std::vector<const Candidate*> pointers;
+  pointers.reserve(candidates.size());
+  for (const Candidate& candidate : candidates) pointers.push_back(&candidate);
+  return pointers;
+}
 
 constexpr std::string_view ONLY_DECLARED = "the receiver's type only declares it";
 
@@ -73,6 +81,7 @@ Resolution Resolver::run() {
   for (std::size_t i = 0; i < facts_.references.size(); ++i) {
     resolve(static_cast<std::int32_t>(i));
   }
+  ledger_.write(made_);
   return std::move(made_);
 }
 
@@ -154,9 +163,7 @@ void Resolver::resolve_call(std::int32_t index, const Value& given, const Value&
 }
 
 void Resolver::prove(std::int32_t index, const Value& value, std::string_view rule) {
-  const std::optional<Candidate> target = candidate_of(value);
-  if (!target) return;
-  made_.edges.push_back({.reference = index, .target = *target, .proven = true, .rule = rule});
+  ledger_.prove(index, {value.file, value.definition}, rule);
 }
 
 /// `new` of a class runs its constructor, or the one that it inherits.
@@ -210,15 +217,8 @@ bool Resolver::is_patched(std::string_view owner_name, const std::string& name) 
 
 void Resolver::dispatch(std::int32_t index, const Value& value, std::string_view why,
                         const std::vector<Candidate>& overrides) {
-  std::vector<Candidate> fitting = overrides;
-  const std::optional<Candidate> favourite = candidate_of(value);
-  if (favourite) fitting.push_back(*favourite);
-  kit::add_guess(made_.edges,
-                 {.reference = index,
-                  .rule = "dispatch",
-                  .why = why,
-                  .favourite = favourite ? &*favourite : nullptr},
-                 std::move(fitting), neighbourhood_);
+  const std::optional<Candidate> declared = candidate_of(value);
+  ledger_.dispatch(index, declared ? &*declared : nullptr, pointers_to(overrides), why);
 }
 
 bool Resolver::fits(const Candidate& candidate, const Reference& reference, Shape shape) const {
@@ -285,12 +285,8 @@ void Resolver::guess(std::int32_t index, const Value& value, const Value& owner)
   const bool listed =
       favourite && std::find(fitting.begin(), fitting.end(), *favourite) != fitting.end();
   if (favourite && !listed) fitting.push_back(*favourite);
-  kit::add_guess(made_.edges,
-                 {.reference = index,
-                  .rule = "namesake",
-                  .why = reason(value, owner, reference),
-                  .favourite = favourite ? &*favourite : nullptr},
-                 std::move(fitting), neighbourhood_);
+  ledger_.namesakes(index, pointers_to(fitting), reason(value, owner, reference),
+                    favourite ? &*favourite : nullptr);
 }
 
 }  // namespace
