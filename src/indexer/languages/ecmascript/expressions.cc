@@ -11,18 +11,18 @@ using kit::text_of;
 constexpr int LONGEST_CHAIN = 40;
 constexpr std::size_t LONGEST_CAST = 80;
 
-/// The class whose literal a node is; empty for other expressions.
+/// The language's own class whose literal a node is; empty for other expressions.
 std::string_view literal_class(Node kind) {
   switch (kind) {
     case Node::STRING:
     case Node::TEMPLATE:
-      return "String~";
+      return "~String";
     case Node::NUMBER:
-      return "Number~";
+      return "~Number";
     case Node::ARRAY:
-      return "Array~";
+      return "~Array";
     case Node::REGEX:
-      return "RegExp~";
+      return "~RegExp";
     case Node::NULL_VALUE:
       return "null";
     default:

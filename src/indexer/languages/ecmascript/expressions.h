@@ -8,8 +8,9 @@
 /// Expressions as receivers and values are written in facts.
 ///
 /// Names are joined by `.`; `()` is a call, `[]` an index, `~` a construction: `new A().b(c)[0]` is
-/// `A~.b()[]`. Literals are constructions of their classes (`String~`), `<T>` is something cast to
-/// the type T, `{7:3}` the third object literal of the definition 7, `=7` that definition itself
+/// `A~.b()[]`. `~String` is a literal of the language's own class, whatever the text defines, `<T>`
+/// is something cast to the type T, `{7:3}` the third object literal of the definition 7, `=7` that
+/// definition itself
 /// (`=7!` what `this` is in its methods), `<T>@0` the first parameter of functions of the type T,
 /// `x'8_2` a name that the second block of the definition 7 declares, `'m0` a module loaded in an
 /// expression, `null` null or undefined, and `?` anything else.

@@ -85,7 +85,7 @@ bool Extractor::enter(TSNode node, std::uint32_t depth) {
         return true;
       }
       const bool keys = has_keyword(node, "in");
-      bind_pattern(left, {}, keys ? "String~" : value_of(child(node, syntax_.field.right)) + "[]",
+      bind_pattern(left, {}, keys ? "~String" : value_of(child(node, syntax_.field.right)) + "[]",
                    Binding::Kind::LOCAL, context().lexical);
       return true;
     }

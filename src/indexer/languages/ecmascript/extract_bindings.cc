@@ -106,7 +106,7 @@ void Extractor::bind_parameter(TSNode node, DefinitionIndex index,
                                const Documentation& documentation, std::string value) {
   const Parameter parameter = parameter_of(syntax_, node);
   if (parameter.rest)
-    return bind_pattern(parameter.pattern, {}, "Array~", Binding::Kind::PARAMETER,
+    return bind_pattern(parameter.pattern, {}, "~Array", Binding::Kind::PARAMETER,
                         context().lexical);
   std::string type = annotated_type(parameter.type, builder_.text());
   if (type.empty()) type = documentation.parameter(text_of(parameter.pattern));
@@ -374,8 +374,7 @@ void Extractor::enter_object(TSNode node, std::uint32_t depth) {
 void Extractor::bind_object_member(const std::string& name, TSNode value) {
   if (context().object.empty()) return;
   std::string text = value_of(value);
-  const bool literal = text == "String~" || text == "Number~" || text == "Array~" ||
-                       text == "null" || text == "RegExp~" || text == "?";
+  const bool literal = text.starts_with('~') || text == "null" || text == "?";
   // Data has no members that code calls.
   if (literal && !is_name(name)) return;
   bind_member(builder_.frame().definition, context().object + "." + name, {}, std::move(text),

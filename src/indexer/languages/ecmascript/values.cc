@@ -372,8 +372,12 @@ Value Evaluator::head_value(const File& file, DefinitionIndex scope, std::string
     if (parameter == NOWHERE) return {};
     return parameter_of_type(file, scope, type, static_cast<std::size_t>(parameter), depth + 1);
   }
+  const bool literal = text.starts_with('~');
+  if (literal) text.remove_prefix(1);
   const std::string_view head = name_at_start(text);
   text.remove_prefix(head.size());
+  // ECMAScript 13.2: literals are made by the language's own classes, whatever their names mean.
+  if (literal) return {.kind = Value::Kind::EXTERNAL, .rule = "builtin"};
   if (head == "null" || head == "undefined") return {.kind = Value::Kind::NONE};
   if (head == "this") return enclosing_class(file, scope);
   if (head == "super") {

@@ -19,7 +19,7 @@ Facts extract(TSNode root, std::string_view text) {
 
 const Language LANGUAGE = {.name = "javascript",
                            .family = "ecmascript",
-                           .version = 1,
+                           .version = 2,
                            .suffixes = SUFFIXES,
                            .accepts = nullptr,
                            .grammar = tree_sitter_javascript,

@@ -25,7 +25,7 @@ Facts extract_with_jsx(TSNode root, std::string_view text) {
 
 const Language LANGUAGE = {.name = "typescript",
                            .family = "ecmascript",
-                           .version = 1,
+                           .version = 2,
                            .suffixes = SUFFIXES,
                            .accepts = nullptr,
                            .grammar = tree_sitter_typescript,
@@ -34,7 +34,7 @@ const Language LANGUAGE = {.name = "typescript",
 
 const Language LANGUAGE_WITH_JSX = {.name = "tsx",
                                     .family = "ecmascript",
-                                    .version = 1,
+                                    .version = 2,
                                     .suffixes = SUFFIXES_WITH_JSX,
                                     .accepts = nullptr,
                                     .grammar = tree_sitter_tsx,
