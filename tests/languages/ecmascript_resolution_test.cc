@@ -14,6 +14,12 @@ const std::string CALL = "function caller() { $call^run(1) }\n";
 const std::string STORE = "export class Store {\n  $target^load(a) {}\n}\n";
 const std::string SUB = "class Sub extends Store {\n  load(a) {}\n}\n";
 
+std::string repeated(const std::string& text, int times) {
+  std::string made;
+  for (int i = 0; i < times; ++i) made += text;
+  return made;
+}
+
 const std::vector<Case> SCOPES = {
     {"SameFile", {{"a.js", FUNCTION + CALL}}, "proven same-file"},
     {"BeforeItsDeclaration", {{"a.js", CALL + FUNCTION}}, "proven same-file"},
@@ -387,6 +393,12 @@ const std::vector<Case> CLASSES = {
     {"BuiltInReceiver",
      {{"a.js", "class C { $target^join(a) {} }\n[].$call^join(1);\n"}},
      "no edge"},
+    {"BoundAFewTimesToTheSame",
+     {{"a.js", STORE + repeated("var s = new Store();\n", 3) + "s.$call^load(1);\n"}},
+     "proven constructed"},
+    {"BoundMoreOftenThanIsLookedAt",
+     {{"a.js", STORE + repeated("var s = new Store();\n", 60) + "s.$call^load(1);\n"}},
+     "guessed namesake: the name is bound more than once (of 1)"},
     {"StringBesideAClassOfItsName",
      {{"a.js", "class String { $target^pad(a) {} }\nconst s = 'abc';\ns.$call^pad(1);\n"}},
      "no edge"},

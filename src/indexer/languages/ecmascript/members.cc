@@ -79,12 +79,14 @@ Value Evaluator::added_member(const Value& owner, std::string_view name, int dep
       scopes(file).find(owner.home.scope, owner.home.name + "." + std::string(name));
   Value made;
   bool first = true;
+  std::size_t looked_at = 0;
   for (const Binder& binder : binders) {
     if (binder.kind != Binder::Kind::BINDING) continue;
     const Value found = binding_value(
         file, facts(file).bindings[static_cast<std::size_t>(binder.index)], depth + 1);
     if (found.kind == Value::Kind::NONE) continue;
-    if (!first && !same_meaning(made, found)) {
+    const bool crowded = ++looked_at > MOST_MEANINGS;
+    if (crowded || (!first && !same_meaning(made, found))) {
       return unsure(made, "the member is assigned more than once");
     }
     made = found;
@@ -109,12 +111,14 @@ Value Evaluator::object_member(const Value& owner, std::string_view name, int de
   };
   Value made;
   bool first = true;
+  std::size_t looked_at = 0;
   for (const Binder& binder : members(name)) {
     if (binder.kind != Binder::Kind::BINDING) continue;
     const Value found = binding_value(
         *owner.file, facts(*owner.file).bindings[static_cast<std::size_t>(binder.index)],
         depth + 1);
-    if (!first && !same_meaning(made, found)) {
+    const bool crowded = ++looked_at > MOST_MEANINGS;
+    if (crowded || (!first && !same_meaning(made, found))) {
       return unsure(made, "the member is assigned more than once");
     }
     made = found;
@@ -202,6 +206,9 @@ Value Evaluator::own_member(const Value& owner, std::string_view name, bool of_c
         const bool field = !is_namespace && own.kind == Kind::CLASS && found.is_definition();
         if (field) found = unsure(found, "the member is a variable");
         if (found.kind != Value::Kind::NONE) values.push_back(std::move(found));
+        if (values.size() > MOST_MEANINGS) {
+          return unsure(values.front(), "the member is assigned more than once");
+        }
       }
     }
   }

@@ -143,10 +143,29 @@ Value Evaluator::name_value(const File& file, DefinitionIndex scope, std::string
   return {};
 }
 
+bool Evaluator::is_meant(const File& file, const Binder& binder, Space space) {
+  return space == Space::VALUES ? names_value(file, binder) : names_type(file, binder);
+}
+
+/// Of many binders those that are asked for, and no more than must be known to be too many.
+Evaluator::Binders Evaluator::meant(const File& file, Binders binders, Space space) {
+  if (binders.size() <= MOST_MEANINGS) return binders;
+  const auto [place, added] = meant_.try_emplace({binders.data(), space});
+  if (!added) return place->second;
+  for (const Binder& binder : binders) {
+    if (place->second.size() > MOST_MEANINGS) break;
+    if (is_meant(file, binder, space)) place->second.push_back(binder);
+  }
+  return place->second;
+}
+
 /// What the binders of one name mean together; UNKNOWN and sure when none of them is asked for.
 Value Evaluator::combined(const File& file, DefinitionIndex scope, Binders binders, Space space,
                           int depth) {
   const Interface& known = facts(file);
+  binders = meant(file, binders, space);
+  const bool crowded = binders.size() > MOST_MEANINGS;
+  if (crowded) binders = binders.first(MOST_MEANINGS);
   std::vector<Value> values;
   bool has_body = false;
   bool has_callable = false;
@@ -159,9 +178,7 @@ Value Evaluator::combined(const File& file, DefinitionIndex scope, Binders binde
   bool declared = false;
   bool any = false;
   for (const Binder& binder : binders) {
-    const bool wanted =
-        space == Space::VALUES ? names_value(file, binder) : names_type(file, binder);
-    if (!wanted) continue;
+    if (!is_meant(file, binder, space)) continue;
     any = true;
     if (binder.kind == Binder::Kind::IMPORT) {
       values.push_back(import_value(file, known.imports[static_cast<std::size_t>(binder.index)],
@@ -189,6 +206,7 @@ Value Evaluator::combined(const File& file, DefinitionIndex scope, Binders binde
   }
   if (values.empty()) return unsure({}, "the name is bound to a value");
   Value made = merged(values);
+  if (crowded) made = unsure(std::move(made), "the name is bound more than once");
   if (made.kind == Value::Kind::UNKNOWN && made.sure) {
     made = unsure(made, "the name is bound to a value");
   }

@@ -21,6 +21,10 @@ namespace context_delta::indexer::ecmascript {
 /// How many steps of names, members and calls are followed.
 inline constexpr int DEEPEST = 24;
 
+/// How many of a name's meanings in one scope, or of a member, are looked at: with more it is
+/// unsure.
+inline constexpr std::size_t MOST_MEANINGS = 40;
+
 /// The meaning of an expression.
 struct Value {
   enum class Kind : std::uint8_t {
@@ -114,6 +118,8 @@ class Evaluator {
   static constexpr int MOST_STEPS = 5000;
   bool spend() { return ++steps_ <= MOST_STEPS; }
   Value combined(const File& file, DefinitionIndex scope, Binders binders, Space space, int depth);
+  bool is_meant(const File& file, const kit::Binder& binder, Space space);
+  Binders meant(const File& file, Binders binders, Space space);
   bool names_value(const File& file, const kit::Binder& binder);
   bool names_member(const File& file, const kit::Binder& binder);
   bool names_type(const File& file, const kit::Binder& binder);
@@ -148,6 +154,7 @@ class Evaluator {
   kit::ScopeIndex scopes_;
   std::map<std::pair<std::int64_t, DefinitionIndex>, Ancestry> ancestries_;
   std::map<std::pair<std::int64_t, std::string>, ModuleAnswer> modules_;
+  std::map<std::pair<const kit::Binder*, Space>, std::vector<kit::Binder>> meant_;
   // While the bases of a class are read, what is inherited is not known.
   int reading_bases_ = 0;
   int steps_ = 0;
