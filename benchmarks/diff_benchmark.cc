@@ -20,7 +20,7 @@ std::string object_of(std::size_t file, char first) {
 /// A diff of 200 files of about `bytes` in all, with `lines` changed lines in each hunk.
 std::string diff_of(std::size_t bytes, std::size_t lines) {
   const std::string line = "  const auto found = lookup(impact, x);\n";
-  std::string records, numbers, hunk, patch;
+  std::string records, hunk, patch;
   for (std::size_t i = 0; i < lines; ++i) hunk += (i % 2 == 0 ? "+" : "-") + line;
   const std::string count = std::to_string(lines / 2);
   for (std::size_t file = 0; file < FILES; ++file) {
@@ -28,7 +28,6 @@ std::string diff_of(std::size_t bytes, std::size_t lines) {
     const std::string old_object = object_of(file, 'a'), new_object = object_of(file, 'b');
     records += ":100644 100644 " + old_object + " " + new_object + " M";
     records += '\0' + path + '\0';
-    numbers += "1\t1\t" + path + '\0';
     patch += "diff --git a/" + path + " b/" + path + "\nindex " + old_object + ".." + new_object +
              " 100644\n--- a/" + path + "\n+++ b/" + path + "\n";
     for (std::size_t size = 0, at = 1; size < bytes / FILES; size += hunk.size(), at += lines) {
@@ -36,7 +35,7 @@ std::string diff_of(std::size_t bytes, std::size_t lines) {
       patch += "@@ -" + range + " +" + range + " @@ int main() {\n" + hunk;
     }
   }
-  return records + numbers + '\0' + patch;
+  return records + '\0' + patch;
 }
 
 /// Megabytes of diff and lines of each hunk. `heap` is what the parser holds at the end.

@@ -85,10 +85,9 @@ def git_output():
     zeros, ones = b"0" * 40, b"1" * 40
     raw = b":100644 100644 " + zeros + b" " + ones + b" M\0a\0:100644 120000 " + ones + b" " + \
         zeros + b" T\0b\0:100644 100644 " + ones + b" " + ones + b" R100\0c\0d\0"
-    numbers = b"1\t0\ta\0-\t-\tb\0" + b"0\t0\t\0c\0d\0\0"
     patch = b"diff --git a/a b/a\nindex " + zeros + b".." + ones + \
-        b" 100644\n--- a/a\n+++ b/a\n@@ -1,2 +1 @@ f\n-a\n-b\n+c\n\\ No newline\n"
-    yield b"\0\7" + raw + numbers + patch
+        b" 100644\n--- a/a\n+++ b/a\n@@ -1,3 +1,2 @@ f\n-a\n-b\n+c\n d\n\\ No newline\n"
+    yield b"\0\7" + raw + b"\0" + patch
     yield b"\1\7" + ones + b" blob 5\nhello\n" + zeros + b" missing\n" + ones + b" blob 500\n"
     yield b"\2\7commit " + ones + b" (from " + zeros + b")\tHEAD\ntree " + zeros + b"\nparent " + \
         zeros + b"\n\n    words\n\nM\0a\0D\0b\0\0commit " + zeros + b"\n"

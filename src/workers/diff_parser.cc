@@ -84,8 +84,9 @@ void DiffParser::feed(std::string_view bytes) {
 }
 
 std::vector<DiffFile> DiffParser::finish() {
-  const bool is_whole = !record_ && text_.empty() && paths_to_skip_ == 0 && !in_content_ &&
-                        old_left_ == 0 && new_left_ == 0 && numbered_ == files_.size();
+  const bool has_patch = files_.empty() || !in_records_;
+  const bool is_whole =
+      has_patch && !record_ && text_.empty() && !in_content_ && old_left_ == 0 && new_left_ == 0;
   if (!is_whole) fail("it is cut off", text_);
   return std::move(files_);
 }
@@ -100,18 +101,16 @@ void DiffParser::feed_records(std::string_view& bytes) {
   text_.clear();
 }
 
-// Raw records with their paths, then numbers with theirs; an empty field ends them.
+// Raw records with their paths; an empty field ends them.
 void DiffParser::take_field() {
   if (record_) {
     take_path();
-  } else if (paths_to_skip_ > 0) {
-    --paths_to_skip_;
   } else if (text_.empty()) {
     in_records_ = false;
   } else if (text_.starts_with(':')) {
     record_ = text_;
   } else {
-    take_numbers(text_);
+    fail("unknown record", text_);
   }
 }
 
@@ -128,32 +127,9 @@ void DiffParser::take_path() {
   }
   FileChange change{utf8::path_text(text_), std::string(status_name(record[0])),
                     std::exchange(old_path_, std::nullopt)};
-  files_.push_back({std::move(change), std::string(old_object), std::string(new_object), {}, {}});
+  files_.push_back({std::move(change), std::string(old_object), std::string(new_object), {}});
   is_type_change_.push_back(record[0] == 'T');
   record_.reset();
-}
-
-// "ADDITIONS\tDELETIONS\tPATH" in the order of the records, the paths of a rename in fields of
-// their own; binary files have dashes for numbers.
-void DiffParser::take_numbers(std::string_view numbers) {
-  const auto first = numbers.find('\t');
-  const auto second = numbers.find('\t', std::min(first, numbers.size() - 1) + 1);
-  if (second == std::string_view::npos) fail("unknown record", numbers);
-  const std::string_view additions = numbers.substr(0, first);
-  const std::string_view deletions = numbers.substr(first + 1, second - first - 1);
-  const std::string_view path = numbers.substr(second + 1);
-  if (numbered_ == files_.size()) fail("more numbers than records", numbers);
-  FileChange& change = files_[numbered_++].change;
-  if (path.empty() != change.old_path.has_value() ||
-      (!path.empty() && utf8::path_text(path) != change.path)) {
-    fail("numbers of another file than " + change.path, numbers);
-  }
-  paths_to_skip_ = path.empty() ? 2 : 0;
-  if (additions == "-" && deletions == "-") return;
-  const auto added = parsed_number(additions), deleted = parsed_number(deletions);
-  if (!added || !deleted) fail("unknown record", numbers);
-  change.additions = *added;
-  change.deletions = *deleted;
 }
 
 void DiffParser::feed_patch(std::string_view& bytes) {
@@ -172,12 +148,46 @@ void DiffParser::feed_patch(std::string_view& bytes) {
 
 // A line that starts with a backslash is a remark of git's ("No newline at end of file").
 void DiffParser::take_content(char first) {
-  if (first == '-') {
-    --old_left_;
-  } else if (first == '+') {
-    --new_left_;
-  } else if (first != '\\') {
-    fail("unknown line in a hunk of " + files_[current_].change.path, std::string_view(&first, 1));
+  FileChange& change = files_[current_].change;
+  switch (first) {
+    case '-':
+      --old_left_;
+      ++deleted_;
+      ++change.deletions;
+      break;
+    case '+':
+      --new_left_;
+      ++added_;
+      ++change.additions;
+      ++new_line_;
+      break;
+    case ' ':
+      --old_left_;
+      --new_left_;
+      end_run(false);
+      ++new_line_;
+      break;
+    case '\\':
+      return;
+    default:
+      fail("unknown line in a hunk of " + change.path, std::string_view(&first, 1));
+  }
+  if (old_left_ < 0 || new_left_ < 0) fail("too long a hunk of " + change.path, text_);
+  if (old_left_ == 0 && new_left_ == 0) end_run(true);
+}
+
+// What follows the last line of context of a hunk is the end of the text: git shows one line after
+// what changed as long as there is one.
+void DiffParser::end_run(bool at_end) {
+  const std::int64_t added = std::exchange(added_, 0);
+  const std::int64_t deleted = std::exchange(deleted_, 0);
+  DiffFile& file = files_[current_];
+  if (file.change.status == "deleted" || (is_type_change_[current_] && !is_second_half_)) return;
+  if (added > 0) {
+    file.spans.push_back({new_line_ - added, new_line_ - 1});
+  } else if (deleted > 0) {
+    const std::int64_t line = at_end ? new_line_ - 1 : new_line_;
+    if (line > 0) file.spans.push_back({line, line});
   }
 }
 
@@ -228,12 +238,8 @@ void DiffParser::take_hunk(std::string_view header) {
   if (!old_range || !new_range) fail("unknown hunk", header);
   old_left_ = old_range->count;
   new_left_ = new_range->count;
-  DiffFile& file = files_[current_];
-  if (file.change.status == "deleted" || (is_type_change_[current_] && !is_second_half_)) return;
-  const auto [start, count] = *new_range;
-  file.deleted_after = count == 0 ? std::optional(start) : std::nullopt;
-  const std::int64_t first = count == 0 ? start + 1 : start;
-  file.spans.push_back({first, first + std::max<std::int64_t>(count, 1) - 1});
+  // Of no lines, the range names the line before.
+  new_line_ = new_range->count == 0 ? new_range->start + 1 : new_range->start;
 }
 
 }  // namespace context_delta::git_history

@@ -15,19 +15,16 @@ using git_utils::in_quotes;
 using git_utils::shown;
 using git_utils::View;
 
-constexpr std::int64_t MOST_LINE_COUNTED_BYTES = 64 * 1024 * 1024;
-
 // Every setting that could change the output is named, although none of the repository's is read.
-// Without lines of context git aligns a few files in another way than `git diff --numstat` does,
-// so only the patch goes without: by the variable, which does not reach the numbers.
+// One line of context: without any, git aligns a few files in another way than `git diff --numstat`
+// does, and the end of a text cannot be told.
 Git::Command diff_command(const std::vector<std::string>& range,
                           const std::vector<DiffFile>& without) {
   Git::Command command{{"diff",
                         "--raw",
-                        "--numstat",
                         "-z",
                         "-p",
-                        "--irreversible-delete",
+                        "--unified=1",
                         "--no-abbrev",
                         "--full-index",
                         "--find-renames=50%",
@@ -44,9 +41,7 @@ Git::Command diff_command(const std::vector<std::string>& range,
                         "--no-textconv",
                         "--no-color",
                         "--end-of-options"},
-                       View::OBJECTS,
-                       {},
-                       {"GIT_DIFF_OPTS=--unified=0"}};
+                       View::OBJECTS};
   command.arguments.insert(command.arguments.end(), range.begin(), range.end());
   command.arguments.push_back("--");
   for (const DiffFile& file : without) command.arguments.push_back(all_but(file.change.path));
@@ -101,30 +96,6 @@ class CommitCounter {
   std::unordered_set<std::string> boundary_;
 };
 
-std::int64_t count_lines(std::string_view text) {
-  const auto breaks = std::count(text.begin(), text.end(), '\n');
-  return breaks + (text.empty() || text.back() == '\n' ? 0 : 1);
-}
-
-// A diff does not tell whether the lines that a last hunk deletes were the end of the file.
-void clamp_deleted_ends(const Git& git, std::vector<DiffFile>& files) {
-  std::vector<std::string> objects;
-  std::vector<DiffFile*> waiting;
-  for (DiffFile& file : files) {
-    if (!file.deleted_after) continue;
-    objects.push_back(file.new_object);
-    waiting.push_back(&file);
-  }
-  const auto clamp = [&](std::size_t i, std::optional<std::string_view> blob) {
-    if (!blob) return;
-    std::vector<LineSpan>& spans = waiting[i]->spans;
-    const std::int64_t line = std::min(spans.back().start, count_lines(*blob));
-    spans.pop_back();
-    if (line > 0) spans.push_back({line, line});
-  };
-  git_utils::read_blobs(git, objects, MOST_LINE_COUNTED_BYTES, clamp);
-}
-
 [[noreturn]] void fail_on_diff(const Git& git, const Sides& sides, const Git::Output& output) {
   const std::string both = in_quotes(sides.base.name) + " and " + in_quotes(sides.head.name);
   // Where history cannot be read to its end, git tells of no merge base too.
@@ -174,7 +145,6 @@ Comparison compare(const Git& git, const Sides& sides, bool merge_base, bool cou
   Comparison comparison{parser.finish(), counter.count(), counter.merged_base(),
                         outputs[0].errors.find("multiple merge bases") != std::string::npos,
                         without.size()};
-  clamp_deleted_ends(git, comparison.files);
   comparison.files.insert(comparison.files.end(), without.begin(), without.end());
   std::stable_sort(
       comparison.files.begin(), comparison.files.end(),

@@ -69,8 +69,9 @@ class History {
   BranchChanges branch_changes(const Sides& sides);
 
   /// The changed lines of `files` between two commits, from their merge base when `merge_base`.
-  /// Lines are those of the new version; a hunk that only deletes is the one line that took its
-  /// place (the last line when the end was deleted). Raises GitHistoryError.
+  /// Lines are those of the new version, as a diff with one line of context shows them; where lines
+  /// are only deleted it is the one line that took their place (the last line when the end was
+  /// deleted). Raises GitHistoryError.
   LineSpans changed_line_spans(std::string_view base_commit, std::string_view head_commit,
                                std::span<const FileChange> files, bool merge_base);
 

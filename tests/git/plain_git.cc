@@ -20,32 +20,39 @@ std::vector<std::string> fields_of(const std::string& text) {
   return fields;
 }
 
-std::int64_t line_count(const std::string& text) {
-  return std::count(text.begin(), text.end(), '\n') + (text.empty() || text.back() == '\n' ? 0 : 1);
-}
-
-// git() takes the last line feed off; a byte after it keeps it.
-std::string blob(const GitRepository& repository, const std::string& id) {
-  const std::string size = repository.git({"cat-file", "-s", id});
-  std::string text = repository.git({"cat-file", "blob", id});
-  text.resize(std::stoul(size), '\n');
-  return text;
-}
-
+/// What a patch with a line of context shows of the new text: each run of added lines, and for
+/// lines that are only deleted the one after them, or the last.
 std::vector<git_utils::LineSpan> spans_of(const GitRepository& repository, const std::string& from,
                                           const std::string& to) {
   std::vector<git_utils::LineSpan> spans;
-  std::istringstream diff(repository.git({"diff", "-U0", "--no-color", from, to}));
+  std::istringstream diff(repository.git({"diff", "-U1", "--no-color", from, to}));
+  std::int64_t next = 0, added = 0;
+  bool in_hunk = false, deleted = false;
+  const auto end_run = [&](bool at_end) {
+    const std::int64_t line = at_end ? next - 1 : next;
+    if (added > 0) spans.push_back({next - added, next - 1});
+    if (added == 0 && deleted && line > 0) spans.push_back({line, line});
+    added = 0;
+    deleted = false;
+  };
   for (std::string line; std::getline(diff, line);) {
-    if (!line.starts_with("@@ ")) continue;
-    long start = 0, count = 1;
-    std::sscanf(line.c_str() + line.find('+'), "+%ld,%ld", &start, &count);
-    if (count > 0) {
-      spans.push_back({start, start + count - 1});
-    } else if (const auto lines = line_count(blob(repository, to)); lines > 0) {
-      spans.push_back({std::min<std::int64_t>(start + 1, lines), std::min(start + 1, lines)});
+    if (line.starts_with("@@ ")) {
+      end_run(true);
+      long start = 0, count = 1;
+      std::sscanf(line.c_str() + line.find('+'), "+%ld,%ld", &start, &count);
+      next = start + (count == 0 ? 1 : 0);
+      in_hunk = true;
+    } else if (in_hunk && line.starts_with('+')) {
+      ++added;
+      ++next;
+    } else if (in_hunk && line.starts_with('-')) {
+      deleted = true;
+    } else if (in_hunk && line.starts_with(' ')) {
+      end_run(false);
+      ++next;
     }
   }
+  end_run(true);
   return spans;
 }
 
