@@ -75,6 +75,18 @@ const CommandRow* command_named(const std::string& word) {
   throw UsageError("unknown command '" + word + "'" + suggestion);
 }
 
+[[noreturn]] void fail_without_value(const OptionRow& option) {
+  throw UsageError(shown_name(option) + " needs a value: " + std::string(option.value));
+}
+
+/// Where a variable of a script is not set the value is empty, and the parser would take the next
+/// argument for it.
+void check_value(const std::string& option, std::string_view value) {
+  if (!value.empty()) return;
+  const bool is_long = option.starts_with("--");
+  fail_without_value(*option_named(is_long ? option : std::string("-") + option.back()).option);
+}
+
 /// Takes the words that are neither options nor their values out of the arguments; what follows
 /// `--` is such a word.
 std::vector<std::string> take_words(std::vector<std::string>& arguments) {
@@ -91,7 +103,14 @@ std::vector<std::string> take_words(std::vector<std::string>& arguments) {
       continue;
     }
     left.push_back(arguments[i]);
-    if (!awaits_value(arguments[i]) || i + 1 == arguments.size()) continue;
+    const bool awaits = awaits_value(arguments[i]);
+    const std::size_t equals = arguments[i].find('=');
+    if (arguments[i].starts_with("--") && equals != std::string::npos) {
+      check_value(arguments[i].substr(0, equals),
+                  std::string_view(arguments[i]).substr(equals + 1));
+    }
+    if (!awaits || i + 1 == arguments.size()) continue;
+    check_value(arguments[i], arguments[i + 1]);
     // One argument of both: the value may look like an option.
     if (arguments[i].starts_with("--")) left.back() += "=";
     left.back() += arguments[++i];
@@ -179,7 +198,7 @@ std::string reworded(const CLI::ParseError& error) {
   const std::string name = text.substr(0, text.find_first_of(": "));
   const OptionRow* option = find_option(name.substr(0, name.find(',')));
   if (option == nullptr) return text;
-  return shown_name(*option) + " needs a value: " + std::string(option->value);
+  fail_without_value(*option);
 }
 
 /// Parses options alone.
