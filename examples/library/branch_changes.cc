@@ -33,11 +33,11 @@ int main(int count, char** arguments) {
     if (count == 3) request.base_branch = arguments[2];
     // The index file is the one that the command line uses too.
     const auto index = storage::default_index_path(git.common_directory());
-    const auto [pack, base, head, remarks] = services::delta_answer(git, index, request, update);
-    std::cerr << base << ".." << head << '\n';
-    for (const std::string& remark : remarks) std::cerr << remark << '\n';
-    std::cout << context_delta::json::json_text(pack) << '\n';
-    return pack.find("error") == nullptr ? 0 : 3;
+    const services::DeltaAnswer answer = services::delta_answer(git, index, request, update);
+    std::cerr << answer.base_commit << ".." << answer.head_commit << '\n';
+    for (const std::string& remark : answer.remarks) std::cerr << remark << '\n';
+    std::cout << context_delta::json::compact_text(answer.pack) << '\n';
+    return answer.pack.find("error") == nullptr ? 0 : 3;
   } catch (const std::exception& error) {
     std::cerr << error.what() << '\n';
     return 1;

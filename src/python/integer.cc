@@ -9,8 +9,8 @@ Integer::Integer(const Object& value) {
   if (PyLong_CheckExact(value.ptr())) {
     number_ = PyLong_AsLongLongAndOverflow(value.ptr(), &overflow);
   }
-  // None is a value that no operator takes, and says so at the first of them.
-  if (overflow != 0) value_ = value.is_none() ? Object::taken(PyNumber_Negative(Py_None)) : value;
+  native_ = overflow == 0;
+  if (!native_) value_ = value;
 }
 
 Object Integer::object() const {

@@ -32,10 +32,11 @@ class Integer {
   friend Integer truncated_product(const Integer& total, double granted);
 
  private:
-  bool is_native() const { return value_.is_none(); }
+  bool is_native() const { return native_; }
 
   std::int64_t number_ = 0;
-  Object value_;  // None when number_ holds the integer
+  Object value_;  // where number_ does not hold the integer
+  bool native_ = true;
 };
 
 /// The sum of two attributes.

@@ -2,6 +2,6 @@
 
 namespace context_delta::render {
 
-std::string render_json(const json::Mapping& pack) { return json::json_text(pack) + "\n"; }
+std::string render_json(const json::Mapping& pack) { return json::compact_text(pack) + "\n"; }
 
 }  // namespace context_delta::render

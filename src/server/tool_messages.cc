@@ -67,10 +67,10 @@ std::string tool_list(const Revision& revision) {
   std::string text = "\"tools\": [";
   for (const Tool* tool : tools()) {
     if (tool != tools().front()) text += ", ";
-    text += json::json_text(definition(*tool, revision));
+    text += json::compact_text(definition(*tool, revision));
     if (!revision.structured_output) continue;
     text.pop_back();
-    text += ", \"outputSchema\": " + tool->output_schema() + "}";
+    text += ",\"outputSchema\":" + tool->output_schema() + "}";
   }
   return text + "]";
 }
@@ -80,7 +80,7 @@ ToolRequest read_tool_request(const Json& params) {
 }
 
 std::string answer_fields(const Answer& answer, const Revision& revision) {
-  const std::string content = json::json_text(answer.content);
+  const std::string content = json::compact_text(answer.content);
   // The same text twice: some hosts hand one half to the model, some the other.
   std::string fields = text_content(content);
   if (revision.structured_output) fields += ", \"structuredContent\": " + content;

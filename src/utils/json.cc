@@ -6,6 +6,7 @@
 #include <cmath>
 #include <iterator>
 #include <stdexcept>
+#include <utility>
 
 namespace context_delta::json {
 namespace {
@@ -54,18 +55,55 @@ void append_double(std::string& text, double number) {
   text.append(digits, 0, whole).append(".").append(digits, whole);
 }
 
-void append_list(std::string& text, const List& list) {
-  text += '[';
-  bool first = true;
-  for (const Value& item : list) {
-    if (!first) text += ", ";
-    first = false;
-    append_text(text, item);
-  }
-  text += ']';
-}
-
 }  // namespace
+
+/// What stands between the items of a list or mapping, and between a key and its value.
+struct Separators {
+  std::string_view item;
+  std::string_view key;
+};
+
+constexpr Separators PRICED{", ", ": "};
+constexpr Separators COMPACT{",", ":"};
+
+class Writer {
+ public:
+  Writer(std::string& text, const Separators& separators) : text_(text), separators_(separators) {}
+
+  void write(const Value& value) const { std::visit(*this, value.value_); }
+
+  void operator()(std::monostate) const { text_ += "null"; }
+  void operator()(bool truth) const { text_ += truth ? "true" : "false"; }
+  void operator()(std::int64_t number) const { append_integer(text_, number); }
+  void operator()(double number) const { append_double(text_, number); }
+  void operator()(const std::string& string) const { append_quoted(text_, string); }
+
+  void operator()(const List& list) const {
+    text_ += '[';
+    bool first = true;
+    for (const Value& item : list) {
+      if (!std::exchange(first, false)) text_ += separators_.item;
+      write(item);
+    }
+    text_ += ']';
+  }
+
+  void operator()(const Mapping& mapping) const {
+    text_ += '{';
+    bool first = true;
+    for (const auto& [key, value] : mapping) {
+      if (!std::exchange(first, false)) text_ += separators_.item;
+      append_quoted(text_, key);
+      text_ += separators_.key;
+      write(value);
+    }
+    text_ += '}';
+  }
+
+ private:
+  std::string& text_;
+  const Separators& separators_;
+};
 
 Mapping::Mapping(std::initializer_list<Entry> entries) {
   for (const Entry& entry : entries) set(entry.first, entry.second);
@@ -134,31 +172,14 @@ void append_quoted(std::string& text, std::string_view string) {
   text.append(string, plain).append("\"");
 }
 
-void append_text(std::string& text, const Mapping& mapping) {
-  text += '{';
-  bool first = true;
-  for (const auto& [key, value] : mapping) {
-    if (!first) text += ", ";
-    first = false;
-    append_quoted(text, key);
-    text += ": ";
-    append_text(text, value);
-  }
-  text += '}';
-}
+void append_text(std::string& text, const Mapping& mapping) { Writer(text, PRICED)(mapping); }
 
-void append_text(std::string& text, const Value& value) {
-  struct Writer {
-    std::string& text;
-    void operator()(std::monostate) const { text += "null"; }
-    void operator()(bool truth) const { text += truth ? "true" : "false"; }
-    void operator()(std::int64_t number) const { append_integer(text, number); }
-    void operator()(double number) const { append_double(text, number); }
-    void operator()(const std::string& string) const { append_quoted(text, string); }
-    void operator()(const List& list) const { append_list(text, list); }
-    void operator()(const Mapping& mapping) const { append_text(text, mapping); }
-  };
-  std::visit(Writer{text}, value.value_);
+void append_text(std::string& text, const Value& value) { Writer(text, PRICED).write(value); }
+
+std::string compact_text(const Mapping& mapping) {
+  std::string text;
+  Writer(text, COMPACT)(mapping);
+  return text;
 }
 
 std::string json_text(const Value& value) {
@@ -169,7 +190,7 @@ std::string json_text(const Value& value) {
 
 std::string json_text(const List& list) {
   std::string text;
-  append_list(text, list);
+  Writer(text, PRICED)(list);
   return text;
 }
 

@@ -73,8 +73,8 @@ TEST_F(Program, WritesThePackAsOneLineOfJson) {
   EXPECT_EQ(ending.status, 0);
   EXPECT_EQ(ending.errors, "");
   EXPECT_TRUE(ending.out.starts_with(
-      R"({"base_branch": "main", "target_branch": "work", "commit_count": 1, )"
-      R"("total_changed_files": 1, "excluded_files": 1, "affected_files": [{"path": "store.py", )"))
+      R"({"base_branch":"main","target_branch":"work","commit_count":1,)"
+      R"("total_changed_files":1,"excluded_files":1,"affected_files":[{"path":"store.py",)"))
       << ending.out;
   EXPECT_EQ(ending.out.find('\n'), ending.out.size() - 1);
   EXPECT_EQ(run_here({"--format", "json", "--base", "main", "--target", "work"}).out, ending.out);
@@ -130,9 +130,9 @@ TEST_F(Program, TellsFilesApartWhoseNamesAreNotUtf8) {
   for (const char* byte : {"\U0010FFE8", "\U0010FFE9"}) {
     const std::string path = std::string("caf") + byte + ".py";
     for (const std::string& part :
-         {R"({"path": ")" + path + R"(", "status": "added", "additions": 2)",
-          R"("name": "f", "kind": "function", "file": ")" + path + "\"",
-          R"({"file": ")" + path + R"(", "line": 1, "end_line": 2, "content": "def f():\n    )" +
+         {R"({"path":")" + path + R"(","status":"added","additions":2)",
+          R"("name":"f","kind":"function","file":")" + path + "\"",
+          R"({"file":")" + path + R"(","line":1,"end_line":2,"content":"def f():\n    )" +
               "return '" + byte + "'\""}) {
       EXPECT_NE(ending.out.find(part), std::string::npos) << part << "\n" << ending.out;
     }
@@ -209,8 +209,8 @@ TEST_F(Program, AnswersEvenWhenGitCannotCompare) {
   const Ending base = run_here({"--base", "nowhere", "--format", "json"});
   EXPECT_EQ(base.status, 3);
   EXPECT_TRUE(base.out.starts_with(
-      R"({"affected_files": [], "symbols": [], "callers": [], "neighbours": [], )"
-      R"("snippets": [], "tokens_used": 0, "truncated": false, "error": "--base 'nowhere' )"))
+      R"({"affected_files":[],"symbols":[],"callers":[],"neighbours":[],)"
+      R"("snippets":[],"tokens_used":0,"truncated":false,"error":"--base 'nowhere' )"))
       << base.out;
   EXPECT_TRUE(base.errors.starts_with("{\"error\": \"--base 'nowhere' ")) << base.errors;
   EXPECT_TRUE(base.errors.ends_with(", \"exit_code\": 3}\n")) << base.errors;
@@ -229,7 +229,7 @@ TEST_F(Program, AnswersWhereThereIsNothingToCompare) {
        {empty.path().string(), unborn.root().string(), beside("missing")}) {
     const Ending ending = run({"-C", folder, "--format=json"});
     EXPECT_EQ(ending.status, 3) << folder;
-    EXPECT_NE(ending.out.find("\"error\": \""), std::string::npos) << folder << ending.out;
+    EXPECT_NE(ending.out.find("\"error\":\""), std::string::npos) << folder << ending.out;
     EXPECT_EQ(ending.errors.find('\n'), ending.errors.size() - 1) << folder << ending.errors;
     for (const std::string command : {"index", "graph"}) {
       const Ending other = run({command, "-C", folder});
@@ -352,7 +352,7 @@ TEST_F(Program, TakesPresetsFromFilesAndVariables) {
   repository_.write("../config.toml", "format = 'json'\n");
   repository_.write(".context-delta.toml", "all-files = true\nindex = '/etc/passwd'\n");
   const Ending ending = run_here({"-v"}, {variable});
-  EXPECT_NE(ending.out.find("\"total_changed_files\": 2, "), std::string::npos) << ending.out;
+  EXPECT_NE(ending.out.find("\"total_changed_files\":2,"), std::string::npos) << ending.out;
   EXPECT_TRUE(ending.errors.starts_with(
       "context-delta: .context-delta.toml:2: index cannot be set by a project's file; passed "
       "over\ncontext-delta: format = json from " +

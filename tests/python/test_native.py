@@ -53,7 +53,7 @@ def printed_pack(root, *options):
 
 
 def text_of(pack):
-    return json.dumps(pack, ensure_ascii=False) + "\n"
+    return json.dumps(pack, ensure_ascii=False, separators=(",", ":")) + "\n"
 
 
 @pytest.mark.parametrize("named,options", [
@@ -171,6 +171,9 @@ def test_budgets_of_any_size(root):
     assert not all_rows["truncated"] and len(all_rows["affected_files"]) == 2
     none = context_delta.handle_build_delta_context_pack(repository, root, token_budget=-10**30)
     assert none["files_omitted"] == 2 and none["tokens_used"] == 0
+    pages = context_delta.handle_build_delta_context_pack(
+        repository, root, token_budget=-2**63, wiki_lens=context_delta.WikiLens(root / "wiki"))
+    assert pages["wiki_pages"] and pages["files_omitted"] == 2
 
 
 def test_a_lens_tells_a_server_too(root):

@@ -195,3 +195,12 @@ def test_the_error_result_has_the_text_of_the_error(serve):
     assert list(pack_of(server).items()) == [
         ("affected_files", []), ("symbols", []), ("callers", []), ("neighbours", []),
         ("snippets", []), ("tokens_used", 0), ("truncated", False), ("error", "no héad\ud800")]
+
+
+def test_a_budget_of_none_is_reckoned_with_only_where_rows_are_paid(serve):
+    nothing = pack_of(serve(World(changes=changes_of([]))), token_budget=None)
+    assert "message" in nothing
+    failing = serve(one_file_world(failing="branch_changes", failure=GitHistoryError("no base")))
+    assert pack_of(failing, token_budget=None)["error"] == "no base"
+    with pytest.raises(TypeError, match="NoneType"):
+        pack_of(serve(one_file_world()), token_budget=None)

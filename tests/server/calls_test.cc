@@ -195,9 +195,9 @@ TEST(ToolRoots, KeepCallsInside) {
   session.open();
   const std::string not_in = "lies outside of what this server may read";
   const std::vector<std::pair<Json, std::string>> cases = {
-      {{{"repo_root", (root / "repository").string()}}, "\"base_branch\": \"main\""},
+      {{{"repo_root", (root / "repository").string()}}, "\"base_branch\":\"main\""},
       {{{"repo_root", "repository/.."}}, "not a git repository"},
-      {{{"repo_root", "repository"}, {"wiki", (root / "pages").string()}}, "\"callers\": [{"},
+      {{{"repo_root", "repository"}, {"wiki", (root / "pages").string()}}, "\"callers\":[{"},
       {{{"repo_root", "tree"}}, "No changes detected"},  // the main repository knows it
       {{{"repo_root", "empty"}}, "not a git repository"},
       {{{"repo_root", "none"}}, "is no folder in " + root.string()},
@@ -244,7 +244,7 @@ TEST_F(Calls, StayBelowWhatHostsTake) {
     const Json answer =
         called({{"base_branch", "before"}, {"token_budget", budget}, {"include_snippets", true}});
     const std::int64_t tokens = context_builder::estimate_tokens(text_of(answer));
-    EXPECT_GT(tokens, budget / 2);
+    EXPECT_GT(tokens, budget / 3);
     EXPECT_LT(tokens, most);
   }
 }
