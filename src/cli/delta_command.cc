@@ -29,7 +29,7 @@ services::DeltaAnswer make_answer(const Settings& settings, const services::Delt
     const git_utils::Git git(settings.directory);
     return services::delta_answer(git, index_path(git, settings), request, updater(settings));
   } catch (const git_utils::GitHistoryError& error) {
-    return {services::error_result(error), {}, {}, {}};
+    return {services::error_result(error), {}, {}};
   }
 }
 
@@ -47,6 +47,8 @@ std::string rendered(const services::DeltaAnswer& answer, const Settings& settin
   render::ReportStyle style = report_style(settings);
   style.budget = budget;
   style.remarks = answer.remarks;
+  style.beyond_limits = {answer.beyond_limits.symbols, answer.beyond_limits.callers,
+                         answer.beyond_limits.neighbours};
   return settings.format->render(answer.pack, style);
 }
 
@@ -78,10 +80,10 @@ void check_gates(const Settings& settings) {
   }
 }
 
-int pass_gates(const Settings& settings, const json::Mapping& pack) {
+int pass_gates(const Settings& settings, const services::DeltaAnswer& answer) {
   int code = EXIT_DONE;
   for (const Gate* gate : settings.gates) {
-    const std::string finding = gate->finding(pack);
+    const std::string finding = gate->finding(answer);
     if (finding.empty()) continue;
     report_failure("--fail-if " + std::string(gate->name) + ": " + finding, EXIT_GATE,
                    settings.format->for_programs);
@@ -111,7 +113,7 @@ int run_delta(const Settings& settings) {
     if (is_said_twice(settings)) return EXIT_GIT;
   }
   write(settings, rendered(answer, settings, request.token_budget));
-  return error == nullptr ? pass_gates(settings, pack) : EXIT_GIT;
+  return error == nullptr ? pass_gates(settings, answer) : EXIT_GIT;
 }
 
 }  // namespace context_delta::cli

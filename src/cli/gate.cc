@@ -10,19 +10,19 @@
 namespace context_delta::cli {
 namespace {
 
-render::PackView view_of(const json::Mapping& pack) {
-  return render::read_pack(pack, [](std::string_view text) { return std::string(text); });
+render::PackView view_of(const services::DeltaAnswer& answer) {
+  return render::read_pack(answer.pack, [](std::string_view text) { return std::string(text); });
 }
 
-std::string changed(const json::Mapping& pack) {
-  const std::int64_t files = view_of(pack).total_changed_files;
+std::string changed(const services::DeltaAnswer& answer) {
+  const std::int64_t files = view_of(answer).total_changed_files;
   if (files == 0) return "";
   return std::to_string(files) + (files == 1 ? " file" : " files") + " changed";
 }
 
-std::string stale_wiki(const json::Mapping& pack) {
+std::string stale_wiki(const services::DeltaAnswer& answer) {
   std::vector<std::string> stale;
-  for (const render::WikiRow& page : view_of(pack).wiki_pages) {
+  for (const render::WikiRow& page : view_of(answer).wiki_pages) {
     if (page.stale) stale.push_back(page.page);
   }
   if (stale.empty()) return "";
@@ -30,8 +30,8 @@ std::string stale_wiki(const json::Mapping& pack) {
   return std::to_string(stale.size()) + " wiki pages are stale, the first is " + stale[0];
 }
 
-std::string truncated(const json::Mapping& pack) {
-  return *pack.at("truncated").as<bool>() ? "the budget left something out" : "";
+std::string truncated(const services::DeltaAnswer& answer) {
+  return answer.is_cut_by_budget ? "the budget left something out" : "";
 }
 
 constexpr Gate GATES[] = {

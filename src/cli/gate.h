@@ -3,15 +3,15 @@
 #include <string>
 #include <string_view>
 
-#include "utils/json.h"
+#include "services/delta.h"
 
 /// Conditions that the exit code of a pack can tell: for jobs that must not pass them.
 namespace context_delta::cli {
 
 struct Gate {
   std::string_view name;
-  /// What the pack has that fails the gate, a line without a full stop; empty: it passes.
-  std::string (*finding)(const json::Mapping& pack);
+  /// What the answer has that fails the gate, a line without a full stop; empty: it passes.
+  std::string (*finding)(const services::DeltaAnswer& answer);
 };
 
 /// The gate of a name; null when there is none.

@@ -11,6 +11,7 @@
 #include "render/html_overview.h"
 #include "render/html_picture.h"
 #include "render/html_style.h"
+#include "render/left_out.h"
 #include "render/linked_pack.h"
 #include "render/pack_view.h"
 
@@ -53,7 +54,7 @@ void sections(Markup& page, const json::Mapping& pack, const PackView& view,
   write_picture(page, linked);
   write_details(page, linked);
   write_wiki_pages(page, view);
-  write_left_out(page, view, sufficient_budget(pack), style);
+  write_left_out(page, view, left_out(pack, style));
 }
 
 }  // namespace

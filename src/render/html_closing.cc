@@ -42,18 +42,12 @@ void lacking(Markup& page, std::string_view what, std::string_view option,
   page.text(effect);
 }
 
-void omitted(Markup& page, const PackView& pack, std::optional<std::int64_t> enough,
-             const ReportStyle& style) {
-  const std::string rows = omitted_rows(pack);
-  if (rows.empty()) return;
-  // With any budget, a pack lists the callers of its first symbols and some of each only.
-  if (enough && (!style.budget || *enough > *style.budget)) {
-    lacking(page, "Left out to fit the budget: " + rows + ".",
-            "--budget " + std::to_string(*enough * style.token_scale / 100), "shows more.");
-  } else {
-    lacking(page, "Not listed: " + rows + ".", "",
-            "The pack lists some rows of each file and symbol only, whatever its budget.");
+void omitted(Markup& page, const LeftOut& left) {
+  if (!left.by_budget.empty()) {
+    lacking(page, "Left out to fit the budget: " + left.by_budget + ".",
+            "--budget " + std::to_string(left.budget), "shows more.");
   }
+  if (!left.by_limits.empty()) lacking(page, "Limits of the pack.", "", left.by_limits);
 }
 
 }  // namespace
@@ -65,13 +59,12 @@ void write_wiki_pages(Markup& page, const PackView& pack) {
   for (const WikiRow& row : pack.wiki_pages) wiki_page(page, row);
 }
 
-void write_left_out(Markup& page, const PackView& pack, std::optional<std::int64_t> enough,
-                    const ReportStyle& style) {
+void write_left_out(Markup& page, const PackView& pack, const LeftOut& left) {
   if (pack.total_changed_files <= 0 && omitted_rows(pack).empty()) return;
   const Section section(page, "left-out", "What is not here, and how to get it",
                         "options of context-delta");
   const auto list = page.open("ul", {{"class", "lacking"}});
-  omitted(page, pack, enough, style);
+  omitted(page, left);
   if (pack.excluded_files > 0) {
     lacking(page,
             grouped(pack.excluded_files) +

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "render/display_text.h"
+#include "render/left_out.h"
 #include "render/markdown_text.h"
 #include "render/pack_view.h"
 #include "render/wording.h"
@@ -272,19 +273,13 @@ std::string head(const PackView& pack, const ReportStyle& style) {
 }
 
 /// What the budget left out of the pack, and what the length of a comment left out of the report.
-std::string closing(const PackView& pack, const std::string& not_shown,
-                    std::optional<std::int64_t> enough, const ReportStyle& style) {
+std::string closing(const LeftOut& left, const std::string& not_shown) {
   std::string text;
-  const std::string omitted = omitted_rows(pack);
-  if (!omitted.empty()) {
-    const bool budget_would_help = enough && (!style.budget || *enough > *style.budget);
-    text += budget_would_help
-                ? "\nLeft out to fit the budget: " + omitted + ". `--budget " +
-                      std::to_string(*enough * style.token_scale / 100) + "` shows more.\n"
-                : "\nNot listed: " + omitted +
-                      ". The pack lists some rows of each file and symbol only, whatever its "
-                      "budget.\n";
+  if (!left.by_budget.empty()) {
+    text += "\nLeft out to fit the budget: " + left.by_budget + ". `--budget " +
+            std::to_string(left.budget) + "` shows more.\n";
   }
+  if (!left.by_limits.empty()) text += "\n" + left.by_limits + "\n";
   if (!not_shown.empty()) {
     text += "\nLeft out to fit a comment: " + not_shown + ". `--format text` shows them all.\n";
   }
@@ -307,7 +302,7 @@ std::string render_markdown(const json::Mapping& pack, const ReportStyle& style)
     not_shown.push_back(
         counted(static_cast<std::int64_t>(section.rows.size() - shown), section.one, section.many));
   }
-  return report + closing(view, joined(not_shown), sufficient_budget(pack), style);
+  return report + closing(left_out(pack, style), joined(not_shown));
 }
 
 }  // namespace context_delta::render

@@ -4,7 +4,9 @@
 #include <utility>
 
 #include "render/display_text.h"
+#include "render/left_out.h"
 #include "render/pack_view.h"
+#include "render/short_name.h"
 #include "render/text_page.h"
 #include "render/wording.h"
 #include "utils/text_lines.h"
@@ -95,29 +97,9 @@ void files(TextPage& page, const PackView& pack) {
   omitted_line(page, pack.files_omitted, "more file", "more files");
 }
 
-/// Bytes of `fqn` before its last name, with the separator.
-std::size_t scope_length(std::string_view fqn) {
-  const std::size_t end = fqn.find_last_of(".:#/");
-  return end == fqn.npos ? 0 : end + 1;
-}
-
-/// Bytes of the scope that all names share: what the file beside them says already.
-template <class Row>
-std::size_t shared_scope(const Row* first, const Row* end) {
-  if (end - first < 2) return 0;
-  std::string_view shared(first->fqn);
-  for (const Row* row = first; row != end; ++row) {
-    shared = shared.substr(0, scope_length(row->fqn));
-    const auto differ = std::mismatch(shared.begin(), shared.end(), row->fqn.begin());
-    shared = shared.substr(0, static_cast<std::size_t>(differ.first - shared.begin()));
-    shared = shared.substr(0, scope_length(shared));
-  }
-  return shared.size();
-}
-
 /// The signature, when it says more than the kind and name beside it.
 std::string signature_cell(const SymbolRow& symbol) {
-  const std::string name = symbol.fqn.substr(scope_length(symbol.fqn));
+  const std::string name(last_name(symbol.fqn));
   const bool says_no_more = symbol.signature == symbol.fqn || symbol.signature == name ||
                             symbol.signature == symbol.kind + " " + name;
   return says_no_more ? "" : symbol.signature;
@@ -125,18 +107,11 @@ std::string signature_cell(const SymbolRow& symbol) {
 
 Table symbol_table(const std::vector<SymbolRow>& symbols) {
   Table table = {{{true}, {false, Shrink::END}, {false, Shrink::START}, {false, Shrink::END}}, {}};
-  const SymbolRow* const end = symbols.data() + symbols.size();
-  std::size_t shared = 0;
-  for (const SymbolRow* symbol = symbols.data(); symbol != end; ++symbol) {
-    if (symbol == symbols.data() || symbol->file != symbol[-1].file) {
-      const SymbolRow* next = std::find_if(
-          symbol, end, [&](const SymbolRow& other) { return other.file != symbol->file; });
-      shared = shared_scope(symbol, next);
-    }
-    table.rows.push_back({{line_range(symbol->line, symbol->end_line), Ink::DIM},
-                          {symbol->kind, Ink::CYAN},
-                          {symbol->fqn.substr(shared), Ink::PLAIN},
-                          {signature_cell(*symbol), Ink::DIM}});
+  for (const SymbolRow& symbol : symbols) {
+    table.rows.push_back({{line_range(symbol.line, symbol.end_line), Ink::DIM},
+                          {symbol.kind, Ink::CYAN},
+                          {std::string(beyond_file(symbol.fqn, symbol.file)), Ink::PLAIN},
+                          {signature_cell(symbol), Ink::DIM}});
   }
   return table;
 }
@@ -184,10 +159,9 @@ void symbols(TextPage& page, const PackView& pack) {
 /// Callers in the ink of what ties them to the symbol above.
 Table caller_table(const std::vector<CallerRow>& callers, std::string_view mark, Ink evidence) {
   Table table = {{{}, {false, Shrink::START}, {false, Shrink::MIDDLE}}, {}};
-  const std::size_t shared = shared_scope(callers.data(), callers.data() + callers.size());
   for (const CallerRow& caller : callers) {
     table.rows.push_back({{std::string(mark), evidence},
-                          {caller.fqn.substr(shared), evidence},
+                          {std::string(beyond_file(caller.fqn, caller.file)), evidence},
                           {caller.file + ":" + std::to_string(caller.call_line), Ink::DIM}});
   }
   return table;
@@ -269,24 +243,17 @@ void wiki_pages(TextPage& page, const PackView& pack) {
   }
 }
 
-void left_out(TextPage& page, const PackView& pack, std::optional<std::int64_t> enough,
-              const ReportStyle& style) {
-  const std::string rows = omitted_rows(pack);
-  if (rows.empty()) return;
-  page.blank_line();
-  const std::string used = counted(pack.tokens_used, "token", "tokens") + " used";
-  // With any budget, a pack lists the callers of its first symbols and some of each only.
-  const bool budget_would_help = enough && (!style.budget || *enough > *style.budget);
-  if (budget_would_help) {
-    page.paragraph("Left out to fit the budget: " + rows + " (" + used + "). --budget " +
-                       std::to_string(*enough * style.token_scale / 100) + " shows more.",
+void closing(TextPage& page, const PackView& pack, const LeftOut& left) {
+  if (!left.by_budget.empty()) {
+    page.blank_line();
+    page.paragraph("Left out to fit the budget: " + left.by_budget + " (" +
+                       counted(pack.tokens_used, "token", "tokens") + " used). --budget " +
+                       std::to_string(left.budget) + " shows more.",
                    Ink::YELLOW);
-  } else {
-    page.paragraph(
-        "Not listed: " + rows +
-            ". The pack lists some rows of each file and symbol only, whatever its budget.",
-        Ink::DIM);
   }
+  if (left.by_limits.empty()) return;
+  page.blank_line();
+  page.paragraph(left.by_limits, Ink::DIM);
 }
 
 /// What must be known before the rows are read.
@@ -312,7 +279,7 @@ std::string render_text(const json::Mapping& pack, const ReportStyle& style) {
   neighbours(page, view);
   wiki_pages(page, view);
   snippets(page, view);
-  left_out(page, view, sufficient_budget(pack), style);
+  closing(page, view, left_out(pack, style));
   return page.finish();
 }
 

@@ -15,8 +15,8 @@ namespace {
 
 using Type = Parameter::Type;
 
-/// Hosts refuse results of more than about 25,000 of their tokens; a text of this many estimated
-/// ones stays below, whatever the host counts by.
+/// Hosts refuse results of more than about 25,000 of their tokens. One copy of a result of this
+/// many estimated ones stays below; a host that hands its model both copies counts twice as many.
 constexpr std::int64_t MOST_TOKENS = 20'000;
 
 constexpr Parameter PARAMETERS[] = {
@@ -42,7 +42,10 @@ constexpr Parameter PARAMETERS[] = {
      .default_number = 0},
     {.name = "token_budget",
      .type = Type::INTEGER,
-     .description = "most tokens of the answer's rows; ask again with more when truncated is true",
+     .description =
+         "most tokens of the answer's rows. When something was omitted, more tokens show "
+         "more, but for what no budget lists: more than 50 symbols of a file, more than "
+         "10 callers of a symbol, callers of symbols after the first 20",
      .default_number = services::DEFAULT_TOKEN_BUDGET,
      .most = MOST_TOKENS},
     {.name = "include_call_graph",

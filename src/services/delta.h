@@ -40,11 +40,21 @@ struct DeltaRequest {
   std::string target_parameter = "target_branch";
 };
 
+/// Rows that a pack counts as left out by its own limits: symbols of a file and callers of a symbol
+/// beyond the most that it lists.
+struct BeyondLimits {
+  std::int64_t symbols = 0;
+  std::int64_t callers = 0;
+  std::int64_t neighbours = 0;
+};
+
 /// An answer, and the two commits that all of it hangs on.
 struct DeltaAnswer {
   json::Mapping pack;
   std::string base_commit, head_commit;   ///< full ids; empty when git found none
   std::vector<std::string> remarks = {};  ///< what else a person should know, a clause each
+  BeyondLimits beyond_limits = {};
+  bool is_cut_by_budget = false;  ///< whether a greater budget would list more
 };
 
 /// The one path from a request to its pack: finds the commits, compares them, brings the index in

@@ -57,13 +57,21 @@ std::vector<repository_changes::SymbolOnLines> NativeServices::symbols_on_lines(
 
 std::int64_t NativeServices::count_symbols_on_lines(const storage::Database& db,
                                                     const LineRanges& ranges, Kinds kinds) {
-  return repository_changes::count_symbols_on_lines(db, ranges, kinds);
+  const auto count = repository_changes::count_symbols(db, ranges, kinds, symbols_per_row());
+  beyond_.symbols += count.beyond;
+  return count.all;
 }
 
 std::vector<storage::Caller> NativeServices::callers_of(const IndexHandle& repository,
                                                         const std::vector<std::int64_t>& ids,
                                                         bool guessed, std::int64_t limit) {
-  return repository.index.callers_of(ids, guessed, limit);
+  std::vector<storage::Caller> callers = repository.index.callers_of(ids, guessed, limit);
+  std::int64_t& beyond = guessed ? beyond_.neighbours : beyond_.callers;
+  for (std::size_t i = 0; i < callers.size(); ++i) {  // those of one symbol follow each other
+    const bool is_first = i == 0 || callers[i].of != callers[i - 1].of;
+    beyond += (is_first ? callers[i].total : 0) - 1;
+  }
+  return callers;
 }
 
 std::int64_t NativeServices::estimate_tokens(std::string_view text) {

@@ -9,6 +9,7 @@
 #include <unordered_map>
 #include <vector>
 
+#include "services/delta.h"
 #include "services/review.h"
 #include "storage/repository.h"
 #include "storage/repository_changes.h"
@@ -85,9 +86,13 @@ class NativeServices {
   json::Mapping guessed_caller_row(const Caller& caller);
   json::List pages_citing(WikiLens lens, KeptPaths<NativeServices>& paths);
 
+  /// What the pack counts as left out although no budget would list it.
+  const BeyondLimits& beyond_limits() const { return beyond_; }
+
  private:
   Review& review_;
   context_docs::CommitTexts texts_;
+  BeyondLimits beyond_;
 };
 
 }  // namespace context_delta::services

@@ -37,7 +37,9 @@ hits AS (
   WHERE segments.kind IN asked)
 )";
 
-constexpr std::string_view COUNT = "SELECT count(*) FROM hits";
+constexpr std::string_view COUNT = R"(
+SELECT coalesce(sum(number), 0), coalesce(sum(max(number - ?3, 0)), 0)
+FROM (SELECT count(*) AS number FROM hits GROUP BY file))";
 
 constexpr std::string_view LIST = R"(,
 numbered AS (
@@ -124,13 +126,19 @@ std::vector<SymbolOnLines> symbols_on_lines(const storage::Database& db, const L
   return symbols;
 }
 
-std::int64_t count_symbols_on_lines(const storage::Database& db, const LineRanges& ranges,
-                                    std::span<const std::string_view> kinds) {
+SymbolCount count_symbols(const storage::Database& db, const LineRanges& ranges,
+                          std::span<const std::string_view> kinds, std::int64_t per_file) {
   const std::string list = json_ranges(ranges);
   const std::string kind_list = json_list(kinds);
   Statement statement(db, std::string(HITS) + std::string(COUNT));
-  statement.bind(1, list).bind(2, kind_list);
-  return statement.step() ? statement.integer(0) : 0;
+  statement.bind(1, list).bind(2, kind_list).bind(3, per_file);
+  if (!statement.step()) return {};
+  return {.all = statement.integer(0), .beyond = statement.integer(1)};
+}
+
+std::int64_t count_symbols_on_lines(const storage::Database& db, const LineRanges& ranges,
+                                    std::span<const std::string_view> kinds) {
+  return count_symbols(db, ranges, kinds, 0).all;
 }
 
 }  // namespace context_delta::repository_changes

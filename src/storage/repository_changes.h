@@ -52,7 +52,15 @@ std::vector<SymbolOnLines> symbols_on_lines(const storage::Database& db, const L
                                             std::span<const std::string_view> kinds,
                                             std::int64_t per_file);
 
-/// How many symbols symbols_on_lines would list without a limit per file.
+struct SymbolCount {
+  std::int64_t all = 0;
+  std::int64_t beyond = 0;  ///< those of each file after its first `per_file`
+};
+
+/// How many symbols symbols_on_lines would list without a limit per file, and how many of them it
+/// does not.
+SymbolCount count_symbols(const storage::Database& db, const LineRanges& ranges,
+                          std::span<const std::string_view> kinds, std::int64_t per_file);
 std::int64_t count_symbols_on_lines(const storage::Database& db, const LineRanges& ranges,
                                     std::span<const std::string_view> kinds);
 

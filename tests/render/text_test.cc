@@ -1,14 +1,18 @@
 #include "render/text.h"
 
+#include <array>
 #include <string>
+#include <vector>
 
 #include <gtest/gtest.h>
 
 #include "render/display_text.h"
 #include "render/golden.h"
 #include "render/json_line.h"
+#include "render/left_out.h"
 #include "render/pack_view.h"
 #include "render/sample_packs.h"
+#include "render/short_name.h"
 #include "utils/text_lines.h"
 
 namespace context_delta::render {
@@ -34,7 +38,9 @@ INSTANTIATE_TEST_SUITE_P(
                     GoldenCase{
                         "full_narrow_ascii", test::full_pack, {.width = 48, .unicode = false}},
                     GoldenCase{"truncated", test::truncated_pack, {.budget = 100}},
-                    GoldenCase{"beyond_the_budget", test::truncated_pack, {.budget = 100'000}},
+                    GoldenCase{"beyond_the_budget",
+                               test::truncated_pack,
+                               {.budget = 100'000, .beyond_limits = {.symbols = 38, .callers = 1}}},
                     GoldenCase{"nothing_changed", test::nothing_changed_pack, {}},
                     GoldenCase{"error", test::error_pack, {.colour = true}},
                     GoldenCase{"hostile", test::hostile_pack, {}}),
@@ -66,7 +72,7 @@ TEST(Text, TakesAnEmptyMapping) { EXPECT_EQ(render_text({}, {}), ""); }
 
 TEST(Json, IsOneLine) {
   EXPECT_EQ(render_json({{"b", 1}, {"a", json::List{"\n", nullptr}}}),
-            "{\"b\": 1, \"a\": [\"\\n\", null]}\n");
+            "{\"b\":1,\"a\":[\"\\n\",null]}\n");
 }
 
 TEST(DisplayText, MeasuresColumns) {
@@ -94,6 +100,37 @@ TEST(DisplayText, ShortensWithinItsColumns) {
 
 TEST(DisplayText, ExpandsTabsByColumn) {
   EXPECT_EQ(plain_line("\ta\t\u65E5\tb"), "    a   \u65E5  b");
+}
+
+TEST(LeftOut, TellsWhatABudgetListsFromWhatNoneDoes) {
+  json::Mapping pack = test::truncated_pack();
+  const LeftOut all = left_out(pack, {.budget = 100'000});
+  EXPECT_EQ(all.by_budget, "12 files, 40 symbols and 1 caller");
+  EXPECT_GT(all.budget, 100'000) << "what is asked for already shows no more";
+  EXPECT_EQ(all.by_limits, "");
+  pack.set("files_omitted", 0);
+  const LeftOut none = left_out(pack, {.beyond_limits = {.symbols = 40, .callers = 1}});
+  EXPECT_EQ(none.by_budget, "");
+  EXPECT_EQ(none.by_limits,
+            "Not listed, whatever the budget: 40 symbols and 1 caller (a pack lists 50 symbols of "
+            "a file and 10 callers of a symbol at most).");
+}
+
+TEST(BeyondFile, SaysWhatThePathDoesNot) {
+  const std::vector<std::array<std::string_view, 3>> cases = {
+      {"client.session.Session.close", "src/client/session.py", "Session.close"},
+      {"new.main", "src/new.py", "main"},
+      {"src/a.c:helper", "src/a.c", "helper"},
+      {"github.com/x/y/v2/queue.(*Q).Run", "queue/a.go", "(*Q).Run"},
+      {"re::meta::strategy::<ReverseSuffix as Strategy>::search", "re/src/meta/strategy.rs",
+       "<ReverseSuffix as Strategy>::search"},
+      {"<re::strategy::A as re::strategy::B>::search", "re/src/strategy.rs",
+       "<re::strategy::A as re::strategy::B>::search"},
+      {"ns::operator<", "ns/a.cc", "operator<"},
+      {"run", "run.py", "run"},
+      {"run", "", "run"}};
+  for (const auto& [fqn, file, rest] : cases) EXPECT_EQ(beyond_file(fqn, file), rest) << fqn;
+  EXPECT_EQ(last_name("a::<b::C as d::E>::run"), "run");
 }
 
 TEST(SufficientBudget, CoversTheSharesOfEverySection) {
