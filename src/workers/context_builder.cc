@@ -40,6 +40,33 @@ constexpr Glue MARK{130, 5, 26};
 
 constexpr std::int64_t TOKEN = 100;
 
+/// Characters for which vocabularies have no token of their own: marks that combine with the
+/// letter before them, rare ideographs, tags and private use, where file names keep their bytes.
+struct Rare {
+  std::uint32_t first;
+  std::uint32_t last;
+  std::int64_t price;
+};
+constexpr std::array<Rare, 19> RARE = {{{0x300, 0x303, 100},
+                                        {0x304, 0x307, 175},
+                                        {0x308, 0x30A, 100},
+                                        {0x30B, 0x322, 200},
+                                        {0x323, 0x323, 100},
+                                        {0x324, 0x37F, 200},
+                                        {0x483, 0x489, 200},
+                                        {0x591, 0x5AF, 200},
+                                        {0x5B0, 0x5BF, 115},
+                                        {0x5C0, 0x5C7, 200},
+                                        {0x64B, 0x654, 100},
+                                        {0x655, 0x65F, 200},
+                                        {0x1AB0, 0x1AFF, 295},
+                                        {0x1DC0, 0x1DFF, 295},
+                                        {0x20D0, 0x20FF, 195},
+                                        {0xFE00, 0xFE0F, 187},
+                                        {0xFE20, 0xFE2F, 200},
+                                        {0x20000, 0x3FFFF, 395},
+                                        {0xE0000, 0x10FFFF, 395}}};
+
 class Scan {
  public:
   explicit Scan(std::string_view text) : text_(text) {}
@@ -150,11 +177,15 @@ class Scan {
       continuations = 3;
       price = 280;
     }
+    std::uint32_t character = lead & (0x3Fu >> continuations);
     while (continuations > 0 && !ends(at_) && (byte_at(at_) & 0xC0) == 0x80) {
-      ++at_;
+      character = character << 6 | (byte_at(at_++) & 0x3Fu);
       --continuations;
     }
-    return price;
+    if (continuations > 0) return price;
+    const auto* rare = std::find_if(RARE.begin(), RARE.end(),
+                                    [&](const Rare& each) { return character <= each.last; });
+    return rare != RARE.end() && character >= rare->first ? rare->price : price;
   }
 
   std::string_view text_;

@@ -3,6 +3,8 @@
 #include <random>
 #include <string>
 #include <string_view>
+#include <utility>
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -31,6 +33,30 @@ TEST(EstimateTokens, PricesPieces) {
       {"x = 1", 4},
   };
   for (const auto& [text, tokens] : cases) EXPECT_EQ(estimate_tokens(text), tokens) << text;
+}
+
+/// Counts of the vocabulary o200k_base (package gpt-tokenizer 4.0.0 of npm).
+TEST(EstimateTokens, KnowsCharactersOfSeveralTokens) {
+  const auto times = [](int count, std::string_view text) {
+    std::string all;
+    for (; count > 0; --count) all += text;
+    return all;
+  };
+  const std::string stacked =
+      times(4, "Z\u0351\u036b\u0343a\u0329\u0363l\u0348\u0301g\u0310\u0344o\u0317\u0346");
+  const std::vector<std::pair<std::string, double>> cases = {
+      {"{\"path\": \"docs/" + stacked +
+           ".md\", \"status\": \"modified\", \"additions\": 3, \"deletions\": 1}",
+       132},
+      {"\"" + times(8, "\u0301\u0302\u0308\u0323\u0331") + "\"", 50},
+      {"{\"path\": \"caf\U0010ffe9/\U0010ffff\U0010ff80.py\", \"content\": \"" +
+           times(5, "\U00020000\U0002a6d6") + "\"}",
+       61},
+      {"\"" + times(6, "x\u20d7y\u20d7") + times(5, "a\ufe0f") + "\"", 47},
+  };
+  for (const auto& [text, counted] : cases) {
+    EXPECT_NEAR(static_cast<double>(estimate_tokens(text)), counted, counted / 10) << text;
+  }
 }
 
 TEST(EstimateTokens, AnyBytesHaveAPriceBetweenOneAndTheirLength) {
