@@ -10,6 +10,7 @@ namespace {
 enum class Files {
   ALL,
   NOT_IN_GO,        // whose packages may have such names
+  NOT_IN_SRC,       // where packages are laid out that are shipped whole
   NOT_IN_LANGUAGE,  // whatever the case of their letters; no text that a program reads
 };
 
@@ -33,16 +34,25 @@ constexpr Rule RULES[] = {
     {TEST, "Rust benchmark", "benches/*.rs"},
     {TEST, "pytest settings", "conftest.py"},
     {TEST, "test_ at the start", "test_*.{py,c,cc,cpp,cxx}"},
-    {TEST, "_test at the end", "*_test.{py,go,c,cc,cpp,cxx,h,rb,exs}"},
-    {TEST, "_tests at the end", "*_tests.{py,c,cc,cpp,cxx}"},
+    {TEST, "_test at the end", "*_test.{py,go,c,cc,cpp,cxx,h,rb,exs,dart,lua,clj,cljc,cljs}"},
+    {TEST, "_test at the end", "*_test.{js,jsx,ts,tsx,mjs,mts}"},
+    {TEST, "_tests at the end", "*_tests.{py,c,cc,cpp,cxx,rs}"},
+    {TEST, "Django tests", "tests.py", Files::NOT_IN_SRC},
+    {TEST, "Rust test module", "tests.rs"},
+    {TEST, "Ruby or Lua specification", "*_spec.{rb,lua}"},
+    {TEST, "Ruby specification", "{spec,rails}_helper.rb"},
+    {TEST, "Spec at the end", "*[a-z0-9]Spec.{groovy,scala,hs}"},
+    {TEST, "Erlang test suite", "*_SUITE.erl"},
     {TEST, "_unittest at the end", "*_unittest.{c,cc,cpp,cxx}"},
     {TEST, "JavaScript test", "*.{test,spec}.{js,jsx,ts,tsx,cjs,mjs,cts,mts}"},
+    {TEST, "Cypress test", "*.cy.{js,jsx,ts,tsx}"},
     {TEST, "TypeScript type test", "*.{test,spec}-d.{ts,tsx}"},
     {TEST, "JavaScript story", "*.stories.{js,jsx,ts,tsx,mdx}"},
-    {TEST, "Test at the end", "*[a-z0-9A-Z_]{Test,Tests}.{java,kt,cs,cc,cpp,swift}"},
+    {TEST, "Test at the end",
+     "*[a-z0-9A-Z_]{Test,Tests}.{java,kt,cs,cc,cpp,swift,php,scala,groovy,dart,m,mm}"},
     {TEST, "Java test", "{Test,Tests}.java"},
     {TEST, "Java test", "Test[!a-z]*.java"},
-    {TEST, "Java test", "*TestCase.java"},
+    {TEST, "test case", "*TestCase.{java,php}"},
     {TEST, "Java integration test", "*[a-z0-9]IT.java"},
 
     {GENERATED, "npm lock file",
@@ -65,13 +75,15 @@ constexpr Rule RULES[] = {
     {GENERATED, "generated header", "*_generated.h"},
     {GENERATED, "minified", "*.min.{js,css}"},
     {GENERATED, "source map", "*.map"},
+    {GENERATED, "JavaScript bundle", "dist/*.{js,cjs,mjs,css}"},
+    {GENERATED, "JavaScript bundle", "dist/*/*.{js,cjs,mjs,css}"},
     {GENERATED, "snapshot", "*.snap"},
     {GENERATED, "generated folder", "__generated__/"},
     {GENERATED, "written by a package manager",
      "{node_modules,vendor,bower_components,Godeps,Pods,Carthage,.yarn}/"},
 
-    {DOCUMENT, "document folder", "/{docs,man}/"},
-    {DOCUMENT, "document folder", "/doc/", Files::NOT_IN_GO},
+    {DOCUMENT, "document folder", "/docs/"},
+    {DOCUMENT, "document folder", "/{doc,man}/", Files::NOT_IN_GO},
     {DOCUMENT, "document folder", "Documentation/"},
     {DOCUMENT, "document of a project",
      "{readme,changes,changelog,contributing,license,licence,copying,authors}",
@@ -115,6 +127,9 @@ bool holds(const Rule& rule, std::string_view path, std::optional<std::string_vi
       break;
     case Files::NOT_IN_GO:
       if (language == "go") return false;
+      break;
+    case Files::NOT_IN_SRC:
+      if (matches_path("src/", path)) return false;
       break;
     case Files::NOT_IN_LANGUAGE:
       return !language && matches_path(rule.pattern, path, LetterCase::ANY) &&
