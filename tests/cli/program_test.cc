@@ -104,7 +104,7 @@ TEST_F(Program, SaysInAClauseWhatIsNotCommitted) {
             "context-delta: " + clause + "--uncommitted reviews it\n");
   EXPECT_EQ(run_here({"--format", "json", "-q"}).errors, "");
   const Ending all = run_here({"--uncommitted", "--snippets", "--format", "json"});
-  EXPECT_NE(all.out.find("\"content\": \"    return [item, item]\""), std::string::npos) << all.out;
+  EXPECT_NE(all.out.find("\"content\":\"    return [item, item]\""), std::string::npos) << all.out;
   EXPECT_EQ(all.errors, "");
 }
 
@@ -113,7 +113,7 @@ TEST_F(Program, ShowsTheTextOfALinkAndNotOfWhatItLeadsTo) {
   repository_.commit();
   const Ending ending = run_here({"--snippets", "--format", "json", "HEAD~1"});
   EXPECT_NE(
-      ending.out.find(R"({"file": "link.py", "line": 1, "end_line": 1, "content": "store.py"})"),
+      ending.out.find(R"({"file":"link.py","line":1,"end_line":1,"content":"store.py"})"),
       std::string::npos)
       << ending.out;
 }
