@@ -4,13 +4,13 @@
 #include "indexer/language.h"
 #include "indexer/languages/c/c.h"
 #include "indexer/languages/cpp/cpp.h"
+#include "indexer/languages/ecmascript/javascript.h"
+#include "indexer/languages/ecmascript/typescript.h"
 #include "indexer/languages/go/go.h"
 #include "indexer/languages/java/java.h"
-#include "indexer/languages/javascript/javascript.h"
 #include "indexer/languages/manifest/manifest.h"
 #include "indexer/languages/python/python.h"
 #include "indexer/languages/rust/rust.h"
-#include "indexer/languages/typescript/typescript.h"
 
 namespace context_delta::indexer {
 namespace {

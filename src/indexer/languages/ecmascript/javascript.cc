@@ -1,4 +1,4 @@
-#include "indexer/languages/javascript/javascript.h"
+#include "indexer/languages/ecmascript/javascript.h"
 
 #include <array>
 

@@ -1,4 +1,4 @@
-#include "indexer/languages/typescript/typescript.h"
+#include "indexer/languages/ecmascript/typescript.h"
 
 #include <array>
 
