@@ -80,8 +80,8 @@ def f(x: "t.Opt[Foo]" = g()) -> Bar:
 class D(m.Base): pass
 )")
                 .references,
-            R"(1 import .a|b in -
-1 import .a|d in -
+            R"(1 import module .a|b in -
+1 import module .a|d in -
 2 decorate |mark(1) in -
 3 call app|route(1) in -
 4 type t|Opt in f
@@ -113,7 +113,7 @@ class C:
 __all__ = ["C", 'D']
 )";
   EXPECT_EQ(extraction_of("m.py", text).bindings,
-            R"(member size in C : int = int()
+            R"(member size in C : int = "int"
 parameter self in m = self
 parameter p in m : Foo
 parameter rest in m = ?
@@ -129,7 +129,7 @@ local f in m = ?
 local x in m = ? {reassigned}
 local n in m = p.n {conditional}
 local n in m = ? {conditional}
-global __all__ in - = list()
+global __all__ in - = "list"
 import a.b|| in -
 import c||d in -
 import e|*| in -

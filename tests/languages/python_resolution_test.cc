@@ -200,6 +200,21 @@ const std::vector<Case> CASES = {
      {{"m.py",
        BASE.substr(0, BASE.find("    def go")) + "def f():\n    x = Base()\n    x.$call^work()\n"}},
      "proven constructed"},
+    {"LiteralIsNoObjectOfAClassOfItsName",
+     {{"m.py",
+       "class dict:\n    def $target^items(self): pass\n"
+       "def f():\n    x = {'a': 1}\n    x.$call^items()\n"}},
+     "no edge"},
+    {"LiteralItself",
+     {{"m.py",
+       "class str:\n    def $target^upper(self): pass\n"
+       "def f():\n    'x'.$call^upper()\n"}},
+     "no edge"},
+    {"ClassNamedLikeALiteralsType",
+     {{"m.py",
+       "class dict:\n    def $target^items(self): pass\n"
+       "def f():\n    x = dict()\n    x.$call^items()\n"}},
+     "proven constructed"},
     {"ConstructedAlthoughOverridden",
      {{"m.py", BASE.substr(0, BASE.find("    def go")) +
                    "class D(Base):\n    def work(self): pass\n"

@@ -31,6 +31,9 @@ class Ledger {
   void namesakes(std::int32_t reference, std::span<const Candidate* const> fits,
                  std::string_view doubt, const Candidate* favourite = nullptr);
 
+  /// An edge beside those of a reference: the constructor that a call of a class runs.
+  void add(const Edge& edge) { edges_.push_back(edge); }
+
   /// Hands all edges over, in the order in which they were found.
   void write(Resolution& resolution);
 

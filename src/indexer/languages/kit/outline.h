@@ -36,6 +36,10 @@ class Outline {
   const Binding& binding(std::int32_t index) const {
     return facts_->bindings[static_cast<std::size_t>(index)];
   }
+  /// An expression of what find() gave: whoever looked has recorded it with the binding.
+  const Expression& expression(ExpressionIndex index) const {
+    return facts_->expressions[static_cast<std::size_t>(index)];
+  }
   /// The GENERIC bindings of a definition by name, in the order of the text.
   std::vector<std::string_view> type_parameters(DefinitionIndex definition) const;
   /// Calls `visit(import)` for each import of `name` under no other name, in the order of the text,

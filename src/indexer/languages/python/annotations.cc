@@ -95,10 +95,7 @@ Value Evaluator::annotation_value(const File& file, DefinitionIndex scope, std::
     if (made.kind == Value::Kind::CLASS) made.kind = Value::Kind::INSTANCE;
     return made;
   }
-  for (const char byte : only) {
-    if (!kit::is_identifier_byte(byte) && byte != '.') return {};
-  }
-  Value type = expression_value(file, scope, only, depth + 1);
+  Value type = dotted_value(file, scope, only, depth + 1);
   if (type.kind == Value::Kind::EXTERNAL) return type;
   if (type.kind != Value::Kind::CLASS) return {};
   type.kind = Value::Kind::INSTANCE;

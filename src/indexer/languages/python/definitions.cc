@@ -103,9 +103,10 @@ Decorators decorators_of(TSNode decorated, std::string_view text) {
   Decorators found;
   for (const TSNode node : kit::named_children(decorated)) {
     if (syntax().kind(node) != Node::DECORATOR) continue;
-    std::string name = expression_text(ts_node_named_child(node, 0), text);
-    if (name.ends_with("()")) name.resize(name.size() - 2);
-    read_decorator(found, name);
+    TSNode decorator = ts_node_named_child(node, 0);
+    if (syntax().kind(decorator) == Node::CALL)
+      decorator = child(decorator, syntax().field.function);
+    read_decorator(found, dotted_name(decorator, text));
   }
   return found;
 }
@@ -140,7 +141,7 @@ Definition class_definition(TSNode node, std::string_view text) {
   made.name_line = kit::first_line(name);
   made.signature = header_text(node, text, {field.name, field.superclasses});
   for (const TSNode base : base_nodes(child(node, field.superclasses))) {
-    made.bases.push_back(expression_text(base, text));
+    made.bases.push_back(kit::one_line(text_of(base, text), kit::LONGEST_EXPRESSION));
   }
   return made;
 }
@@ -157,8 +158,9 @@ std::vector<TSNode> base_nodes(TSNode superclasses) {
   return bases;
 }
 
-std::vector<Binding> parameter_bindings(TSNode parameters, std::string_view text,
+std::vector<Binding> parameter_bindings(TSNode parameters, kit::FactsBuilder& builder,
                                         DefinitionIndex scope, bool has_receiver) {
+  const std::string_view text = builder.text();
   std::vector<Binding> bindings;
   for (const TSNode node : kit::named_children(parameters)) {
     if (is_separator(syntax().kind(node))) continue;
@@ -169,11 +171,11 @@ std::vector<Binding> parameter_bindings(TSNode parameters, std::string_view text
     made.scope = scope;
     made.line = kit::first_line(node);
     if (has_receiver && bindings.empty()) {
-      made.value = RECEIVER_VALUE;
+      made.value_expression = builder.expressions().add(ExpressionKind::SELF);
     } else if (!parameter.variadic) {
       made.type = kit::one_line(text_of(parameter.type, text));
     } else {
-      made.value = "?";
+      made.value_expression = builder.expressions().unknown();
     }
     bindings.push_back(std::move(made));
   }

@@ -11,9 +11,6 @@
 /// Definitions, parameters and arguments of Python, one node at a time.
 namespace context_delta::indexer::python {
 
-/// The value of the binding of a method's first parameter, through which it reaches its class.
-inline constexpr std::string_view RECEIVER_VALUE = "self";
-
 /// What the decorators of a function say.
 struct Decorators {
   bool is_static = false;    ///< no first parameter is bound
@@ -30,8 +27,9 @@ Definition class_definition(TSNode node, std::string_view text);
 /// The base classes of a class, without keyword arguments and type arguments.
 std::vector<TSNode> base_nodes(TSNode superclasses);
 
-/// What the parameters bind in `scope`; with `has_receiver` the first one is `self`.
-std::vector<Binding> parameter_bindings(TSNode parameters, std::string_view text,
+/// What the parameters bind in `scope`; with `has_receiver` the first one is bound to SELF, through
+/// which a method reaches its class.
+std::vector<Binding> parameter_bindings(TSNode parameters, kit::FactsBuilder& builder,
                                         DefinitionIndex scope, bool has_receiver);
 
 /// How many arguments a call passes; ANY_NUMBER when some are spread.

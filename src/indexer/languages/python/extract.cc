@@ -41,6 +41,7 @@ class Extractor {
   bool enter_function(TSNode node, std::uint32_t depth);
   bool enter_class(TSNode node, std::uint32_t depth);
   void enter_decorator(TSNode node);
+  void refer_to_dotted(std::string_view dotted, Role role, std::int32_t line);
   void enter_call(TSNode node);
   void enter_assignment(TSNode node);
   void enter_import(TSNode node);
@@ -50,9 +51,13 @@ class Extractor {
   void enter_lambda(TSNode node);
 
   void add_variables(TSNode statement, TSNode left, const std::string& type);
-  void bind_target(TSNode target, std::string type, std::string value);
-  void bind_name(TSNode name, std::string type, std::string value, std::uint16_t traits = 0);
-  void bind_attribute(TSNode attribute, std::string type, const std::string& value);
+  ExpressionIndex expression(TSNode node) {
+    return expression_of(node, builder_.text(), builder_.expressions());
+  }
+  ExpressionIndex unknown() { return builder_.expressions().unknown(); }
+  void bind_target(TSNode target, std::string type, ExpressionIndex value);
+  void bind_name(TSNode name, std::string type, ExpressionIndex value, std::uint16_t traits = 0);
+  void bind_attribute(TSNode attribute, std::string type, ExpressionIndex value);
   void rebind_outer_names(TSNode statement, bool global);
   void add_exports(TSNode right);
   DefinitionIndex self_class(std::string_view name);
@@ -92,10 +97,10 @@ bool Extractor::enter(TSNode node, std::uint32_t depth) {
       return true;
     case Node::FOR:
       enter_conditional(depth);
-      bind_target(child(node, python_.field.left), {}, {});
+      bind_target(child(node, python_.field.left), {}, NO_EXPRESSION);
       return true;
     case Node::FOR_IN:
-      bind_target(child(node, python_.field.left), {}, {});
+      bind_target(child(node, python_.field.left), {}, NO_EXPRESSION);
       return true;
     case Node::DECORATOR:
       enter_decorator(node);
@@ -111,22 +116,21 @@ bool Extractor::enter(TSNode node, std::uint32_t depth) {
       if (text_of(left, builder_.text()) == "__all__") {
         add_exports(child(node, python_.field.right));
       }
-      if (python_.kind(left) == Node::IDENTIFIER) bind_name(left, {}, "?", REASSIGNED);
+      if (python_.kind(left) == Node::IDENTIFIER) bind_name(left, {}, unknown(), REASSIGNED);
       return true;
     }
     case Node::NAMED_EXPRESSION:
-      bind_name(child(node, python_.field.name), {},
-                expression_text(child(node, python_.field.value), builder_.text()));
+      bind_name(child(node, python_.field.name), {}, expression(child(node, python_.field.value)));
       return true;
     case Node::AS_PATTERN_TARGET:
     case Node::CASE_PATTERN:
-      bind_target(node, {}, {});
+      bind_target(node, {}, NO_EXPRESSION);
       return true;
     case Node::EXCEPT:
       enter_except(node);
       return true;
     case Node::DELETE:
-      for (const TSNode below : kit::named_children(node)) bind_target(below, {}, "?");
+      for (const TSNode below : kit::named_children(node)) bind_target(below, {}, unknown());
       return true;
     case Node::LAMBDA:
       enter_lambda(node);
@@ -179,9 +183,12 @@ bool Extractor::enter_function(TSNode node, std::uint32_t depth) {
   frame.start = 0;
   Parameters& known = parameters_[index];
   known.first_binding = builder_.facts().bindings.size();
-  for (Binding& binding : parameter_bindings(child(node, python_.field.parameters), builder_.text(),
-                                             index, has_receiver)) {
-    if (binding.value == RECEIVER_VALUE) known.receiver = binding.name;
+  for (Binding& binding :
+       parameter_bindings(child(node, python_.field.parameters), builder_, index, has_receiver)) {
+    const ExpressionIndex value = binding.value_expression;
+    const bool is_self =
+        value != NO_EXPRESSION && builder_.expressions().at(value).kind == ExpressionKind::SELF;
+    if (is_self) known.receiver = binding.name;
     builder_.bind(std::move(binding));
   }
   known.last_binding = builder_.facts().bindings.size();
@@ -197,14 +204,20 @@ bool Extractor::enter_class(TSNode node, std::uint32_t depth) {
   frame.traits &= static_cast<std::uint16_t>(~CONDITIONAL);
   frame.start = 0;
   for (const TSNode base : base_nodes(superclasses)) {
-    const std::string written = expression_text(base, builder_.text());
-    const std::size_t dot = written.rfind('.');
-    const bool dotted = dot != std::string::npos;
-    builder_.refer(dotted ? std::string_view(written).substr(dot + 1) : written,
-                   dotted ? written.substr(0, dot) : std::string(), Role::INHERIT,
-                   first_line(base));
+    refer_to_dotted(dotted_name(base, builder_.text()), Role::INHERIT, first_line(base));
   }
   return true;
+}
+
+/// A reference to the last name of `a.b.c`; none for an empty text.
+void Extractor::refer_to_dotted(std::string_view dotted, Role role, std::int32_t line) {
+  if (dotted.empty()) return;
+  const std::size_t dot = dotted.rfind('.');
+  const bool is_member = dot != std::string_view::npos;
+  builder_.refer_to(
+      is_member ? dotted.substr(dot + 1) : dotted,
+      is_member ? dotted_expression(dotted.substr(0, dot), builder_.expressions()) : NO_EXPRESSION,
+      role, line);
 }
 
 void Extractor::enter_decorator(TSNode node) {
@@ -215,9 +228,9 @@ void Extractor::enter_decorator(TSNode node) {
                    1);
   } else if (kind == Node::ATTRIBUTE) {
     const TSNode name = child(expression, python_.field.attribute);
-    builder_.refer(text_of(name, builder_.text()),
-                   expression_text(child(expression, python_.field.object), builder_.text()),
-                   Role::DECORATE, first_line(name), 1);
+    builder_.refer_to(text_of(name, builder_.text()),
+                      this->expression(child(expression, python_.field.object)), Role::DECORATE,
+                      first_line(name), 1);
   }
 }
 
@@ -229,9 +242,9 @@ void Extractor::enter_call(TSNode node) {
     builder_.refer(text_of(function, builder_.text()), {}, Role::CALL, first_line(function), count);
   } else if (kind == Node::ATTRIBUTE) {
     const TSNode name = child(function, python_.field.attribute);
-    builder_.refer(text_of(name, builder_.text()),
-                   expression_text(child(function, python_.field.object), builder_.text()),
-                   Role::CALL, first_line(name), count);
+    builder_.refer_to(text_of(name, builder_.text()),
+                      expression(child(function, python_.field.object)), Role::CALL,
+                      first_line(name), count);
   }
 }
 
@@ -241,10 +254,10 @@ void Extractor::enter_assignment(TSNode node) {
   TSNode value = right;
   while (python_.kind(value) == Node::ASSIGNMENT) value = child(value, python_.field.right);
   std::string type = kit::one_line(text_of(child(node, python_.field.type), builder_.text()));
-  std::string expression = is_null(value) ? "" : expression_text(value, builder_.text());
+  const ExpressionIndex bound = is_null(value) ? NO_EXPRESSION : expression(value);
   if (text_of(left, builder_.text()) == "__all__") add_exports(right);
   if (builder_.frame().definition == NOWHERE) add_variables(node, left, type);
-  bind_target(left, std::move(type), std::move(expression));
+  bind_target(left, std::move(type), bound);
 }
 
 /// A module's variable is defined where it is first assigned.
@@ -258,28 +271,29 @@ void Extractor::add_variables(TSNode statement, TSNode left, const std::string& 
 }
 
 /// A target of several names says nothing of the type of each.
-void Extractor::bind_target(TSNode target, std::string type, std::string value) {
+void Extractor::bind_target(TSNode target, std::string type, ExpressionIndex value) {
   const Node kind = python_.kind(target);
   if (kind == Node::IDENTIFIER) {
-    bind_name(target, std::move(type), std::move(value));
+    bind_name(target, std::move(type), value);
   } else if (kind == Node::ATTRIBUTE) {
     bind_attribute(target, std::move(type), value);
   } else if (kind == Node::CASE_PATTERN) {
     const std::string_view text = kit::trimmed(text_of(target, builder_.text()));
-    if (kit::is_identifier(text)) bind_name(target, {}, "?");
+    if (kit::is_identifier(text)) bind_name(target, {}, unknown());
   } else {
-    for (const TSNode name : bound_names(target)) bind_name(name, {}, "?");
+    for (const TSNode name : bound_names(target)) bind_name(name, {}, unknown());
   }
 }
 
-void Extractor::bind_name(TSNode name, std::string type, std::string value, std::uint16_t traits) {
+void Extractor::bind_name(TSNode name, std::string type, ExpressionIndex value,
+                          std::uint16_t traits) {
   const kit::Frame& frame = builder_.frame();
   Binding binding;
   binding.name = kit::one_line(text_of(name, builder_.text()));
   if (binding.name.empty()) return;
   binding.scope = frame.definition;
   binding.type = std::move(type);
-  binding.value = std::move(value);
+  binding.value_expression = value;
   binding.line = first_line(name);
   binding.traits = traits | (frame.traits & (CONDITIONAL | BROKEN));
   const Kind scope = builder_.scope_kind();
@@ -297,7 +311,7 @@ void Extractor::bind_name(TSNode name, std::string type, std::string value, std:
 }
 
 /// `self.x = ...` binds a member of the class; other attributes are not followed.
-void Extractor::bind_attribute(TSNode attribute, std::string type, const std::string& value) {
+void Extractor::bind_attribute(TSNode attribute, std::string type, ExpressionIndex value) {
   const TSNode object = child(attribute, python_.field.object);
   if (python_.kind(object) != Node::IDENTIFIER) return;
   const std::string_view owner = text_of(object, builder_.text());
@@ -312,8 +326,11 @@ void Extractor::bind_attribute(TSNode attribute, std::string type, const std::st
   binding.kind = Binding::Kind::MEMBER;
   binding.scope = scope;
   binding.type = std::move(type);
-  if (binding.type.empty()) binding.type = std::string(parameter_type(value));
-  binding.value = value;
+  if (binding.type.empty() && value != NO_EXPRESSION) {
+    const Expression& bound = builder_.expressions().at(value);
+    if (bound.kind == ExpressionKind::NAME) binding.type = parameter_type(bound.name);
+  }
+  binding.value_expression = value;
   binding.line = first_line(name);
   binding.traits = builder_.frame().traits & BROKEN;
   builder_.bind(std::move(binding));
@@ -354,7 +371,7 @@ void Extractor::rebind_outer_names(TSNode statement, bool global) {
     binding.name = text;
     binding.scope = builder_.definition(here).parent;
     binding.line = first_line(name);
-    binding.value = "?";
+    binding.value_expression = unknown();
     binding.traits = REASSIGNED;
     builder_.bind(std::move(binding));
   }
@@ -411,14 +428,15 @@ void Extractor::enter_import_from(TSNode node) {
     made.name = kit::one_line(text_of(name, builder_.text()));
     made.alias = aliased ? kit::one_line(text_of(child(item, python_.field.alias), builder_.text()))
                          : made.name;
-    builder_.refer(made.name, made.module, Role::IMPORT, made.line);
+    builder_.refer_to(made.name, builder_.expressions().add(ExpressionKind::MODULE, made.module),
+                      Role::IMPORT, made.line);
     builder_.facts().imports.push_back(std::move(made));
   }
 }
 
 void Extractor::enter_except(TSNode node) {
   const TSNode alias = child(node, python_.field.alias);
-  if (!is_null(alias)) bind_target(alias, {}, "?");
+  if (!is_null(alias)) bind_target(alias, {}, unknown());
 }
 
 bool Extractor::enter_name_in_type(TSNode node) {
@@ -428,23 +446,18 @@ bool Extractor::enter_name_in_type(TSNode node) {
     builder_.refer(text_of(node, builder_.text()), {}, Role::TYPE, first_line(node));
   } else if (kind == Node::ATTRIBUTE) {
     const TSNode name = child(node, python_.field.attribute);
-    builder_.refer(text_of(name, builder_.text()),
-                   expression_text(child(node, python_.field.object), builder_.text()), Role::TYPE,
-                   first_line(name));
+    builder_.refer_to(text_of(name, builder_.text()), expression(child(node, python_.field.object)),
+                      Role::TYPE, first_line(name));
   } else {
     for (const std::string_view name : names_in_type(text_of(node, builder_.text()))) {
-      const std::size_t dot = name.rfind('.');
-      const bool dotted = dot != std::string_view::npos;
-      builder_.refer(dotted ? name.substr(dot + 1) : name,
-                     dotted ? std::string(name.substr(0, dot)) : std::string(), Role::TYPE,
-                     first_line(node));
+      refer_to_dotted(name, Role::TYPE, first_line(node));
     }
   }
   return false;
 }
 
 void Extractor::enter_lambda(TSNode node) {
-  for (Binding& binding : parameter_bindings(child(node, python_.field.parameters), builder_.text(),
+  for (Binding& binding : parameter_bindings(child(node, python_.field.parameters), builder_,
                                              builder_.frame().definition, false)) {
     binding.kind = Binding::Kind::LOCAL;
     builder_.bind(std::move(binding));

@@ -11,7 +11,7 @@ constexpr std::array<std::string_view, 2> SUFFIXES = {".py", ".pyi"};
 
 const Language LANGUAGE = {.name = "python",
                            .family = "python",
-                           .version = 1,
+                           .version = 2,
                            .suffixes = SUFFIXES,
                            .accepts = nullptr,
                            .grammar = tree_sitter_python,

@@ -7,6 +7,7 @@
 
 #include "indexer/languages/kit/facts_builder.h"
 #include "indexer/languages/kit/guesses.h"
+#include "indexer/languages/kit/ledger.h"
 #include "indexer/languages/kit/text.h"
 #include "indexer/languages/python/builtins.h"
 #include "indexer/languages/python/modules.h"
@@ -15,6 +16,8 @@
 
 namespace context_delta::indexer::python {
 namespace {
+
+bool is_bare(const Reference& reference) { return reference.receiver_expression == NO_EXPRESSION; }
 
 /// What a receiver of unknown type leaves open.
 enum class Shape { BARE, ON_VALUE, ON_CLASS };
@@ -43,8 +46,7 @@ class Resolver {
   void tie_constructor(std::int32_t index, const Value& type, bool proven);
   void resolve_call(std::int32_t index, const Value& value, const Value& owner);
   void guess(std::int32_t index, const Value& value, const Value& owner);
-  void dispatch(std::int32_t index, const Value& value, const Value& owner,
-                const std::vector<Candidate>& overrides);
+  void dispatch(std::int32_t index, const Value& value, const std::vector<Candidate>& overrides);
   const std::vector<Candidate>& overrides_of(const Value& owner, const Value& method);
   std::vector<Candidate> find_overrides(const Value& owner, const Value& method);
   bool is_patched(const Value& owner, const std::string& name);
@@ -57,7 +59,12 @@ class Resolver {
   World& world_;
   kit::ScopeIndex scopes_;
   Evaluator values_;
+  const Expression& expression(const Reference& reference) const {
+    return facts_.expressions[static_cast<std::size_t>(reference.receiver_expression)];
+  }
+
   kit::Neighbourhood neighbourhood_;
+  kit::Ledger ledger_{neighbourhood_};
   // By the owner's file and definition, then the method's.
   std::map<std::tuple<std::int64_t, DefinitionIndex, std::int64_t, DefinitionIndex>,
            std::vector<Candidate>>
@@ -75,6 +82,7 @@ Resolution Resolver::run() {
   for (std::size_t i = 0; i < facts_.references.size(); ++i) {
     resolve(static_cast<std::int32_t>(i));
   }
+  ledger_.write(made_);
   return std::move(made_);
 }
 
@@ -92,17 +100,17 @@ void Resolver::resolve(std::int32_t index) {
 /// The meaning of the name; `owner` is that of its receiver.
 Value Resolver::meaning(const Reference& reference, Value& owner) {
   if (reference.role == Role::IMPORT) {
-    const ModuleAnswer& answer = values_.module(file_, reference.receiver);
+    const ModuleAnswer& answer = values_.module(file_, expression(reference).name);
     if (answer.file == nullptr) return {};
     Value found = values_.module_member(*answer.file, reference.name);
     found.rule = "import";
     found.sure = found.sure && answer.sure;
     return found;
   }
-  if (reference.receiver.empty()) {
+  if (is_bare(reference)) {
     return values_.name_value(file_, reference.enclosing, reference.name);
   }
-  owner = values_.expression_value(file_, reference.enclosing, reference.receiver);
+  owner = values_.expression_value(file_, reference.enclosing, reference.receiver_expression);
   return values_.member(owner, reference.name);
 }
 
@@ -124,7 +132,7 @@ void Resolver::resolve_call(std::int32_t index, const Value& value, const Value&
   if (is_patched(owner, method.name)) return guess(index, value, owner);
   if (!owner.exact) {
     const std::vector<Candidate>& overrides = overrides_of(owner, value);
-    if (!overrides.empty()) return dispatch(index, value, owner, overrides);
+    if (!overrides.empty()) return dispatch(index, value, overrides);
   }
   prove(index, value,
         owner.rule == "self" ? "self"
@@ -133,9 +141,7 @@ void Resolver::resolve_call(std::int32_t index, const Value& value, const Value&
 }
 
 void Resolver::prove(std::int32_t index, const Value& value, std::string_view rule) {
-  const std::optional<Candidate> target = candidate_of(value);
-  if (!target) return;
-  made_.edges.push_back({.reference = index, .target = *target, .proven = true, .rule = rule});
+  ledger_.prove(index, {value.file, value.definition}, rule);
 }
 
 /// A call of a class runs its constructor, or the one that it inherits.
@@ -144,15 +150,13 @@ void Resolver::tie_constructor(std::int32_t index, const Value& type, bool prove
     const Value found = values_.member(
         {.kind = Value::Kind::CLASS, .file = type.file, .definition = type.definition}, name);
     if (found.kind != Value::Kind::FUNCTION) continue;
-    const std::optional<Candidate> target = candidate_of(found);
-    if (!target) continue;
     const bool sure = proven && found.sure;
     const std::string_view why = proven ? found.doubt : "a subclass may be constructed instead";
-    made_.edges.push_back({.reference = index,
-                           .target = *target,
-                           .proven = sure,
-                           .rule = CONSTRUCTION,
-                           .why = sure ? std::string_view() : why});
+    ledger_.add({.reference = index,
+                 .target = {found.file, found.definition},
+                 .proven = sure,
+                 .rule = CONSTRUCTION,
+                 .why = sure ? std::string_view() : why});
   }
 }
 
@@ -206,17 +210,13 @@ bool Resolver::is_patched(const Value& owner, const std::string& name) {
   return false;
 }
 
-void Resolver::dispatch(std::int32_t index, const Value& value, const Value&,
+void Resolver::dispatch(std::int32_t index, const Value& value,
                         const std::vector<Candidate>& overrides) {
-  std::vector<Candidate> fitting = overrides;
-  const std::optional<Candidate> favourite = candidate_of(value);
-  if (favourite) fitting.push_back(*favourite);
-  kit::add_guess(made_.edges,
-                 {.reference = index,
-                  .rule = "dispatch",
-                  .why = "a subclass overrides the method",
-                  .favourite = favourite ? &*favourite : nullptr},
-                 std::move(fitting), neighbourhood_);
+  std::vector<const Candidate*> others;
+  for (const Candidate& each : overrides) others.push_back(&each);
+  const std::optional<Candidate> declared = candidate_of(value);
+  ledger_.dispatch(index, declared ? &*declared : nullptr, others,
+                   "a subclass overrides the method");
 }
 
 bool Resolver::fits(const Candidate& candidate, const Reference& reference, Shape shape) const {
@@ -250,7 +250,7 @@ std::string_view Resolver::reason(const Value& value, const Value& owner,
   if (!value.doubt.empty()) return value.doubt;
   if (value.kind == Value::Kind::CLASS) return "a subclass may be constructed instead";
   if (value.is_definition()) return "the member is assigned elsewhere";
-  if (reference.receiver.empty()) return "the name is not bound in the file";
+  if (is_bare(reference)) return "the name is not bound in the file";
   if (owner.kind == Value::Kind::UNKNOWN) return "the receiver's type is not known";
   return "the receiver's class does not define the member";
 }
@@ -259,7 +259,7 @@ void Resolver::guess(std::int32_t index, const Value& value, const Value& owner)
   const Reference& reference = facts_.references[static_cast<std::size_t>(index)];
   std::optional<Candidate> favourite;
   if (value.is_definition()) favourite = candidate_of(value);
-  const bool bare = reference.receiver.empty();
+  const bool bare = is_bare(reference);
   const Shape shape = bare ? Shape::BARE
                       : owner.kind == Value::Kind::MODULE || owner.kind == Value::Kind::CLASS
                           ? Shape::ON_CLASS
@@ -273,12 +273,8 @@ void Resolver::guess(std::int32_t index, const Value& value, const Value& owner)
     if (common && kit::nearness(candidate, neighbourhood_) == 3) continue;
     fitting.push_back(&candidate);
   }
-  kit::add_guess(made_.edges,
-                 {.reference = index,
-                  .rule = "namesake",
-                  .why = reason(value, owner, reference),
-                  .favourite = favourite ? &*favourite : nullptr},
-                 fitting, neighbourhood_);
+  ledger_.namesakes(index, fitting, reason(value, owner, reference),
+                    favourite ? &*favourite : nullptr);
 }
 
 }  // namespace

@@ -19,24 +19,35 @@ std::string_view literal_type(Node kind) {
   switch (kind) {
     case Node::STRING:
     case Node::CONCATENATED_STRING:
-      return "str()";
+      return "str";
     case Node::INTEGER:
-      return "int()";
+      return "int";
     case Node::FLOAT:
-      return "float()";
+      return "float";
     case Node::LIST:
-      return "list()";
+      return "list";
     case Node::DICTIONARY:
-      return "dict()";
+      return "dict";
     case Node::SET:
-      return "set()";
+      return "set";
     case Node::TUPLE:
-      return "tuple()";
-    case Node::NONE:
-      return "None";
+      return "tuple";
     default:
       return {};
   }
+}
+
+/// What a chain of attributes, calls and subscripts starts with.
+ExpressionIndex head_of(TSNode node, std::string_view text, kit::ExpressionTable& table) {
+  const Node kind = syntax().kind(node);
+  if (kind == Node::IDENTIFIER) {
+    return table.add(ExpressionKind::NAME,
+                     kit::one_line(kit::text_of(node, text), kit::LONGEST_EXPRESSION));
+  }
+  if (kind == Node::NONE) return table.add(ExpressionKind::NONE);
+  const std::string_view type = literal_type(kind);
+  if (!type.empty()) return table.add(ExpressionKind::LITERAL, std::string(type));
+  return table.unknown();
 }
 
 constexpr int LONGEST_CHAIN = 40;
@@ -48,32 +59,60 @@ const Syntax& syntax() {
   return made;
 }
 
-std::string expression_text(TSNode node, std::string_view text) {
+ExpressionIndex expression_of(TSNode node, std::string_view text, kit::ExpressionTable& table) {
   const Syntax& python = syntax();
-  std::string suffix;  // built from the outside in, so in front
-  for (int step = 0; step < LONGEST_CHAIN && suffix.size() < kit::LONGEST_EXPRESSION; ++step) {
+  std::vector<TSNode> chain;  // from the outside in
+  for (int step = 0; step < LONGEST_CHAIN; ++step) {
     const Node kind = python.kind(node);
-    if (kind == Node::IDENTIFIER) {
-      return kit::one_line(kit::text_of(node, text), kit::LONGEST_EXPRESSION) + suffix;
-    }
-    if (kind == Node::ATTRIBUTE) {
-      const TSNode name = kit::child(node, python.field.attribute);
-      suffix = "." + kit::one_line(kit::text_of(name, text)) + suffix;
-      node = kit::child(node, python.field.object);
-    } else if (kind == Node::CALL) {
-      suffix = "()" + suffix;
-      node = kit::child(node, python.field.function);
-    } else if (kind == Node::SUBSCRIPT) {
-      suffix = "[]" + suffix;
-      node = kit::child(node, python.field.value);
-    } else if (kind == Node::PARENTHESIZED || kind == Node::AWAIT) {
+    if (kind == Node::PARENTHESIZED || kind == Node::AWAIT) {
       node = ts_node_named_child(node, 0);
+      continue;
+    }
+    const TSFieldId inner = kind == Node::ATTRIBUTE   ? python.field.object
+                            : kind == Node::CALL      ? python.field.function
+                            : kind == Node::SUBSCRIPT ? python.field.value
+                                                      : TSFieldId{0};
+    if (inner == 0) break;
+    chain.push_back(node);
+    node = kit::child(node, inner);
+  }
+  ExpressionIndex made = head_of(node, text, table);
+  for (auto each = chain.rbegin(); each != chain.rend(); ++each) {
+    const Node kind = python.kind(*each);
+    if (kind == Node::ATTRIBUTE) {
+      const TSNode name = kit::child(*each, python.field.attribute);
+      made = table.add(ExpressionKind::MEMBER, kit::one_line(kit::text_of(name, text)), {made});
+    } else if (kind == Node::SUBSCRIPT) {
+      made = table.add(ExpressionKind::INDEX, {}, {made});
     } else {
-      const std::string_view type = literal_type(kind);
-      return (type.empty() ? "?" : std::string(type)) + suffix;
+      const Expression& callee = table.at(made);
+      const bool is_super = callee.kind == ExpressionKind::NAME && callee.name == "super";
+      made =
+          is_super ? table.add(ExpressionKind::SUPER) : table.add(ExpressionKind::CALL, {}, {made});
     }
   }
-  return "?" + suffix;
+  return made;
+}
+
+ExpressionIndex dotted_expression(std::string_view dotted, kit::ExpressionTable& table) {
+  ExpressionIndex made = NO_EXPRESSION;
+  for (const std::string_view name : kit::split(dotted, '.')) {
+    made = made == NO_EXPRESSION ? table.add(ExpressionKind::NAME, std::string(name))
+                                 : table.add(ExpressionKind::MEMBER, std::string(name), {made});
+  }
+  return made;
+}
+
+std::string dotted_name(TSNode node, std::string_view text) {
+  const Syntax& python = syntax();
+  const TSNode whole = node;
+  for (int step = 0; python.kind(node) == Node::ATTRIBUTE && step < LONGEST_CHAIN; ++step) {
+    node = kit::child(node, python.field.object);
+  }
+  if (python.kind(node) != Node::IDENTIFIER) return {};
+  std::string name = kit::one_line(kit::text_of(whole, text), kit::LONGEST_EXPRESSION);
+  std::erase(name, ' ');
+  return name;
 }
 
 std::vector<TSNode> bound_names(TSNode target) {

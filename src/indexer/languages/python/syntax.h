@@ -5,6 +5,7 @@
 #include <string_view>
 #include <vector>
 
+#include "indexer/languages/kit/expressions.h"
 #include "indexer/languages/kit/nodes.h"
 #include "indexer/languages/python/tables.h"
 
@@ -19,9 +20,15 @@ struct Syntax {
 /// The grammar's tables, made once.
 const Syntax& syntax();
 
-/// An expression as receivers are written: `self.store`, `Foo()`, `a.b[].c`. Literals stand as
-/// calls of their types ("str()"), `await` is left out, anything else is "?".
-std::string expression_text(TSNode node, std::string_view text);
+/// The expression that a node is: names, attributes, calls and subscripts, literals; `await` and
+/// parentheses are left out, arguments are not kept.
+ExpressionIndex expression_of(TSNode node, std::string_view text, kit::ExpressionTable& table);
+
+/// `a.b.c` as the same expression would be.
+ExpressionIndex dotted_expression(std::string_view dotted, kit::ExpressionTable& table);
+
+/// The text of an identifier or of attributes of one: `a.b.c`; empty for anything else.
+std::string dotted_name(TSNode node, std::string_view text);
 
 /// The names that an assignment target binds; attributes and subscripts are left out.
 std::vector<TSNode> bound_names(TSNode target);

@@ -45,13 +45,18 @@ bool has_members(std::string_view base) {
 
 /// Functions outside the repository whose result may be of a class inside it.
 bool passes_values_through(std::string_view function) {
-  const std::string_view name = function.substr(function.rfind('.') + 1);
   for (const std::string_view each :
        {"getattr", "next", "max", "min", "cast", "copy", "deepcopy", "partial", "reduce", "pop",
         "get", "setdefault", "replace", "proxy", "ref"}) {
-    if (name == each) return true;
+    if (function == each) return true;
   }
   return false;
+}
+
+/// Whether an expression goes on from its first operand.
+bool is_step(ExpressionKind kind) {
+  return kind == ExpressionKind::MEMBER || kind == ExpressionKind::CALL ||
+         kind == ExpressionKind::INDEX;
 }
 
 bool makes_class_receiver(const Definition& method) {
@@ -168,7 +173,10 @@ Value Evaluator::definition_value(const File& file, DefinitionIndex index) {
 
 Value Evaluator::binding_value(const File& file, const Binding& binding, int depth) {
   if (depth > DEEPEST) return {};
-  if (binding.kind == Binding::Kind::PARAMETER && binding.value == RECEIVER_VALUE) {
+  const ExpressionIndex value = binding.value_expression;
+  const bool is_self =
+      value != NO_EXPRESSION && outline(file).expression(value).kind == ExpressionKind::SELF;
+  if (is_self) {
     const Definition& method = outline(file).definition(binding.scope);
     Value made;
     made.kind = makes_class_receiver(method) ? Value::Kind::CLASS : Value::Kind::INSTANCE;
@@ -178,8 +186,8 @@ Value Evaluator::binding_value(const File& file, const Binding& binding, int dep
     return made;
   }
   if (!binding.type.empty()) return annotation_value(file, binding.scope, binding.type, depth + 1);
-  if (binding.value.empty()) return unsure({}, "the name is a parameter or local variable");
-  Value made = expression_value(file, binding.scope, binding.value, depth + 1);
+  if (value == NO_EXPRESSION) return unsure({}, "the name is a parameter or local variable");
+  Value made = expression_value(file, binding.scope, value, depth + 1);
   if (made.is_definition()) return unsure(made, "the name is a variable");
   if (made.kind == Value::Kind::UNKNOWN) return unsure(made, "the name is bound to a value");
   if ((binding.traits & REASSIGNED) != 0) return unsure(made, "the name is bound more than once");
@@ -243,48 +251,69 @@ Value Evaluator::enclosing_class(const File& file, DefinitionIndex scope) {
   return {};
 }
 
-Value Evaluator::expression_value(const File& file, DefinitionIndex scope, std::string_view text,
-                                  int depth) {
+Value Evaluator::expression_value(const File& file, DefinitionIndex scope,
+                                  ExpressionIndex expression, int depth) {
   if (depth > DEEPEST) return {};
-  if (text == "None") return {.kind = Value::Kind::NONE};
-  std::size_t end = 0;
-  while (end < text.size() && kit::is_identifier_byte(text[end])) ++end;
-  if (end == 0) return {};
-  const std::string_view head = text.substr(0, end);
-  text.remove_prefix(end);
-  Value value;
-  if (head == "super" && text.starts_with("()")) {
-    value = enclosing_class(file, scope);
-    if (value.kind == Value::Kind::CLASS) value.kind = Value::Kind::SUPER;
-    text.remove_prefix(2);
-  } else {
-    value = name_value(file, scope, head, depth + 1);
+  const kit::Outline& known = outline(file);
+  std::vector<const Expression*> steps;  // from the outside in
+  const Expression* at = &known.expression(expression);
+  for (; is_step(at->kind); at = &known.expression(at->operands.front())) {
+    if (steps.size() == DEEPEST) return {};
+    steps.push_back(at);
   }
+  Value value = head_value(file, scope, *at, depth);
   Value receiver;
-  std::string_view last = head;
-  for (int step = 0; step < DEEPEST && !text.empty(); ++step) {
-    end = 1;
-    if (text.starts_with("()") || text.starts_with("[]")) {
-      end = 2;
+  std::string_view name = at->name;  // of what is called
+  for (auto step = steps.rbegin(); step != steps.rend(); ++step) {
+    ++depth;
+    if ((*step)->kind == ExpressionKind::MEMBER) {
+      receiver = value;
+      value = attribute(value, (*step)->name, depth);
+    } else if ((*step)->kind == ExpressionKind::INDEX) {
+      value = subscripted(value, depth);
     } else {
-      while (end < text.size() && kit::is_identifier_byte(text[end])) ++end;
+      const bool unknown = value.kind == Value::Kind::EXTERNAL && passes_values_through(name);
+      value = unknown ? Value{} : called(value, receiver, depth);
     }
-    const std::string_view operation = text.substr(0, end);
-    const bool unknown =
-        operation == "()" && value.kind == Value::Kind::EXTERNAL && passes_values_through(last);
-    value = unknown ? Value{} : apply(value, operation, receiver, depth + step + 1);
-    last = operation;
-    text.remove_prefix(end);
+    name = (*step)->name;
   }
-  return text.empty() ? value : Value{};
+  return value;
 }
 
-Value Evaluator::apply(const Value& value, std::string_view operation, Value& receiver, int depth) {
-  if (operation == "()") return called(value, receiver, depth);
-  if (operation == "[]") return subscripted(value, depth);
-  if (!operation.starts_with('.')) return {};
-  receiver = value;
-  Value found = member(value, operation.substr(1), depth);
+/// What a chain of attributes, calls and subscripts starts with.
+Value Evaluator::head_value(const File& file, DefinitionIndex scope, const Expression& head,
+                            int depth) {
+  switch (head.kind) {
+    case ExpressionKind::NAME:
+      return name_value(file, scope, head.name, depth + 1);
+    case ExpressionKind::NONE:
+      return {.kind = Value::Kind::NONE};
+    case ExpressionKind::LITERAL:
+      return {.kind = Value::Kind::EXTERNAL, .rule = "builtin"};
+    case ExpressionKind::SUPER: {
+      Value value = enclosing_class(file, scope);
+      if (value.kind == Value::Kind::CLASS) value.kind = Value::Kind::SUPER;
+      return value;
+    }
+    default:
+      return {};
+  }
+}
+
+Value Evaluator::dotted_value(const File& file, DefinitionIndex scope, std::string_view dotted,
+                              int depth) {
+  const std::vector<std::string_view> names = kit::split(dotted, '.');
+  const bool plain = std::all_of(names.begin(), names.end(), kit::is_identifier);
+  if (depth > DEEPEST || names.empty() || names.size() > DEEPEST || !plain) return {};
+  if (dotted == "None") return {.kind = Value::Kind::NONE};
+  Value value = name_value(file, scope, names.front(), depth + 1);
+  for (std::size_t i = 1; i < names.size(); ++i) value = attribute(value, names[i], ++depth);
+  return value;
+}
+
+/// A member; of a property, what it gives.
+Value Evaluator::attribute(const Value& value, std::string_view name, int depth) {
+  const Value found = member(value, name, depth);
   const bool is_property =
       found.kind == Value::Kind::FUNCTION && (definition(found).traits & PROPERTY) != 0;
   return is_property ? called(found, value, depth) : found;
@@ -383,17 +412,27 @@ Value Evaluator::subscripted(const Value& value, int depth) {
 }
 
 const std::vector<Value>& Evaluator::bases(const File& file, DefinitionIndex definition) {
+  if (file.id == file_.id) {
+    // Only here may a base be what a function around the class binds.
+    const auto [place, added] = own_bases_.try_emplace(definition);
+    if (added) place->second = read_bases(file, outline(file), definition);
+    return place->second;
+  }
   return world_.remember<std::vector<Value>>("python:bases", file, definition, [&] {
-    const kit::Outline known(file, world_);
-    Evaluator there(file, known, world_);
-    there.own_members_only_ = true;
-    const Definition& of = known.definition(definition);
-    std::vector<Value> answer;
-    for (const std::string& base : of.bases) {
-      if (has_members(base)) answer.push_back(there.expression_value(file, of.parent, base));
-    }
-    return answer;
+    return read_bases(file, kit::Outline(file, world_), definition);
   });
+}
+
+std::vector<Value> Evaluator::read_bases(const File& file, const kit::Outline& known,
+                                         DefinitionIndex definition) {
+  Evaluator there(file, known, world_);
+  there.own_members_only_ = true;
+  const Definition& of = known.definition(definition);
+  std::vector<Value> answer;
+  for (const std::string& base : of.bases) {
+    if (has_members(base)) answer.push_back(there.dotted_value(file, of.parent, base));
+  }
+  return answer;
 }
 
 const Ancestry& Evaluator::ancestry(const Value& of) {

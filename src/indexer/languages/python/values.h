@@ -65,9 +65,12 @@ class Evaluator {
 
   /// What `name` means in a scope of `file`.
   Value name_value(const File& file, DefinitionIndex scope, std::string_view name, int depth = 0);
-  /// What an expression means; `text` is as Reference::receiver.
-  Value expression_value(const File& file, DefinitionIndex scope, std::string_view text,
+  /// What an expression of `file` means.
+  Value expression_value(const File& file, DefinitionIndex scope, ExpressionIndex expression,
                          int depth = 0);
+  /// What the dotted name `a.b.c` means, as types and base classes are written.
+  Value dotted_value(const File& file, DefinitionIndex scope, std::string_view dotted,
+                     int depth = 0);
   /// An instance of the type that an annotation says.
   Value annotation_value(const File& file, DefinitionIndex scope, std::string_view text,
                          int depth = 0);
@@ -95,10 +98,13 @@ class Evaluator {
   Value own_member(const Value& owner, std::string_view name, int depth);
   Value called(const Value& value, const Value& receiver, int depth);
   Value subscripted(const Value& value, int depth);
-  Value apply(const Value& value, std::string_view operation, Value& receiver, int depth);
+  Value head_value(const File& file, DefinitionIndex scope, const Expression& head, int depth);
+  Value attribute(const Value& value, std::string_view name, int depth);
   Value generic_annotation(const File& file, DefinitionIndex scope, std::string_view head,
                            std::string_view arguments, int depth);
   const std::vector<Value>& bases(const File& file, DefinitionIndex definition);
+  std::vector<Value> read_bases(const File& file, const kit::Outline& known,
+                                DefinitionIndex definition);
   void add_ancestors(Ancestry& line, const Value& of, int depth);
 
   const File& file_;
@@ -106,6 +112,7 @@ class Evaluator {
   std::unordered_map<std::int64_t, kit::Outline> outlines_;  // by the file's id
   std::map<std::int64_t, std::map<std::string, ModuleAnswer, std::less<>>> modules_;
   std::map<std::pair<std::int64_t, DefinitionIndex>, Ancestry> ancestries_;
+  std::map<DefinitionIndex, std::vector<Value>> own_bases_;
   // By the first binder and the depth, which bounds what is followed. An evaluator serves one
   // record, so what an answer depends on is noted already when it is given again.
   std::map<std::pair<const kit::Binder*, int>, Value> combined_;
