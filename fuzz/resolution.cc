@@ -1,5 +1,9 @@
 #include <map>
 #include <memory>
+#include <set>
+#include <string>
+#include <utility>
+#include <vector>
 
 #include "fuzz/require.h"
 #include "indexer/parse/parsing.h"
@@ -42,6 +46,11 @@ FileRows resolved(const MemorySource::Entry& entry, indexer::World& world) {
   return rows;
 }
 
+std::vector<std::int64_t> callees_of(const FileRows& rows, const FileRows::Call& call) {
+  if (call.dispatch < 0) return {call.callee};
+  return rows.dispatches[static_cast<std::size_t>(call.dispatch)];
+}
+
 /// A file's rows as the index holds them, with paths in place of ids. `numbers`: the new indexes
 /// of the definitions of `changed`.
 std::string written(const MemorySource& source, const FileRows& rows, const std::string& changed,
@@ -58,13 +67,19 @@ std::string written(const MemorySource& source, const FileRows& rows, const std:
     text += '\n';
   }
   for (const auto& each : rows.calls) {
-    const std::string& path = paths.at(each.callee >> storage::SYMBOL_BITS);
-    std::int64_t callee = (each.callee & storage::MOST_SYMBOLS) - 1;
-    if (numbers != nullptr && path == changed) {
-      callee = (*numbers)[static_cast<std::size_t>(callee)];
+    std::set<std::pair<std::string, std::int64_t>> callees;
+    for (const std::int64_t symbol : callees_of(rows, each)) {
+      const std::string& path = paths.at(symbol >> storage::SYMBOL_BITS);
+      std::int64_t callee = (symbol & storage::MOST_SYMBOLS) - 1;
+      if (numbers != nullptr && path == changed) {
+        callee = (*numbers)[static_cast<std::size_t>(callee)];
+      }
+      callees.emplace(path, callee);
     }
-    text += "call " + path + " " + std::string(each.rule) + " " + std::string(each.why) + " ";
-    add(callee, each.caller, each.line, each.proven, each.candidates, each.rank);
+    for (const auto& [path, callee] : callees) {
+      text += "call " + path + " " + std::string(each.rule) + " " + std::string(each.why) + " ";
+      add(callee, each.caller, each.line, each.proven, each.candidates, each.rank);
+    }
   }
   for (const auto& each : rows.uses) {
     text += "use " + paths.at(each.file) + " ";
@@ -99,12 +114,14 @@ struct Change {
 
   bool reaches(const MemorySource& source, const FileRows& rows) const {
     if (stale.meet(indexer::pack_keys(rows.dependencies))) return true;
+    const auto file = source.files().find(path);
+    if (file == source.files().end()) return false;
     for (const auto& each : rows.calls) {
-      const auto file = source.files().find(path);
-      if (file == source.files().end()) break;
-      if (each.callee >> storage::SYMBOL_BITS != file->second.file.id) continue;
-      const std::int64_t callee = (each.callee & storage::MOST_SYMBOLS) - 1;
-      if (numbers.at(static_cast<std::size_t>(callee)) == indexer::NOWHERE) return true;
+      for (const std::int64_t symbol : callees_of(rows, each)) {
+        if (symbol >> storage::SYMBOL_BITS != file->second.file.id) continue;
+        const std::int64_t callee = (symbol & storage::MOST_SYMBOLS) - 1;
+        if (numbers.at(static_cast<std::size_t>(callee)) == indexer::NOWHERE) return true;
+      }
     }
     return false;
   }

@@ -112,9 +112,8 @@ TEST_F(Program, ShowsTheTextOfALinkAndNotOfWhatItLeadsTo) {
   std::filesystem::create_symlink("store.py", repository_.root() / "link.py");
   repository_.commit();
   const Ending ending = run_here({"--snippets", "--format", "json", "HEAD~1"});
-  EXPECT_NE(
-      ending.out.find(R"({"file":"link.py","line":1,"end_line":1,"content":"store.py"})"),
-      std::string::npos)
+  EXPECT_NE(ending.out.find(R"({"file":"link.py","line":1,"end_line":1,"content":"store.py"})"),
+            std::string::npos)
       << ending.out;
 }
 
