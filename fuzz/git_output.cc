@@ -57,6 +57,7 @@ std::string blobs(std::string_view bytes, std::size_t piece) {
 }
 
 struct Log final : wiki::LogReader {
+  Log() : wiki::LogReader("HEAD") {}
   void commit(const wiki::LoggedCommit& commit) override {
     text += "commit " + commit.id + " " + commit.compared + (commit.by_head ? "!" : "");
     for (const std::string& parent : commit.parents) text += " " + parent;
