@@ -88,6 +88,15 @@ TEST_F(Update, DispatchesFollowTheirTargets) {
   }
 }
 
+TEST_F(Update, DispatchesThatNoCallNamesAreNotStored) {
+  for (const char* path : {"a.toy", "b.toy"}) indexed.git.write(path, "class A\n  def m\n");
+  indexed.git.write("c.toy", "type m\n");
+  indexed.git.commit();
+  Repository repository(indexed.index_path());
+  indexed.update(repository);
+  EXPECT_EQ(repository.db.integer("SELECT count(*) FROM dispatches"), 0);
+}
+
 TEST_F(Update, SwitchingToABranchIndexedBeforeParsesNothing) {
   commit_files(30);
   indexed.git.git({"checkout", "-q", "-b", "side"});

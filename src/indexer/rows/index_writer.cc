@@ -323,15 +323,20 @@ bool IndexWriter::has_scopes(std::int64_t file, const FileRows& rows) {
 }
 
 std::vector<PackedCall> IndexWriter::packed_calls(const FileRows& rows) {
-  std::vector<std::int64_t> dispatches;
-  for (const auto& symbols : rows.dispatches) dispatches.push_back(dispatches_.id_of(symbols));
+  // Only sets that a call names are stored: the last call that leaves one removes it.
+  std::vector<std::int64_t> dispatches(rows.dispatches.size());
+  const auto callee_of = [&](const FileRows::Call& call) {
+    if (call.dispatch < 0) return call.callee;
+    const auto index = static_cast<std::size_t>(call.dispatch);
+    if (dispatches[index] == 0) dispatches[index] = dispatches_.id_of(rows.dispatches[index]);
+    return -dispatches[index];
+  };
   std::vector<PackedCall> calls;
   calls.reserve(rows.calls.size());
   for (const FileRows::Call& call : rows.calls) {
-    const auto dispatch = static_cast<std::size_t>(call.dispatch);
     calls.push_back({.caller = call.caller + 1,
                      .line = call.line,
-                     .callee = call.dispatch < 0 ? call.callee : -dispatches[dispatch],
+                     .callee = callee_of(call),
                      .evidence = call_evidence(call, note_id(call.rule, call.why))});
   }
   std::sort(calls.begin(), calls.end());
